@@ -1,0 +1,233 @@
+#!/usr/bin/env bash
+# Checks everything. See --help.
+set -uo pipefail
+
+project=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+cd "$project" || exit 1
+
+fuzz_seconds=30
+jobs=$(nproc)
+passed=0
+failed=0
+
+usage() {
+    cat << 'END'
+Usage: ./test.sh            every step below but debug
+       ./test.sh --quick    debug alone: for between two edits
+       ./test.sh STEP...    these steps, in this order
+
+Steps:
+  scripts    shellcheck on the shell scripts
+  format     clang-format on every C++ file
+  layering   no #include points where it may not
+  debug      GCC build, all tests
+  release    GCC build of the programs and the benchmarks, optimised
+  asan       GCC build with address and undefined-behaviour sanitizers, all tests
+  tsan       Clang build with the thread sanitizer, all tests
+  tidy       clang-tidy on src/ and tools/
+  fuzz       Clang build of the fuzz targets, each over its seeds and then over new input
+
+Each builds in build/<step>, and installs the Debian packages that are missing (asking sudo
+where it must). The last line counts: a test is one, and so is every other check.
+END
+}
+
+# --- counting and printing ---
+
+pass() {
+    passed=$((passed + 1))
+}
+
+# fail WHAT: counts it and says it.
+fail() {
+    failed=$((failed + 1))
+    echo "FAILED: $1"
+}
+
+# check WHAT COMMAND...: one check, which holds when the command succeeds.
+check() {
+    local what=$1
+    shift
+    if "$@"; then pass; else fail "$what"; fi
+}
+
+# run_step NAME: its heading, the step itself, and how long it took.
+run_step() {
+    local begin=$SECONDS
+    echo
+    echo "== $1"
+    "step_$1"
+    echo "   ($1: $((SECONDS - begin)) s)"
+}
+
+# --- what several steps need ---
+
+cpp_files() {
+    git ls-files --cached --others --exclude-standard --deduplicate -- '*.cpp' '*.h' \
+        | while read -r file; do if [[ -e $file ]]; then echo "$file"; fi; done
+}
+
+# build PRESET [TARGET...]: quiet unless it fails, and then the output is there to read.
+build() {
+    local preset=$1 log=build/$1.log
+    shift
+    mkdir -p build
+    if cmake --preset "$preset" > "$log" 2>&1 \
+        && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} -- -k 0 >> "$log" 2>&1; then
+        return 0
+    fi
+    grep -v '^\[[0-9]*/[0-9]*\] \(Building\|Linking\|Automatic\|Generating\)' "$log"
+    return 1
+}
+
+# run_tests PRESET: adds CTest's own count to ours; prints what did not pass.
+run_tests() {
+    local log=build/$1-tests.log total bad
+    ctest --preset "$1" -j "$jobs" > "$log" 2>&1
+    grep -Ev '^ *Start +[0-9]+:|^ *[0-9]+/[0-9]+ Test +#[0-9]+:.* Passed +[0-9.]+ sec$' "$log"
+    read -r bad total < <(sed -nE 's/^.* ([0-9]+) tests? failed out of ([0-9]+)$/\1 \2/p' "$log")
+    if [[ -z ${total:-} ]]; then
+        fail "the tests of $1 did not run"
+        return
+    fi
+    passed=$((passed + total - bad))
+    failed=$((failed + bad))
+}
+
+build_and_test() {
+    if build "$1"; then
+        pass
+        run_tests "$1"
+    else
+        fail "the build of $1; its tests did not run"
+    fi
+}
+
+# --- the steps ---
+
+step_scripts() {
+    check "shellcheck" shellcheck run.sh test.sh .ci/run tools/*.sh
+}
+
+step_format() {
+    # shellcheck disable=SC2046 # our file names have no blanks
+    check "formatting (clang-format-14 -i mends it)" \
+        clang-format-14 --dry-run -Werror $(cpp_files)
+}
+
+step_layering() {
+    check "layering" cmake -P cmake/CheckLayering.cmake
+}
+
+step_debug() {
+    build_and_test debug
+}
+
+step_release() {
+    check "the release build" build release ferrylane ferrylane-phone
+    check "the build of the benchmarks" build bench
+}
+
+step_asan() {
+    build_and_test asan
+}
+
+step_tsan() {
+    build_and_test tsan
+}
+
+step_tidy() {
+    # The build that a Clang tool reads best is Clang's. Only what AUTOMOC makes has to be there.
+    local -a generated
+    if ! cmake --preset tsan > build/tidy.log 2>&1; then
+        cat build/tidy.log
+        fail "configuring for clang-tidy"
+        return
+    fi
+    mapfile -t generated < <(ninja -C build/tsan -t targets all \
+        | sed -nE 's/^([^/]*_autogen): .*$/\1/p')
+    if ! build tsan "${generated[@]}"; then
+        fail "the generated files for clang-tidy"
+        return
+    fi
+    check "clang-tidy" tidy_all
+}
+
+# One process a file, as many at once as there are cores; what it found goes to stdout.
+tidy_all() {
+    cpp_files | grep -E '^(src|tools)/.*\.cpp$' \
+        | xargs -P "$jobs" -n 1 clang-tidy-14 --quiet -p build/tsan 2> build/tidy.log
+}
+
+step_fuzz() {
+    local -a targets
+    if ! build fuzz; then
+        fail "the build of fuzz; no target ran"
+        return
+    fi
+    pass
+    mapfile -t targets < <(find build/fuzz/bin -name 'fuzz_*' -type f -executable | sort)
+    if [[ ${#targets[@]} -eq 0 ]]; then
+        fail "there is no fuzz target"
+        return
+    fi
+    run_tests fuzz
+    local seconds=$((fuzz_seconds / ${#targets[@]})) target
+    for target in "${targets[@]}"; do
+        check "${target##*/} (input in build/fuzz/artifacts)" fuzz "$target" "$((seconds + 1))"
+    done
+}
+
+# fuzz PROGRAM SECONDS: from the seeds, whose folder stays as it is.
+fuzz() {
+    local name=${1##*/fuzz_} scratch log
+    local -a dictionary=()
+    scratch=build/fuzz/corpus/$name
+    log=build/fuzz/$name.log
+    rm -rf "$scratch"
+    mkdir -p "$scratch" build/fuzz/artifacts
+    if [[ -d fuzz/corpus/$name ]]; then cp -r "fuzz/corpus/$name/." "$scratch"; fi
+    if [[ -e fuzz/dictionary/$name.txt ]]; then dictionary=("-dict=fuzz/dictionary/$name.txt"); fi
+    if "$1" -max_total_time="$2" -timeout=10 -rss_limit_mb=2048 \
+        -artifact_prefix=build/fuzz/artifacts/ "${dictionary[@]}" "$scratch" > "$log" 2>&1; then
+        echo "$name: $(sed -n 's/^Done \([0-9]*\) runs.*/\1 runs/p' "$log")"
+    else
+        tail -n 60 "$log"
+        return 1
+    fi
+}
+
+# --- which steps ---
+
+steps=(scripts format layering release asan tsan tidy fuzz)
+sections=(build test check)
+case ${1:-} in
+    --help | -h)
+        usage
+        exit
+        ;;
+    --quick)
+        steps=(debug)
+        sections=(build test)
+        ;;
+    ?*)
+        steps=("$@")
+        ;;
+esac
+
+for step in "${steps[@]}"; do
+    if ! declare -F "step_$step" > /dev/null; then
+        echo "test.sh: there is no step '$step'; see ./test.sh --help" >&2
+        exit 2
+    fi
+done
+
+tools/install-packages.sh "${sections[@]}" || exit 1
+mkdir -p build
+for step in "${steps[@]}"; do
+    run_step "$step"
+done
+
+echo
+echo "$passed passed, $failed failed"
+[[ $failed -eq 0 ]]

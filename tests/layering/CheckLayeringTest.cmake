@@ -1,0 +1,73 @@
+# Gives the layering check one file with one #include at a time and compares its verdict.
+# Needs CHECK, the script, and SCRATCH, a folder to write to.
+
+cmake_minimum_required(VERSION 3.25)
+
+set(allowed
+    "src/platform/Tcp.h          |\"platform/Bytes.h\""
+    "src/platform/linux/Tcp.cpp  |\"platform/linux/Tcp.h\""
+    "src/platform/linux/Tcp.cpp  |<asio/ip/tcp.hpp>"
+    "src/core/Log.cpp            |\"platform/Files.h\""
+    "src/core/Log.cpp            |\"Log.moc\""
+    "src/core/Log.cpp            |<QGuiApplication>"
+    "src/receiver/Server.cpp     |\"pairing/KeyStore.h\""
+    "src/discovery/Scanner.cpp   |\"pairing/Target.h\""
+    "src/sender/Sender.cpp       |\"receiver/V4Stream.h\""
+    "src/app/Window.cpp          |\"sender/Sender.h\""
+    "src/app/Window.cpp          |<QMainWindow>"
+    "src/main.cpp                |\"app/AppDelegate.h\""
+    "src/main.cpp                |<QApplication>"
+    "tools/phone/main.cpp        |\"receiver/V4Stream.h\"")
+
+set(forbidden
+    "src/platform/Tcp.h          |\"core/Log.h\""
+    "src/platform/Tcp.h          |<asio.hpp>"
+    "src/platform/Tcp.h          |<sys/socket.h>"
+    "src/platform/Crypto.cpp     |<openssl/evp.h>"
+    "src/core/Log.cpp            |\"receiver/Server.h\""
+    "src/core/Log.cpp            |\"platform/linux/Tcp.h\""
+    "src/core/Log.cpp            |\"Text.h\""
+    "src/core/Log.cpp            |<QtWidgets/QWidget>"
+    "src/core/Log.cpp            |<QMessageBox>"
+    "src/pairing/KeyStore.cpp    |\"receiver/Server.h\""
+    "src/discovery/Scanner.cpp   |\"receiver/Server.h\""
+    "src/discovery/Browser.cpp   |<avahi-client/client.h>"
+    "src/receiver/Server.cpp     |\"transferlog/TransferLog.h\""
+    "src/receiver/Server.cpp     |\"app/Window.h\""
+    "src/sender/Sender.cpp       |\"receiver/Server.h\""
+    "src/sender/Sender.cpp       |\"discovery/Scanner.h\""
+    "src/app/Window.cpp          |<netinet/in.h>"
+    "src/newcomer/Thing.cpp      |\"core/Log.h\""
+    "tools/phone/main.cpp        |\"app/Window.h\""
+    "tools/phone/main.cpp        |<asio.hpp>")
+
+# Sets `passes` to whether the check accepts the row "file |include".
+function(check_row row)
+    string(REGEX MATCH "^([^ ]+) *\\|(.+)$" matched "${row}")
+    file(REMOVE_RECURSE "${SCRATCH}")
+    file(WRITE "${SCRATCH}/${CMAKE_MATCH_1}" "// first\n  #  include ${CMAKE_MATCH_2} // why\n")
+    execute_process(COMMAND "${CMAKE_COMMAND}" -D "ROOT=${SCRATCH}" -P "${CHECK}"
+        RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    set(passes FALSE PARENT_SCOPE)
+    if(result EQUAL 0)
+        set(passes TRUE PARENT_SCOPE)
+    elseif(NOT output MATCHES "Forbidden includes: 1")
+        message(SEND_ERROR "The check broke on ${row}: ${output}")
+    endif()
+endfunction()
+
+foreach(row IN LISTS allowed)
+    check_row("${row}")
+    if(NOT passes)
+        message(SEND_ERROR "Refused, though it is allowed: ${row}")
+    endif()
+endforeach()
+
+foreach(row IN LISTS forbidden)
+    check_row("${row}")
+    if(passes)
+        message(SEND_ERROR "Accepted, though it is forbidden: ${row}")
+    endif()
+endforeach()
+
+file(REMOVE_RECURSE "${SCRATCH}")
