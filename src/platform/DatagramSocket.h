@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/Clock.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace platform {
+
+/// An IPv4 address and a port.
+struct Endpoint {
+    std::uint32_t address = 0; ///< host byte order
+    std::uint16_t port = 0;
+
+    [[nodiscard]] QString addressText() const; ///< dotted decimal
+    bool operator==(const Endpoint&) const = default;
+};
+
+/// A blocking IPv4 UDP socket. One thread receives; close() may be called from any other.
+class DatagramSocket {
+public:
+    enum class Outcome { received, timedOut, closed, failed };
+    struct Received {
+        Outcome outcome = Outcome::failed;
+        /// Bytes written, at most the buffer's size; 0 is an empty datagram.
+        std::size_t length = 0;
+        Endpoint source;
+    };
+
+    /// Bound to `port` on every interface, shared with others that bind it so (SO_REUSEADDR and
+    /// SO_REUSEPORT). receive() waits `receiveTimeout` at most. Throws std::system_error, with EIO
+    /// when there is no socket to be had, else with what bind(2) said.
+    [[nodiscard]] static std::shared_ptr<DatagramSocket> bound(
+        std::uint16_t port, Duration receiveTimeout);
+    /// Not bound; may send to broadcast addresses. Throws std::system_error.
+    [[nodiscard]] static std::shared_ptr<DatagramSocket> unbound(Duration receiveTimeout);
+
+    ~DatagramSocket();
+    DatagramSocket(const DatagramSocket&) = delete;
+    DatagramSocket& operator=(const DatagramSocket&) = delete;
+
+    /// A datagram longer than the buffer leaves its first bytes. A wait that was interrupted, or
+    /// that ended with a datagram found damaged, counts as timed out.
+    [[nodiscard]] Received receive(MutableByteView buffer);
+    /// Errors are ignored: a datagram may get lost in any case.
+    void send(ByteView datagram, const Endpoint& to);
+    /// Ends receive() with Outcome::closed, the waiting one at once and all from then on. The port
+    /// is free once the last holder has let go of the socket.
+    void close();
+
+private:
+    struct State;
+    explicit DatagramSocket(std::unique_ptr<State> state);
+
+    std::unique_ptr<State> state_;
+};
+
+} // namespace platform

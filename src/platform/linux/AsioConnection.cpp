@@ -1,0 +1,226 @@
+#include "platform/linux/AsioConnection.h"
+
+#include "platform/linux/AsioError.h"
+
+#include <asio/buffer.hpp>
+#include <asio/connect.hpp>
+#include <asio/dispatch.hpp>
+#include <asio/post.hpp>
+#include <asio/write.hpp>
+
+#include <algorithm>
+#include <array>
+
+#include <netinet/tcp.h>
+
+namespace platform {
+
+namespace {
+
+using KeepAliveIdle = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPIDLE>;
+using KeepAliveInterval = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPINTVL>;
+using KeepAliveProbes = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPCNT>;
+
+// How long the peer has to take the last message and close its side.
+constexpr auto closingTime = std::chrono::seconds(1);
+
+} // namespace
+
+AsioConnection::AsioConnection(asio::io_context& context, QString host, std::uint16_t port)
+    : strand_(context.get_executor())
+    , socket_(strand_)
+    , resolver_(strand_)
+    , closingTimer_(strand_)
+    , host_(std::move(host))
+    , port_(port)
+{
+}
+
+AsioConnection::AsioConnection(Strand strand, asio::ip::tcp::socket socket)
+    : strand_(std::move(strand))
+    , socket_(std::move(socket))
+    , resolver_(strand_)
+    , closingTimer_(strand_)
+{
+    setOptions();
+}
+
+void AsioConnection::setOptions()
+{
+    // Each is an improvement, none a condition.
+    std::error_code ignored;
+    socket_.non_blocking(true, ignored);
+    socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
+    // A peer that vanishes without a word (battery, Wi-Fi) fails the connection after 90 seconds
+    // instead of holding it for ever.
+    socket_.set_option(asio::socket_base::keep_alive(true), ignored);
+    socket_.set_option(KeepAliveIdle(30), ignored);
+    socket_.set_option(KeepAliveInterval(10), ignored);
+    socket_.set_option(KeepAliveProbes(6), ignored);
+}
+
+void AsioConnection::start(StateHandler handler)
+{
+    asio::post(strand_, [self = shared_from_this(), handler = std::move(handler)]() mutable {
+        self->stateHandler_ = std::move(handler);
+        if (self->cancelled_) {
+            self->reach(State::cancelled, {});
+            return;
+        }
+        self->resolver_.async_resolve(self->host_.toStdString(), std::to_string(self->port_),
+            [self](const std::error_code& error, const Endpoints& endpoints) {
+                self->resolved(error, endpoints);
+            });
+    });
+}
+
+void AsioConnection::resolved(const std::error_code& error, const Endpoints& endpoints)
+{
+    if (cancelled_) return;
+    if (error) {
+        reach(State::failed, error);
+        return;
+    }
+    asio::async_connect(socket_, endpoints,
+        [self = shared_from_this()](const std::error_code& connectError,
+            const asio::ip::tcp::endpoint&) { self->connected(connectError); });
+}
+
+void AsioConnection::connected(const std::error_code& error)
+{
+    if (cancelled_) return;
+    if (error) {
+        reach(State::failed, error);
+        return;
+    }
+    setOptions();
+    reach(State::ready, {});
+}
+
+void AsioConnection::reach(State state, const std::error_code& error)
+{
+    // Final states let go of the handler and with it of whatever it holds, this connection included.
+    const StateHandler handler
+        = state == State::ready ? stateHandler_ : std::exchange(stateHandler_, nullptr);
+    if (handler) handler(state, systemError(error));
+}
+
+void AsioConnection::receive(
+    ByteBuffer& buffer, std::size_t minimum, std::size_t maximum, ReceiveHandler handler)
+{
+    auto receive = std::make_shared<Receive>(Receive{buffer, minimum, maximum, std::move(handler)});
+    // Posted even on the strand: a peer that always has bytes ready must not deepen the stack.
+    asio::post(strand_, [self = shared_from_this(), receive = std::move(receive)] {
+        self->receiveSome(receive);
+    });
+}
+
+void AsioConnection::receiveSome(const std::shared_ptr<Receive>& receive)
+{
+    std::error_code error;
+    // Asked for first, so that the buffer grows by what is there and not by what might come.
+    const std::size_t available = socket_.available(error);
+    const std::size_t room
+        = std::min(receive->maximum - receive->count, std::max<std::size_t>(available, 1));
+    std::size_t count = 0;
+    if (!error) {
+        const MutableByteView space = receive->buffer.prepare(room);
+        count = socket_.read_some(asio::buffer(space.data(), space.size()), error);
+        receive->buffer.commit(count);
+        receive->count += count;
+    }
+    const bool again = error == asio::error::would_block || error == asio::error::interrupted;
+    if (again || (!error && receive->count < receive->minimum)) {
+        waitForBytes(receive);
+    } else if (error == asio::error::eof) {
+        receive->handler(true, {});
+    } else {
+        receive->handler(false, systemError(cancelled_ ? asio::error::operation_aborted : error));
+    }
+}
+
+void AsioConnection::waitForBytes(const std::shared_ptr<Receive>& receive)
+{
+    socket_.async_wait(asio::ip::tcp::socket::wait_read,
+        [self = shared_from_this(), receive](const std::error_code& error) {
+            if (error) {
+                receive->handler(false, systemError(error));
+            } else {
+                self->receiveSome(receive);
+            }
+        });
+}
+
+void AsioConnection::send(QByteArray message, SendHandler handler)
+{
+    auto kept = std::make_shared<QByteArray>(std::move(message));
+    const ByteView view = bytesOf(*kept);
+    sendView(view, [kept = std::move(kept), handler = std::move(handler)](const std::error_code& e) {
+        handler(e);
+    });
+}
+
+void AsioConnection::sendView(ByteView message, SendHandler handler)
+{
+    asio::post(strand_, [self = shared_from_this(), message, handler = std::move(handler)] {
+        asio::async_write(self->socket_, asio::buffer(message.data(), message.size()),
+            [self, handler](const std::error_code& error, std::size_t) { handler(systemError(error)); });
+    });
+}
+
+void AsioConnection::sendLast(QByteArray message)
+{
+    send(std::move(message), [self = shared_from_this()](const std::error_code& error) {
+        if (error) {
+            self->cancel();
+        } else {
+            self->closeGently();
+        }
+    });
+}
+
+void AsioConnection::closeGently()
+{
+    std::error_code ignored;
+    socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+    closingTimer_.expires_after(closingTime);
+    closingTimer_.async_wait([self = shared_from_this()](const std::error_code& error) {
+        if (!error) self->socket_.close();
+    });
+    discardIncoming();
+}
+
+void AsioConnection::discardIncoming()
+{
+    std::array<std::byte, 16384> scratch; // NOLINT(*-member-init): written before it is read
+    std::error_code error;
+    // One read at a time: the strand's thread has others to serve.
+    socket_.read_some(asio::buffer(scratch), error);
+    if (error && error != asio::error::would_block) {
+        cancel();
+        return;
+    }
+    socket_.async_wait(asio::ip::tcp::socket::wait_read,
+        [self = shared_from_this()](const std::error_code& waitError) {
+            if (!waitError) self->discardIncoming();
+        });
+}
+
+void AsioConnection::cancel()
+{
+    asio::dispatch(strand_, [self = shared_from_this()] {
+        if (std::exchange(self->cancelled_, true)) return;
+        std::error_code ignored;
+        self->resolver_.cancel();
+        self->closingTimer_.cancel();
+        self->socket_.close(ignored);
+        self->reach(State::cancelled, {});
+    });
+}
+
+void AsioConnection::async(SerialQueue::Task task)
+{
+    asio::post(strand_, std::move(task));
+}
+
+} // namespace platform

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/Tcp.h"
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/strand.hpp>
+
+namespace platform {
+
+/// TcpConnection over Asio. All state is touched on the strand only; an outstanding operation holds
+/// the connection.
+class AsioConnection final : public TcpConnection,
+                             public std::enable_shared_from_this<AsioConnection> {
+public:
+    using Strand = asio::strand<asio::io_context::executor_type>;
+
+    /// A connection that start() will connect.
+    AsioConnection(asio::io_context& context, QString host, std::uint16_t port);
+    /// An accepted connection; its socket must have been made on `strand`.
+    AsioConnection(Strand strand, asio::ip::tcp::socket socket);
+
+    void start(StateHandler handler) override;
+    void receive(ByteBuffer& buffer, std::size_t minimum, std::size_t maximum,
+        ReceiveHandler handler) override;
+    void send(QByteArray message, SendHandler handler) override;
+    void sendView(ByteView message, SendHandler handler) override;
+    void sendLast(QByteArray message) override;
+    void cancel() override;
+    void async(SerialQueue::Task task) override;
+
+private:
+    /// A receive under way.
+    struct Receive {
+        ByteBuffer& buffer;
+        std::size_t minimum;
+        std::size_t maximum;
+        ReceiveHandler handler;
+        std::size_t count = 0;
+    };
+    using Endpoints = asio::ip::tcp::resolver::results_type;
+
+    void setOptions();
+    void resolved(const std::error_code& error, const Endpoints& endpoints);
+    void connected(const std::error_code& error);
+    void reach(State state, const std::error_code& error);
+
+    void receiveSome(const std::shared_ptr<Receive>& receive);
+    void waitForBytes(const std::shared_ptr<Receive>& receive);
+    void closeGently();
+    void discardIncoming();
+
+    Strand strand_;
+    asio::ip::tcp::socket socket_;
+    asio::ip::tcp::resolver resolver_;
+    asio::steady_timer closingTimer_;
+    QString host_;
+    std::uint16_t port_ = 0;
+    StateHandler stateHandler_;
+    bool cancelled_ = false;
+};
+
+} // namespace platform

@@ -1,0 +1,160 @@
+#include "platform/linux/AsioListener.h"
+
+#include "platform/linux/AsioConnection.h"
+#include "platform/linux/AsioError.h"
+
+#include <asio/ip/v6_only.hpp>
+#include <asio/post.hpp>
+
+namespace platform {
+
+using asio::ip::tcp;
+
+namespace {
+
+// How long accepting rests when the system is out of descriptors or memory.
+constexpr auto acceptPause = std::chrono::milliseconds(100);
+
+/// Errors of one connection that went away before it was accepted (accept(2)); the port is fine.
+bool concernsOneConnection(const std::error_code& error)
+{
+    return error == std::errc::connection_aborted || error == std::errc::protocol_error
+        || error == std::errc::interrupted || error == std::errc::network_unreachable
+        || error == std::errc::host_unreachable || error == std::errc::timed_out;
+}
+
+} // namespace
+
+/// Its one mutex makes the handlers serial, and cancel() wait for the one that runs.
+class AsioListener::Acceptor : public std::enable_shared_from_this<Acceptor> {
+public:
+    Acceptor(asio::io_context& context, std::uint16_t port)
+        : context_(context), acceptor_(context), pause_(context), port_(port)
+    {
+    }
+
+    void start(StateHandler onState, ConnectionHandler onConnection)
+    {
+        onState_ = std::move(onState);
+        onConnection_ = std::move(onConnection);
+        asio::post(context_, [self = shared_from_this()] {
+            const std::lock_guard lock(self->mutex_);
+            if (!self->cancelled_) self->open();
+        });
+    }
+
+    void cancel()
+    {
+        const std::lock_guard lock(mutex_);
+        if (cancelled_) return;
+        cancelled_ = true;
+        std::error_code ignored;
+        acceptor_.close(ignored);
+        pause_.cancel();
+        onState_ = nullptr;
+        onConnection_ = nullptr;
+    }
+
+private:
+    void open()
+    {
+        std::error_code error = listenOn(tcp::endpoint(tcp::v6(), port_));
+        // No IPv6 in this kernel, or switched off.
+        if (error == std::errc::address_family_not_supported
+            || error == std::errc::address_not_available) {
+            error = listenOn(tcp::endpoint(tcp::v4(), port_));
+        }
+        if (error) {
+            onState_(State::failed, error);
+            return;
+        }
+        onState_(State::ready, {});
+        acceptNext();
+    }
+
+    std::error_code listenOn(const tcp::endpoint& endpoint)
+    {
+        std::error_code error;
+        acceptor_.close(error);
+        acceptor_.open(endpoint.protocol(), error);
+        if (error) return systemError(error);
+        // Connections of an earlier listener that are still closing do not hold the port.
+        acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+        if (!error && endpoint.protocol() == tcp::v6()) {
+            acceptor_.set_option(asio::ip::v6_only(false), error);
+        }
+        if (!error) acceptor_.bind(endpoint, error);
+        if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
+        if (error) {
+            std::error_code ignored;
+            acceptor_.close(ignored);
+        }
+        return systemError(error);
+    }
+
+    void acceptNext()
+    {
+        AsioConnection::Strand strand(context_.get_executor());
+        acceptor_.async_accept(strand,
+            [self = shared_from_this(), strand](const std::error_code& error, tcp::socket socket) {
+                const std::lock_guard lock(self->mutex_);
+                if (self->cancelled_) return;
+                self->accepted(strand, systemError(error), std::move(socket));
+            });
+    }
+
+    void accepted(
+        const AsioConnection::Strand& strand, const std::error_code& error, tcp::socket socket)
+    {
+        if (error && !concernsOneConnection(error)) {
+            rest(error);
+            return;
+        }
+        if (std::exchange(resting_, false)) onState_(State::ready, {});
+        if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
+        acceptNext();
+    }
+
+    /// Out of something that others may give back: trying again at once would spin.
+    void rest(const std::error_code& error)
+    {
+        if (!std::exchange(resting_, true)) onState_(State::waiting, error);
+        pause_.expires_after(acceptPause);
+        pause_.async_wait([self = shared_from_this()](const std::error_code& waitError) {
+            const std::lock_guard lock(self->mutex_);
+            if (!waitError && !self->cancelled_) self->acceptNext();
+        });
+    }
+
+    std::mutex mutex_;
+    asio::io_context& context_;
+    tcp::acceptor acceptor_;
+    asio::steady_timer pause_;
+    std::uint16_t port_;
+    StateHandler onState_;
+    ConnectionHandler onConnection_;
+    bool cancelled_ = false;
+    bool resting_ = false;
+};
+
+AsioListener::AsioListener(asio::io_context& context, std::uint16_t port)
+    : acceptor_(std::make_shared<Acceptor>(context, port))
+{
+}
+
+AsioListener::~AsioListener()
+{
+    acceptor_->cancel();
+}
+
+void AsioListener::start(StateHandler onState, ConnectionHandler onConnection)
+{
+    acceptor_->start(std::move(onState), std::move(onConnection));
+}
+
+void AsioListener::cancel()
+{
+    acceptor_->cancel();
+}
+
+} // namespace platform

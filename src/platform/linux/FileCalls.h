@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/linux/FileDescriptor.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <sys/types.h>
+
+// The system's file calls as the functions on files use them: all of them carry on after an
+// interruption by a signal.
+namespace platform {
+
+/// The path as the system takes it. Empty, which the system never finds, when the path holds a NUL:
+/// the system would take what stands before it and work on a different file.
+[[nodiscard]] QByteArray nativePath(const QString& path);
+
+/// The folder part of a path, "." when there is none.
+[[nodiscard]] QByteArray folderOf(const QByteArray& nativePath);
+
+/// open(2) with O_CLOEXEC; not open when it fails, and lastError() tells why.
+[[nodiscard]] FileDescriptor openFile(const QByteArray& nativePath, int flags, mode_t mode = 0);
+
+/// Writes all bytes, in one call where the system takes them so.
+[[nodiscard]] std::error_code writeAll(int descriptor, ByteView bytes);
+
+/// fsync(2): content and everything about the file.
+[[nodiscard]] std::error_code syncAll(int descriptor);
+/// fdatasync(2): content, and of the rest what is needed to read it back.
+[[nodiscard]] std::error_code syncContent(int descriptor);
+/// fsync(2) of a folder. File systems that cannot do it for folders count as synced.
+[[nodiscard]] std::error_code syncFolderEntries(int descriptor);
+
+} // namespace platform

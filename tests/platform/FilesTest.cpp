@@ -1,0 +1,288 @@
+#include "platform/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+mode_t modeOf(const QString& path)
+{
+    struct stat status {};
+    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0) << path.toStdString();
+    return status.st_mode & 07777U;
+}
+
+void write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+class FilesTest : public ::testing::Test {
+protected:
+    ~FilesTest() override { ::umask(umask_); }
+
+    [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
+    void link(const QString& target, const QString& name) const
+    {
+        ASSERT_TRUE(QFile::link(target, path(name)));
+    }
+
+private:
+    QTemporaryDir folder_;
+    mode_t umask_ = ::umask(022);
+};
+
+TEST_F(FilesTest, ItemExistsSeesEverythingThatTakesAName)
+{
+    write(path(u"file"_s), "x");
+    link(path(u"nowhere"_s), u"dangling"_s);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
+
+    EXPECT_TRUE(itemExists(path(u"file"_s)));
+    EXPECT_TRUE(itemExists(path(u"folder"_s)));
+    EXPECT_TRUE(itemExists(path(u"dangling"_s)));
+    EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
+    EXPECT_FALSE(itemExists(QString()));
+}
+
+TEST_F(FilesTest, PathWithNulNamesNothing)
+{
+    const QString file = path(u"file"_s);
+    write(file, "x");
+    const QString longer = file + QChar(0) + u"rest"_s;
+
+    EXPECT_FALSE(itemExists(longer));
+    EXPECT_FALSE(readFile(longer, 100));
+    EXPECT_FALSE(removeFile(longer));
+    EXPECT_TRUE(writeFileAtomically(longer, bytesOf("y"), 0600));
+    EXPECT_TRUE(appendToFile(longer, bytesOf("y"), 0600));
+    EXPECT_TRUE(createFolders(path(u"folder"_s) + QChar(0)));
+    EXPECT_EQ(readFile(file, 100), "x");
+}
+
+TEST_F(FilesTest, CreatesFoldersStepByStep)
+{
+    ASSERT_TRUE(QDir().mkdir(path(u"real"_s)));
+    link(path(u"real"_s), u"link"_s);
+    write(path(u"file"_s), "x");
+    link(path(u"nowhere"_s), u"dangling"_s);
+    link(path(u"file"_s), u"toFile"_s);
+
+    struct Case {
+        QString name;
+        std::error_code error;
+    };
+    const std::error_code fine;
+    const std::error_code notFolder = std::make_error_code(std::errc::not_a_directory);
+    const std::vector<Case> cases{
+        {u"a/b/c"_s, fine},
+        {u"a/b/c"_s, fine},
+        {u"a//b///d/"_s, fine},
+        {u"link"_s, fine},
+        {u"link/inside"_s, fine},
+        {u"file"_s, notFolder},
+        {u"file/inside"_s, notFolder},
+        {u"dangling"_s, notFolder},
+        {u"toFile"_s, notFolder},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(createFolders(path(c.name)), c.error) << c.name.toStdString();
+        EXPECT_EQ(QFileInfo(path(c.name)).isDir(), !c.error) << c.name.toStdString();
+    }
+    EXPECT_TRUE(QFileInfo(path(u"real/inside"_s)).isDir());
+    EXPECT_EQ(readFile(path(u"file"_s), 10), "x");
+    EXPECT_EQ(createFolders(QString()), std::errc::no_such_file_or_directory);
+}
+
+TEST_F(FilesTest, CreatesFoldersBelowTheWorkingFolder)
+{
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir().mkdir(path(u"work"_s)));
+    ASSERT_TRUE(QDir::setCurrent(path(u"work"_s)));
+    EXPECT_FALSE(createFolders(u"x/y"_s));
+    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_TRUE(QFileInfo(path(u"work/x/y"_s)).isDir());
+}
+
+TEST_F(FilesTest, FoldersHaveTheModeLessTheUmask)
+{
+    ::umask(027);
+    ASSERT_FALSE(createFolders(path(u"default/inner"_s)));
+    ASSERT_FALSE(createFolders(path(u"private/inner"_s), 0700));
+    EXPECT_EQ(modeOf(path(u"default"_s)), 0750U);
+    EXPECT_EQ(modeOf(path(u"default/inner"_s)), 0750U);
+    EXPECT_EQ(modeOf(path(u"private"_s)), 0700U);
+    EXPECT_EQ(modeOf(path(u"private/inner"_s)), 0700U);
+}
+
+TEST_F(FilesTest, ReadsWholeFilesUpToTheLimit)
+{
+    const QByteArray large(200000, 'z');
+    write(path(u"empty"_s), "");
+    write(path(u"large"_s), large);
+    link(path(u"large"_s), u"link"_s);
+
+    EXPECT_EQ(readFile(path(u"empty"_s), 0), "");
+    EXPECT_EQ(readFile(path(u"large"_s), large.size()), large);
+    EXPECT_EQ(readFile(path(u"link"_s), large.size()), large);
+    EXPECT_FALSE(readFile(path(u"large"_s), large.size() - 1));
+    EXPECT_FALSE(readFile(path(u"missing"_s), 100));
+}
+
+TEST_F(FilesTest, TakesNoMemoryForAFileBeyondTheLimit)
+{
+    QFile file(path(u"sparse"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(Q_INT64_C(1) << 42));
+    EXPECT_FALSE(readFile(path(u"sparse"_s), 100));
+}
+
+TEST_F(FilesTest, ReadsFilesThatTellNoSizeUpToTheLimit)
+{
+    // A file of the process file system: its size reads as 0.
+    const QString file = u"/proc/self/status"_s;
+    const auto content = readFile(file, 1000000);
+    ASSERT_TRUE(content);
+    EXPECT_TRUE(content->contains("\nPid:\t"));
+    EXPECT_TRUE(content->endsWith('\n'));
+    EXPECT_FALSE(readFile(file, 100));
+}
+
+TEST_F(FilesTest, ReadsNothingButRegularFilesAndNeverWaits)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
+    for (const QString& name : {path(u"fifo"_s), path(u"folder"_s), u"/dev/zero"_s}) {
+        EXPECT_FALSE(readFile(name, 100)) << name.toStdString();
+    }
+}
+
+TEST_F(FilesTest, AppendsAndCreatesWithExactlyTheMode)
+{
+    for (const mode_t mask : {000U, 022U, 077U}) {
+        for (const mode_t mode : {0600U, 0644U, 0666U}) {
+            ::umask(mask);
+            const QString file = path(u"%1-%2"_s.arg(mask).arg(mode));
+            ASSERT_FALSE(appendToFile(file, bytesOf("one\n"), mode));
+            ASSERT_FALSE(appendToFile(file, bytesOf("two\n"), mode));
+            EXPECT_EQ(readFile(file, 100), "one\ntwo\n");
+            EXPECT_EQ(modeOf(file), mode) << "umask " << mask;
+        }
+    }
+}
+
+TEST_F(FilesTest, AppendingLeavesTheModeOfAFileThatIsThere)
+{
+    const QString file = path(u"file"_s);
+    write(file, "x");
+    ASSERT_FALSE(setMode(file, 0640));
+    ASSERT_FALSE(appendToFile(file, bytesOf("y"), 0600));
+    EXPECT_EQ(modeOf(file), 0640U);
+}
+
+TEST_F(FilesTest, AppendingReportsWhatCannotBeWritten)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
+    link(path(u"nowhere"_s), u"dangling"_s);
+
+    EXPECT_TRUE(appendToFile(path(u"fifo"_s), bytesOf("x"), 0600));
+    EXPECT_TRUE(appendToFile(path(u"dangling"_s), bytesOf("x"), 0600));
+    EXPECT_TRUE(appendToFile(path(u"missing/file"_s), bytesOf("x"), 0600));
+    EXPECT_EQ(appendToFile(u"/dev/full"_s, bytesOf("x"), 0600), std::errc::no_space_on_device);
+    EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
+}
+
+TEST_F(FilesTest, LinesOfSeveralWritersDoNotMix)
+{
+    constexpr int writers = 4;
+    constexpr int linesEach = 250;
+    const QString file = path(u"log"_s);
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < writers; ++writer) {
+        threads.emplace_back([&file, writer] {
+            const QByteArray line = QByteArray(100, static_cast<char>('a' + writer)) + '\n';
+            for (int i = 0; i < linesEach; ++i) {
+                EXPECT_FALSE(appendToFile(file, bytesOf(line), 0600));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    const QList<QByteArray> lines = readFile(file, 1000000).value_or("").split('\n');
+    ASSERT_EQ(lines.size(), writers * linesEach + 1);
+    for (const QByteArray& line : lines.first(writers * linesEach)) {
+        ASSERT_EQ(line, QByteArray(100, line.isEmpty() ? '?' : line.front()));
+    }
+}
+
+TEST_F(FilesTest, RemovesFilesAndLinksButNoFolders)
+{
+    write(path(u"file"_s), "x");
+    link(path(u"file"_s), u"link"_s);
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
+
+    EXPECT_TRUE(removeFile(path(u"link"_s)));
+    EXPECT_TRUE(itemExists(path(u"file"_s)));
+    EXPECT_TRUE(removeFile(path(u"file"_s)));
+    EXPECT_FALSE(removeFile(path(u"file"_s)));
+    EXPECT_FALSE(removeFile(path(u"folder"_s)));
+    EXPECT_TRUE(itemExists(path(u"folder"_s)));
+}
+
+TEST_F(FilesTest, ListsRegularFilesOnly)
+{
+    const QString folder = path(u"list"_s);
+    ASSERT_TRUE(QDir().mkpath(folder + u"/sub"_s));
+    write(folder + u"/plain"_s, "x");
+    write(folder + u"/.hidden"_s, "x");
+    write(folder + u"/Größe ☂"_s, "x");
+    ASSERT_TRUE(QFile::link(folder + u"/plain"_s, folder + u"/link"_s));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(folder + u"/fifo"_s).constData(), 0600), 0);
+    const QByteArray notUtf8 = QFile::encodeName(folder) + "/\xff";
+    ASSERT_EQ(::close(::open(notUtf8.constData(), O_WRONLY | O_CREAT, 0600)), 0);
+
+    QStringList names = regularFilesIn(folder);
+    names.sort();
+    EXPECT_EQ(names, QStringList({u".hidden"_s, u"Größe ☂"_s, u"plain"_s}));
+    EXPECT_TRUE(regularFilesIn(path(u"missing"_s)).isEmpty());
+    EXPECT_TRUE(regularFilesIn(folder + u"/plain"_s).isEmpty());
+    EXPECT_EQ(::unlink(notUtf8.constData()), 0);
+}
+
+TEST_F(FilesTest, SyncsFoldersOnly)
+{
+    write(path(u"file"_s), "x");
+    EXPECT_FALSE(syncFolder(path(QString())));
+    EXPECT_EQ(syncFolder(path(u"file"_s)), std::errc::not_a_directory);
+    EXPECT_EQ(syncFolder(path(u"missing"_s)), std::errc::no_such_file_or_directory);
+}
+
+TEST_F(FilesTest, SetsModes)
+{
+    const QString file = path(u"file"_s);
+    write(file, "x");
+    EXPECT_FALSE(setMode(file, 0600));
+    EXPECT_EQ(modeOf(file), 0600U);
+    EXPECT_EQ(setMode(path(u"missing"_s), 0600), std::errc::no_such_file_or_directory);
+}
+
+} // namespace
+} // namespace platform

@@ -1,0 +1,125 @@
+#include "platform/TerminationSignals.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <thread>
+
+#include <unistd.h>
+
+namespace platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+void processEventsUntil(const std::function<bool()>& done)
+{
+    const QDeadlineTimer deadline(10s);
+    while (!done() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    }
+}
+
+bool isHandled(int signal)
+{
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    return action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
+}
+
+TEST(TerminationSignalsTest, CallsTheHandlerOnTheEventLoop)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        int calls = 0;
+        std::thread::id caller;
+        const TerminationSignals watcher([&] {
+            ++calls;
+            caller = std::this_thread::get_id();
+        });
+        // Whichever thread the system picks for the signal.
+        std::thread([signal] { ::raise(signal); }).join();
+        EXPECT_EQ(calls, 0);
+        processEventsUntil([&] { return calls > 0; });
+        EXPECT_EQ(calls, 1) << signal;
+        EXPECT_EQ(caller, std::this_thread::get_id());
+    }
+}
+
+TEST(TerminationSignalsTest, EndsTheWaitOfTheEventLoop)
+{
+    bool called = false;
+    const TerminationSignals watcher([&] { called = true; });
+    std::thread other([] {
+        std::this_thread::sleep_for(30ms);
+        ::kill(::getpid(), SIGTERM);
+    });
+    processEventsUntil([&] { return called; });
+    other.join();
+    EXPECT_TRUE(called);
+}
+
+TEST(TerminationSignalsTest, PutsBackWhatWasThere)
+{
+    {
+        const TerminationSignals watcher([] {});
+        EXPECT_TRUE(isHandled(SIGINT) && isHandled(SIGTERM) && isHandled(SIGHUP));
+    }
+    EXPECT_FALSE(isHandled(SIGINT) || isHandled(SIGTERM) || isHandled(SIGHUP));
+}
+
+TEST(TerminationSignalsTest, LeavesIgnoredSignalsIgnored)
+{
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        const TerminationSignals watcher([] {});
+        EXPECT_FALSE(isHandled(SIGHUP));
+        EXPECT_TRUE(isHandled(SIGTERM));
+    }
+    EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
+TEST(TerminationSignalsTest, ASignalOfThePastDoesNotReachTheNextObject)
+{
+    {
+        const TerminationSignals watcher([] { ADD_FAILURE(); });
+        ::raise(SIGTERM);
+    }
+    int calls = 0;
+    const TerminationSignals watcher([&] { ++calls; });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(calls, 0);
+    ::raise(SIGTERM);
+    processEventsUntil([&] { return calls > 0; });
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(TerminationSignalsTest, ThereIsOneAtATime)
+{
+    const TerminationSignals watcher([] {});
+    EXPECT_THROW(TerminationSignals([] {}), std::logic_error);
+    EXPECT_TRUE(isHandled(SIGTERM));
+}
+
+void raiseTwice(int first, int second)
+{
+    const TerminationSignals watcher([] {});
+    ::raise(first);
+    ::raise(second);
+    // Reached only when the second one was survived.
+    ::_exit(0);
+}
+
+TEST(TerminationSignalsDeathTest, TheSecondSignalEndsTheProcess)
+{
+    EXPECT_EXIT(raiseTwice(SIGINT, SIGINT), ::testing::KilledBySignal(SIGINT), "");
+    EXPECT_EXIT(raiseTwice(SIGINT, SIGTERM), ::testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EXIT(raiseTwice(SIGTERM, SIGHUP), ::testing::KilledBySignal(SIGHUP), "");
+}
+
+} // namespace
+} // namespace platform

@@ -1,0 +1,114 @@
+#include "support/ProgramUnderTest.h"
+
+#include "support/Waiting.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <csignal>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace support {
+
+namespace {
+
+constexpr int patienceMilliseconds
+    = static_cast<int>(std::chrono::milliseconds(patience).count());
+
+// What follows runs between fork and exec: no allocation, no locks.
+
+bool enterMountNamespace()
+{
+    return unshare(CLONE_NEWNS) == 0
+        && mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+void mountSmallDisk(const char* path)
+{
+    if (!enterMountNamespace() || mount("tmpfs", path, "tmpfs", 0, "size=2m") != 0) _exit(127);
+}
+
+void limit(int resource, rlim_t value)
+{
+    const rlimit limits{value, value};
+    if (setrlimit(resource, &limits) != 0) _exit(127);
+}
+
+} // namespace
+
+bool canMount()
+{
+    const pid_t child = fork();
+    if (child == 0) _exit(enterMountNamespace() ? 0 : 1);
+    int status = 0;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+ProgramUnderTest::ProgramUnderTest(const QString& program, const PrivateHome& home) : home_(home)
+{
+    process_.setProgram(program);
+    process_.setProcessEnvironment(home.environment());
+    process_.setProcessChannelMode(QProcess::ForwardedChannels);
+}
+
+ProgramUnderTest::~ProgramUnderTest()
+{
+    if (isRunning()) kill();
+}
+
+bool ProgramUnderTest::start(const Scarcity& scarcity)
+{
+    return startUntilLogged("Server ready on port 8788", scarcity);
+}
+
+bool ProgramUnderTest::startUntilLogged(const QByteArray& text, const Scarcity& scarcity)
+{
+    logStart_ = home_.log().size();
+    const QByteArray disk = QFile::encodeName(scarcity.smallDisk.value_or(QString()));
+    if (!disk.isEmpty()) QDir().mkpath(*scarcity.smallDisk);
+    process_.setChildProcessModifier([scarcity, disk] {
+        if (!disk.isEmpty()) mountSmallDisk(disk.constData());
+        if (scarcity.descriptors) limit(RLIMIT_NOFILE, *scarcity.descriptors);
+        if (scarcity.bytesInFile) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            limit(RLIMIT_FSIZE, *scarcity.bytesInFile);
+        }
+    });
+    process_.start();
+    return process_.waitForStarted(patienceMilliseconds) && waitForLog(text);
+}
+
+std::optional<int> ProgramUnderTest::terminate()
+{
+    process_.terminate();
+    if (!process_.waitForFinished(patienceMilliseconds)) return std::nullopt;
+    if (process_.exitStatus() != QProcess::NormalExit) return std::nullopt;
+    return process_.exitCode();
+}
+
+void ProgramUnderTest::kill()
+{
+    process_.kill();
+    process_.waitForFinished(patienceMilliseconds);
+}
+
+std::chrono::milliseconds ProgramUnderTest::processorTime() const
+{
+    const QByteArray stat
+        = PrivateHome::contentOf(QStringLiteral("/proc/%1/stat").arg(processId()));
+    // The second field, the name in brackets, may hold blanks. utime and stime are fields 14 and 15.
+    const auto fields = stat.sliced(stat.lastIndexOf(')') + 2).split(' ');
+    const qint64 ticks = fields[11].toLongLong() + fields[12].toLongLong();
+    return std::chrono::milliseconds(ticks * 1000 / sysconf(_SC_CLK_TCK));
+}
+
+bool ProgramUnderTest::waitForLog(const QByteArray& text) const
+{
+    return waitUntil([&] { return log().contains(text); });
+}
+
+} // namespace support

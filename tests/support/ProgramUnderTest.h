@@ -1,0 +1,59 @@
+#pragma once
+
+#include "support/PrivateHome.h"
+
+#include <QProcess>
+
+#include <chrono>
+#include <optional>
+
+#include <sys/resource.h>
+
+namespace support {
+
+/// What is scarce for a program.
+struct Scarcity {
+    std::optional<rlim_t> bytesInFile; ///< writing beyond fails with EFBIG
+    std::optional<rlim_t> descriptors;
+    /// A file system of 2 MiB of its own at this path; see canMount().
+    std::optional<QString> smallDisk;
+};
+
+/// Whether this process may give a child a file system of its own.
+[[nodiscard]] bool canMount();
+
+/// The receiver program, run in a private home. It is killed when this goes.
+class ProgramUnderTest {
+public:
+    /// `home` must outlive this.
+    ProgramUnderTest(const QString& program, const PrivateHome& home);
+    ~ProgramUnderTest();
+    ProgramUnderTest(const ProgramUnderTest&) = delete;
+    ProgramUnderTest& operator=(const ProgramUnderTest&) = delete;
+
+    /// Starts it and waits until its log says that the port is open.
+    [[nodiscard]] bool start(const Scarcity& scarcity = {});
+    /// Starts it and waits until `text` is in its log.
+    [[nodiscard]] bool startUntilLogged(const QByteArray& text, const Scarcity& scarcity = {});
+
+    /// Sends SIGTERM and returns the exit code; none when it does not end by itself in time.
+    [[nodiscard]] std::optional<int> terminate();
+    /// Sends SIGKILL and waits until it is gone.
+    void kill();
+
+    [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
+    [[nodiscard]] qint64 processId() const { return process_.processId(); }
+    /// Processor time so far, user and system.
+    [[nodiscard]] std::chrono::milliseconds processorTime() const;
+
+    /// What this run has logged.
+    [[nodiscard]] QByteArray log() const { return home_.log().sliced(logStart_); }
+    [[nodiscard]] bool waitForLog(const QByteArray& text) const;
+
+private:
+    const PrivateHome& home_;
+    QProcess process_;
+    qsizetype logStart_ = 0;
+};
+
+} // namespace support

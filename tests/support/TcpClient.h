@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <chrono>
+#include <cstdint>
+
+namespace support {
+
+/// A blocking client socket. An operation that cannot go on ends after `patience` (Waiting.h).
+class TcpClient {
+public:
+    /// Connects to 127.0.0.1. Throws std::system_error.
+    explicit TcpClient(std::uint16_t port = 8788);
+    /// Closes the connection.
+    ~TcpClient();
+    TcpClient(TcpClient&& other) noexcept;
+    TcpClient& operator=(TcpClient&& other) noexcept;
+    TcpClient(const TcpClient&) = delete;
+    TcpClient& operator=(const TcpClient&) = delete;
+
+    /// False when the peer does not take all of it.
+    bool send(const QByteArray& bytes);
+    /// Tells the peer that no more will be sent.
+    void finishSending();
+    /// What the peer sends until it closes, or until the connection fails or patience ends.
+    [[nodiscard]] QByteArray receiveAll();
+    /// Whether there is something to be received: bytes, or the end of the connection.
+    [[nodiscard]] bool hasNews(std::chrono::milliseconds wait = {}) const;
+    /// Closes with a reset (RST), as a peer does that has lost the connection.
+    void reset();
+
+private:
+    int descriptor_;
+};
+
+/// Connects, sends `request` and returns the whole answer.
+[[nodiscard]] QByteArray answerTo(const QByteArray& request);
+
+} // namespace support
