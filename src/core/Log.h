@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+namespace ferrylane {
+
+/// Appends one line to the log: the time in UTC, two blanks, the message. Line breaks and other
+/// control characters in the message are written visibly (see onOneLine()), so that nothing a peer
+/// sends can pass for a line of the log. From any thread; lines never mix.
+///
+/// The file is ferrylane.log in logFolder(), for its owner's eyes only, created with its folder
+/// when missing, even while the program runs. It grows without limit. Errors are ignored: there is
+/// nowhere else to tell them.
+void flLog(const QString& message);
+
+} // namespace ferrylane

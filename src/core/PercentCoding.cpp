@@ -1,0 +1,87 @@
+#include "core/PercentCoding.h"
+
+#include <QList>
+#include <QStringDecoder>
+
+#include <charconv>
+
+namespace ferrylane {
+
+namespace {
+
+/// The value of the two digits that begin `text`.
+std::optional<char> escapedByte(QByteArrayView text)
+{
+    if (text.size() < 2) return std::nullopt;
+    unsigned value = 0;
+    const char* const end = text.data() + 2;
+    const auto result = std::from_chars(text.data(), end, value, 16);
+    if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
+    return static_cast<char>(value);
+}
+
+std::optional<QByteArray> unescaped(const QByteArray& text)
+{
+    QByteArray bytes;
+    bytes.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            bytes += text[i];
+            continue;
+        }
+        const auto byte = escapedByte(QByteArrayView(text).sliced(i + 1));
+        if (!byte) return std::nullopt;
+        bytes += *byte;
+        i += 2;
+    }
+    return bytes;
+}
+
+std::optional<QString> decodedUtf8(const QByteArray& bytes)
+{
+    using Flag = QStringConverter::Flag;
+    // A byte order mark is a character like any other here, and an unfinished sequence an error.
+    QStringDecoder decode(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+    QString text = decode(bytes);
+    if (decode.hasError()) return std::nullopt;
+    return text;
+}
+
+bool staysInFileName(char32_t c)
+{
+    if (c < 0x80) return QStringView(u"-._~").contains(QChar(c)) || QChar::isLetterOrNumber(c);
+    return QChar::isLetterOrNumber(c) || QChar::isMark(c);
+}
+
+} // namespace
+
+std::optional<QString> percentDecode(QStringView text)
+{
+    // A lone surrogate has no UTF-8.
+    if (!text.isValidUtf16()) return std::nullopt;
+    const auto bytes = unescaped(text.toUtf8());
+    return bytes ? decodedUtf8(*bytes) : std::nullopt;
+}
+
+QString percentEncodeForQuery(QStringView text)
+{
+    // Letters, digits and -._~ stay in any case.
+    return QString::fromLatin1(text.toUtf8().toPercentEncoding("!$&'()*+,/:;=?@"));
+}
+
+QString percentEncodeFileName(QStringView name)
+{
+    QString encoded;
+    encoded.reserve(name.size());
+    for (const char32_t c : name.toUcs4()) {
+        const QString character = QString::fromUcs4(&c, 1);
+        if (staysInFileName(c)) {
+            encoded += character;
+        } else {
+            encoded += QString::fromLatin1(character.toUtf8().toPercentEncoding());
+        }
+    }
+    return encoded;
+}
+
+} // namespace ferrylane

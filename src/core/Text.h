@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+namespace ferrylane {
+
+// Lengths that people see are in characters as they see them: extended grapheme clusters (Unicode
+// Standard Annex 29). An emoji of several code points or a letter with accents is one.
+
+[[nodiscard]] qsizetype characterCount(QStringView text);
+
+/// Whether there are more than `count` characters.
+[[nodiscard]] bool longerThan(QStringView text, qsizetype count);
+
+/// The first `count` characters, or all when there are fewer.
+[[nodiscard]] QString firstCharacters(const QString& text, qsizetype count);
+
+/// The text on one line: line breaks and other control characters (C0, DEL, C1, U+2028 and U+2029)
+/// become \n, \r, \t or, with the code point in hexadecimal, \u{1B}. A backslash stays as it is:
+/// the result is for people to read, not to be turned back.
+[[nodiscard]] QString onOneLine(const QString& text);
+
+} // namespace ferrylane

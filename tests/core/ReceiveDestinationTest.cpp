@@ -1,0 +1,215 @@
+#include "core/ReceiveDestination.h"
+
+#include "core/Settings.h"
+#include "core/Text.h"
+#include "platform/Files.h"
+#include "support/PrivateUserFolders.h"
+
+#include <QDir>
+#include <QFile>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace ferrylane;
+
+namespace {
+
+void createFile(const QString& path)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly)) << path.toStdString();
+}
+
+/// A folder with files in it, for names to collide with.
+class FolderWith {
+public:
+    explicit FolderWith(const std::vector<const char*>& names)
+    {
+        for (const char* const name : names) {
+            createFile(folder_.filePath(QString::fromUtf8(name)));
+        }
+    }
+
+    [[nodiscard]] QString path() const { return folder_.path(); }
+    /// The destination's name in the folder; it must lie there and be free.
+    [[nodiscard]] QString destination(const QString& name) const
+    {
+        const QString destination = collisionSafeDestination(name, path());
+        EXPECT_FALSE(platform::itemExists(destination)) << destination.toStdString();
+        EXPECT_TRUE(destination.startsWith(path() + u'/')) << destination.toStdString();
+        return destination.sliced(path().size() + 1);
+    }
+
+private:
+    QTemporaryDir folder_;
+};
+
+} // namespace
+
+TEST(Sanitize, replacesWhatMayNotBeInAName)
+{
+    struct Row {
+        QString name;
+        const char* safe;
+    };
+    for (const Row& row : {
+             Row{QString(), ""},
+             Row{QStringLiteral("a/b:c"), "a_b_c"},
+             Row{QStringLiteral("//"), "__"},
+             Row{QStringLiteral("..\\..\\x"), ".._.._x"},
+             Row{QStringLiteral("a") + QChar(0) + QStringLiteral("b"), "a_b"},
+             // Nothing else is changed.
+             Row{QStringLiteral(" .Größe*?\"<>|\n\u2215 "), " .Größe*?\"<>|\n\u2215 "},
+         }) {
+        EXPECT_EQ(sanitize(row.name), QString::fromUtf8(row.safe));
+    }
+}
+
+TEST(SenderFolderName, isCleanAndNeverEmpty)
+{
+    struct Row {
+        const char* sender;
+        const char* folder;
+    };
+    for (const Row& row : {
+             Row{"Ferrylane Pixel 8", "Pixel 8"},
+             Row{"FL Pixel 8", "Pixel 8"},
+             Row{"  Pixel 8\n", "Pixel 8"},
+             Row{"Ferrylane", "Ferrylane"},
+             Row{"Ferrylane ", "Ferrylane"},
+             Row{"fl ", "fl"},
+             Row{"fl fl x", "fl x"},
+             Row{"Ben's: Phone/2", "Ben's_ Phone_2"},
+             Row{"", "Unknown device"},
+             Row{" . .. ", "Unknown device"},
+             Row{".", "Unknown device"},
+             Row{"..", "Unknown device"},
+             Row{"fl ..", "Unknown device"},
+             Row{"../../etc", "_.._etc"},
+             Row{"..\\..", "_"},
+             Row{"/", "_"},
+             Row{"/etc/passwd", "_etc_passwd"},
+             Row{"...hidden...", "hidden"},
+             Row{". a .b. ", "a .b"},
+         }) {
+        EXPECT_EQ(
+            cleanSenderFolderName(QString::fromUtf8(row.sender)), QString::fromUtf8(row.folder))
+            << '[' << row.sender << ']';
+    }
+    EXPECT_EQ(cleanSenderFolderName(std::nullopt), QStringLiteral("Unknown device"));
+    EXPECT_EQ(cleanSenderFolderName(QString(QChar(0))), QStringLiteral("_"));
+}
+
+TEST(SenderFolderName, hasEightyCharactersAtMost)
+{
+    const QString letters = QString(100, u'x');
+    EXPECT_EQ(cleanSenderFolderName(letters), letters.first(80));
+    EXPECT_EQ(cleanSenderFolderName(letters.first(80)), letters.first(80));
+    // Cut only after everything else.
+    EXPECT_EQ(cleanSenderFolderName(QStringLiteral("..fl ") + letters).size(), 80);
+    EXPECT_EQ(cleanSenderFolderName(QStringLiteral("fl ..") + letters), letters.first(80));
+
+    const QString accented = QStringLiteral("e\u0301").repeated(81);
+    EXPECT_EQ(characterCount(cleanSenderFolderName(accented)), 80);
+}
+
+TEST(SenderDirectory, isCreatedInTheReceiveFolder)
+{
+    const support::PrivateUserFolders home;
+    const QString folder = home.downloads() + QStringLiteral("/Ferrylane/Pixel 8");
+    EXPECT_EQ(senderReceiveDirectory(QStringLiteral("FL Pixel 8")), folder);
+    EXPECT_TRUE(QDir(folder).exists());
+    EXPECT_EQ(senderReceiveDirectory(std::nullopt),
+        home.downloads() + QStringLiteral("/Ferrylane/Unknown device"));
+}
+
+TEST(SenderDirectory, isToldEvenIfItCannotBeCreated)
+{
+    const support::PrivateUserFolders home;
+    createFile(home.below(QStringLiteral("file")));
+    standardDefaults().set(ferrylaneReceiveFolderKey, home.below(QStringLiteral("file")));
+    EXPECT_EQ(senderReceiveDirectory(QStringLiteral("x")), home.below(QStringLiteral("file/x")));
+}
+
+TEST(Destination, takesTheNextFreeNumber)
+{
+    struct Row {
+        std::vector<const char*> taken;
+        const char* name;
+        const char* destination;
+    };
+    for (const Row& row : {
+             Row{{}, "report.txt", "report.txt"},
+             Row{{"report.txt"}, "report.txt", "report (1).txt"},
+             Row{{"report.txt", "report (1).txt"}, "report.txt", "report (2).txt"},
+             Row{{"report.txt", "report (2).txt"}, "report.txt", "report (1).txt"},
+             Row{{"report (1).txt"}, "report.txt", "report.txt"},
+             Row{{"report (1).txt"}, "report (1).txt", "report (1) (1).txt"},
+             Row{{"archive.tar.gz"}, "archive.tar.gz", "archive.tar (1).gz"},
+             Row{{"notes"}, "notes", "notes (1)"},
+             Row{{"a_b_c"}, "a/b:c", "a_b_c (1)"},
+             Row{{"__"}, "//", "__ (1)"},
+             Row{{}, "a/../../b", "a_.._.._b"},
+             // No extension: hidden file, dot at the end, a blank in it.
+             Row{{".bashrc"}, ".bashrc", ".bashrc (1)"},
+             Row{{"a."}, "a.", "a. (1)"},
+             Row{{"..."}, "...", "... (1)"},
+             Row{{"Dr. Who"}, "Dr. Who", "Dr. Who (1)"},
+             Row{{".profile.bak"}, ".profile.bak", ".profile (1).bak"},
+             Row{{"\u6587\u4ef6.\u56fe"}, "\u6587\u4ef6.\u56fe", "\u6587\u4ef6 (1).\u56fe"},
+             // Placeholders are text.
+             Row{{"%1.%2"}, "%1.%2", "%1 (1).%2"},
+             // These name folders, which are there.
+             Row{{}, "", " (1)"},
+             Row{{" (1)"}, "", " (2)"},
+             Row{{}, ".", ". (1)"},
+             Row{{}, "..", ".. (1)"},
+         }) {
+        EXPECT_EQ(FolderWith(row.taken).destination(QString::fromUtf8(row.name)),
+            QString::fromUtf8(row.destination))
+            << row.name;
+    }
+}
+
+TEST(Destination, countsFoldersAndDanglingLinksAsTaken)
+{
+    const FolderWith folder({});
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("name")));
+    EXPECT_EQ(folder.destination(QStringLiteral("name")), QStringLiteral("name (1)"));
+    ASSERT_TRUE(QFile::link(
+        folder.path() + QStringLiteral("/nowhere"), folder.path() + QStringLiteral("/name (1)")));
+    EXPECT_EQ(folder.destination(QStringLiteral("name")), QStringLiteral("name (2)"));
+}
+
+TEST(Destination, staysInAFolderThatIsGone)
+{
+    for (const char* const name : {"", ".", ".."}) {
+        EXPECT_EQ(collisionSafeDestination(QString::fromLatin1(name), QStringLiteral("/nowhere")),
+            QStringLiteral("/nowhere/%1 (1)").arg(QString::fromLatin1(name)));
+    }
+}
+
+TEST(Destination, isInTheReceiveFolderByDefault)
+{
+    const support::PrivateUserFolders home;
+    EXPECT_EQ(collisionSafeDestination(QStringLiteral("x")),
+        home.downloads() + QStringLiteral("/Ferrylane/x"));
+}
+
+TEST(Destination, isRandomOnceAllNumbersAreTaken)
+{
+    const FolderWith folder({"x.y"});
+    for (int number = 1; number <= 9998; ++number) {
+        createFile(folder.path() + QStringLiteral("/x (%1).y").arg(number));
+    }
+    const QString last = QStringLiteral("x (9999).y");
+    EXPECT_EQ(folder.destination(QStringLiteral("x.y")), last);
+
+    createFile(folder.path() + u'/' + last);
+    const QString name = folder.destination(QStringLiteral("x.y"));
+    EXPECT_TRUE(name.endsWith(u"-x.y")) << name.toStdString();
+    EXPECT_FALSE(QUuid::fromString(QStringView(name).chopped(4)).isNull()) << name.toStdString();
+}

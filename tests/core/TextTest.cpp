@@ -1,0 +1,62 @@
+#include "core/Text.h"
+
+#include <gtest/gtest.h>
+
+using namespace ferrylane;
+
+TEST(Characters, areAsPeopleSeeThem)
+{
+    struct Row {
+        const char* text;
+        qsizetype characters;
+    };
+    for (const Row& row : {
+             Row{"", 0},
+             Row{"abc", 3},
+             Row{"\r\n", 1},
+             Row{"\n\r", 2},
+             Row{"e\u0301", 1},
+             Row{"\U0001F600", 1},
+             Row{"\U0001F44D\U0001F3FD", 1},
+             Row{"\U0001F468\u200d\U0001F469\u200d\U0001F467", 1},
+             Row{"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 2},
+             Row{"\u1100\u1161\u11a8", 1},
+         }) {
+        const QString text = QString::fromUtf8(row.text);
+        EXPECT_EQ(characterCount(text), row.characters) << row.text;
+        EXPECT_FALSE(longerThan(text, row.characters)) << row.text;
+        EXPECT_EQ(firstCharacters(text, row.characters), text) << row.text;
+        EXPECT_EQ(firstCharacters(text, row.characters + 1), text) << row.text;
+        EXPECT_EQ(longerThan(text, row.characters - 1), row.characters > 0) << row.text;
+    }
+}
+
+TEST(Characters, areNeverCutApart)
+{
+    const QString family = QStringLiteral("\U0001F468\u200d\U0001F469\u200d\U0001F467");
+    const QString text = QStringLiteral("ae\u0301") + family + u'z';
+    EXPECT_EQ(firstCharacters(text, 0), QString());
+    EXPECT_EQ(firstCharacters(text, 1), QStringLiteral("a"));
+    EXPECT_EQ(firstCharacters(text, 2), QStringLiteral("ae\u0301"));
+    EXPECT_EQ(firstCharacters(text, 3), QStringLiteral("ae\u0301") + family);
+    EXPECT_EQ(firstCharacters(text, 4), text);
+}
+
+TEST(OneLine, showsWhatWouldBreakIt)
+{
+    struct Row {
+        QString text;
+        const char* line;
+    };
+    for (const Row& row : {
+             Row{QString(), ""},
+             Row{QStringLiteral("C:\\new \u00fc\u00b7\U0001F600"), "C:\\new ü·\U0001F600"},
+             Row{QStringLiteral("a\r\nb\tc"), "a\\r\\nb\\tc"},
+             Row{QString(QChar(0)), "\\u{0}"},
+             Row{QStringLiteral("\u001b[31m\u007f"), "\\u{1B}[31m\\u{7F}"},
+             Row{QStringLiteral("\u0080\u0085\u009f\u00a0"), "\\u{80}\\u{85}\\u{9F}\u00a0"},
+             Row{QStringLiteral("\u2027\u2028\u2029\u202a"), "\u2027\\u{2028}\\u{2029}\u202a"},
+         }) {
+        EXPECT_EQ(onOneLine(row.text).toUtf8(), QByteArray(row.line));
+    }
+}
