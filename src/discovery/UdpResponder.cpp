@@ -1,0 +1,62 @@
+#include "discovery/UdpResponder.h"
+
+#include "core/Log.h"
+#include "core/Service.h"
+#include "discovery/DiscoveryProtocol.h"
+
+namespace ferrylane {
+
+UdpResponder::UdpResponder(std::function<bool()> isVisible, std::function<QString()> deviceName)
+    : isVisible_(std::move(isVisible)), deviceName_(std::move(deviceName))
+{
+}
+
+UdpResponder::~UdpResponder()
+{
+    stop();
+}
+
+void UdpResponder::start()
+{
+    auto socket = platform::DatagramSocket::bound(discoveryPort, std::chrono::seconds(1));
+    auto queue = std::make_unique<platform::ThreadQueue>("ferrylane.discovery");
+    // Two sockets on one port would share the requests between them.
+    stop();
+
+    const std::int64_t generation = ++discoveryResponderGeneration_;
+    discoverySocket_ = socket;
+    discoveryQueue_ = std::move(queue);
+    flLog(QStringLiteral("UDP discovery responder ready on %1 (POSIX broadcast-safe)")
+              .arg(discoveryPort));
+    discoveryQueue_->async(
+        [this, socket = std::move(socket), generation] { receiveLoop(*socket, generation); });
+}
+
+void UdpResponder::stop()
+{
+    ++discoveryResponderGeneration_;
+    if (const auto socket = std::exchange(discoverySocket_, nullptr)) socket->close();
+    discoveryQueue_.reset();
+}
+
+void UdpResponder::receiveLoop(platform::DatagramSocket& socket, std::int64_t generation) const
+{
+    using Outcome = platform::DatagramSocket::Outcome;
+    std::array<std::byte, maximumDiscoveryBytes> buffer{};
+    while (discoveryResponderGeneration_ == generation) {
+        const auto received = socket.receive(buffer);
+        if (received.outcome == Outcome::closed || received.outcome == Outcome::failed) return;
+        if (received.outcome == Outcome::received) {
+            answer(socket, platform::ByteView(buffer).first(received.length), received.source);
+        }
+    }
+}
+
+void UdpResponder::answer(platform::DatagramSocket& socket, platform::ByteView datagram,
+    const platform::Endpoint& source) const
+{
+    if (!isVisible_() || !isDiscoveryRequest(datagram)) return;
+    socket.send(platform::bytesOf(discoveryReply(deviceName_(), port)), source);
+}
+
+} // namespace ferrylane

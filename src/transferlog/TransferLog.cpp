@@ -1,0 +1,110 @@
+#include "transferlog/TransferLog.h"
+
+#include "core/Notifications.h"
+#include "core/Settings.h"
+#include "core/StoragePaths.h"
+#include "core/Text.h"
+#include "platform/Files.h"
+#include "transferlog/TransferLogJson.h"
+
+#include <QLocale>
+#include <QStringList>
+
+#include <algorithm>
+#include <mutex>
+
+namespace ferrylane {
+
+namespace {
+
+/// A million entries or so; what is larger is no log that this program wrote.
+constexpr qint64 maximumLogBytes = 256LL * 1024 * 1024;
+
+/// Held while the log is read, changed and written, so that no change gets lost.
+std::mutex& changeMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+QList<FerrylaneTransferLogEntry> newest(const QList<FerrylaneTransferLogEntry>& entries)
+{
+    return entries.last(std::min(entries.size(), keptTransferLogEntries));
+}
+
+/// In decimal units, as file managers show sizes.
+QString sizeText(qint64 bytes)
+{
+    constexpr int decimals = 1;
+    // Of a damaged log; Qt takes the absolute value, which the lowest integer has not.
+    const qint64 size = std::max<qint64>(bytes, 0);
+    return QLocale().formattedDataSize(size, decimals, QLocale::DataSizeSIFormat);
+}
+
+QString lineOf(const FerrylaneTransferLogEntry& entry)
+{
+    QStringList parts{entry.date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+        entry.direction, entry.fileName};
+    if (!entry.peer.isEmpty()) parts << entry.peer;
+    parts << entry.result;
+    if (entry.size) parts << sizeText(*entry.size);
+    return onOneLine(parts.join(QStringLiteral(" \u00B7 ")));
+}
+
+} // namespace
+
+QString ferrylaneTransferLogURL()
+{
+    constexpr mode_t ownerOnly = 0700;
+    static_cast<void>(platform::createFolders(applicationSupportFolder(), ownerOnly));
+    return applicationSupportFolder() + QStringLiteral("/transfer-log-v1.json");
+}
+
+QList<FerrylaneTransferLogEntry> loadFerrylaneTransferLog()
+{
+    const auto json = platform::readFile(ferrylaneTransferLogURL(), maximumLogBytes);
+    if (!json) return {};
+    return parseTransferLogJson(*json).value_or(QList<FerrylaneTransferLogEntry>());
+}
+
+void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries)
+{
+    constexpr mode_t ownerOnly = 0600;
+    const QByteArray json = transferLogJson(entries);
+    // Only bookkeeping: the transfer itself went as it went.
+    static_cast<void>(platform::writeFileAtomically(
+        ferrylaneTransferLogURL(), platform::bytesOf(json), ownerOnly));
+}
+
+void appendFerrylaneTransferLog(
+    const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications)
+{
+    {
+        const std::lock_guard lock(changeMutex());
+        auto entries = loadFerrylaneTransferLog();
+        entries.append({QDateTime::currentDateTimeUtc(), transfer.direction, transfer.fileName,
+            transfer.peer, transfer.result, transfer.size});
+        const bool continuous
+            = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false);
+        saveFerrylaneTransferLog(continuous ? entries : newest(entries));
+    }
+    notifications.post(FerrylaneTransferLogChanged);
+}
+
+void trimFerrylaneTransferLog()
+{
+    const std::lock_guard lock(changeMutex());
+    const auto entries = loadFerrylaneTransferLog();
+    if (entries.size() > keptTransferLogEntries) saveFerrylaneTransferLog(newest(entries));
+}
+
+QString ferrylaneTransferLogText(const QList<FerrylaneTransferLogEntry>& entries)
+{
+    if (entries.isEmpty()) return QStringLiteral("No transfers logged yet.");
+
+    QStringList lines;
+    std::transform(entries.rbegin(), entries.rend(), std::back_inserter(lines), lineOf);
+    return lines.join(u'\n');
+}
+
+} // namespace ferrylane

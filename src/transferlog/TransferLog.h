@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/NotificationCenter.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace ferrylane {
+
+/// A file that was received or sent. What is not said has these defaults.
+struct FerrylaneTransfer {
+    QString direction{}; ///< "Received" or "Sent"
+    QString fileName{};
+    QString peer{}; ///< the paired phone's name when sending, else empty
+    QString result = QStringLiteral("Completed"); ///< or "Failed"
+    std::optional<qint64> size = std::nullopt;    ///< bytes, where known
+};
+
+/// A transfer as the log has it; `date` is when it was appended.
+struct FerrylaneTransferLogEntry {
+    QDateTime date;
+    QString direction;
+    QString fileName;
+    QString peer;
+    QString result;
+    std::optional<qint64> size;
+
+    bool operator==(const FerrylaneTransferLogEntry&) const = default;
+};
+
+/// How many entries the log keeps unless the setting for a continuous log is on.
+inline constexpr qsizetype keptTransferLogEntries = 100;
+
+// The transfer log is a JSON file, read and written as a whole. All of these may be called from any
+// thread. No error is told: a log that cannot be read is empty, one that cannot be written stays as
+// it was.
+
+/// The path of the log's file; its folder is created when missing.
+[[nodiscard]] QString ferrylaneTransferLogURL();
+
+/// Oldest first. Empty when the file is missing or any part of it is not as it should be.
+[[nodiscard]] QList<FerrylaneTransferLogEntry> loadFerrylaneTransferLog();
+
+void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries);
+
+/// Appends an entry with the current time, drops the oldest beyond what is kept, and posts
+/// "FerrylaneTransferLogChanged".
+void appendFerrylaneTransferLog(
+    const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications);
+
+/// Drops all but the newest entries that are kept, whatever the setting says. Posts nothing.
+void trimFerrylaneTransferLog();
+
+/// For people to read: a line an entry, newest first, times in local time. File and peer names come
+/// from others; what would break a line is shown as in onOneLine().
+[[nodiscard]] QString ferrylaneTransferLogText(const QList<FerrylaneTransferLogEntry>& entries);
+
+} // namespace ferrylane

@@ -1,0 +1,120 @@
+#include "pairing/ReceiverKeyStore.h"
+
+#include "core/StoragePaths.h"
+#include "platform/Files.h"
+#include "support/PrivateUserFolders.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+using namespace ferrylane;
+
+namespace {
+
+QByteArray loadedKey()
+{
+    return platform::toByteArray(loadOrCreateFerrylaneKey().bytes());
+}
+
+QByteArray keyFile()
+{
+    return platform::readFile(ferrylaneKeyURL(), 1000).value_or("none");
+}
+
+void storeKeyFile(const QByteArray& content, mode_t mode)
+{
+    ASSERT_FALSE(platform::createFolders(applicationSupportFolder()));
+    ASSERT_FALSE(
+        platform::writeFileAtomically(ferrylaneKeyURL(), platform::bytesOf(content), mode));
+}
+
+mode_t modeOf(const QString& path)
+{
+    struct stat status {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+QString logText()
+{
+    const auto log = platform::readFile(logFolder() + QStringLiteral("/ferrylane.log"), 10000);
+    return QString::fromUtf8(log.value_or(QByteArray()));
+}
+
+class ReceiverKeyStore : public testing::Test {
+protected:
+    support::PrivateUserFolders home_;
+};
+
+} // namespace
+
+TEST_F(ReceiverKeyStore, namesTheFileWithoutCreatingAnything)
+{
+    EXPECT_EQ(ferrylaneKeyURL(), home_.data() + QStringLiteral("/Ferrylane/receiver-key-v1.bin"));
+    EXPECT_FALSE(platform::itemExists(home_.data()));
+}
+
+TEST_F(ReceiverKeyStore, createsAKeyOnceForItsOwnerAlone)
+{
+    const mode_t umaskBefore = ::umask(0);
+    const QByteArray key = loadedKey();
+    ::umask(umaskBefore);
+    EXPECT_EQ(keyFile(), key);
+    EXPECT_EQ(modeOf(applicationSupportFolder()), 0700U);
+    EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U);
+    EXPECT_EQ(loadedKey(), key);
+    EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
+}
+
+TEST_F(ReceiverKeyStore, closesFolderAndFileAtEveryLoad)
+{
+    const QByteArray stored(32, 'k');
+    storeKeyFile(stored, 0644);
+    ASSERT_FALSE(platform::setMode(applicationSupportFolder(), 0755));
+    EXPECT_EQ(loadedKey(), stored);
+    EXPECT_EQ(modeOf(applicationSupportFolder()), 0700U);
+    EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U);
+}
+
+TEST_F(ReceiverKeyStore, replacesAFileOfAnotherLength)
+{
+    for (const qsizetype length : {0, 1, 31, 33, 43, 64}) {
+        const QByteArray damaged(length, 'k');
+        storeKeyFile(damaged, 0644);
+        const QByteArray key = loadedKey();
+        EXPECT_EQ(keyFile(), key) << length;
+        EXPECT_FALSE(damaged.size() > 0 && key.startsWith(damaged.first(1).repeated(8))) << length;
+        EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U) << length;
+    }
+    EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
+}
+
+TEST_F(ReceiverKeyStore, makesADifferentKeyEachTime)
+{
+    const QByteArray key = loadedKey();
+    ASSERT_TRUE(platform::removeFile(ferrylaneKeyURL()));
+    EXPECT_NE(loadedKey(), key);
+}
+
+TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFile)
+{
+    // A folder cannot be read as a file nor replaced by one.
+    ASSERT_FALSE(platform::createFolders(ferrylaneKeyURL() + QStringLiteral("/inner")));
+    EXPECT_NE(loadedKey(), loadedKey()) << "not kept";
+    EXPECT_TRUE(platform::itemExists(ferrylaneKeyURL() + QStringLiteral("/inner")));
+    EXPECT_EQ(logText().count(u"Z  Could not persist receiver key: "), 2)
+        << logText().toStdString();
+    EXPECT_TRUE(logText().contains(u"Is a directory")) << logText().toStdString();
+}
+
+TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFolder)
+{
+    QFile obstacle(home_.data());
+    ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+    EXPECT_NE(loadedKey(), loadedKey()) << "not kept";
+    EXPECT_EQ(logText().count(u"Z  Could not persist receiver key: Not a directory\n"), 2)
+        << logText().toStdString();
+}

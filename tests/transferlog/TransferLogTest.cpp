@@ -1,0 +1,264 @@
+#include "transferlog/TransferLog.h"
+
+#include "core/Notifications.h"
+#include "core/Settings.h"
+#include "platform/Files.h"
+#include "support/ManualQueue.h"
+#include "support/PrivateUserFolders.h"
+
+#include <QLocale>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include <sys/stat.h>
+
+using namespace ferrylane;
+
+namespace {
+
+class TransferLog : public testing::Test {
+protected:
+    TransferLog()
+        : changes_(notifications_.observe(FerrylaneTransferLogChanged, [this](const auto& payload) {
+            EXPECT_TRUE(std::holds_alternative<std::monostate>(payload));
+            ++changeCount_;
+        }))
+    {
+    }
+
+    void append(const FerrylaneTransfer& transfer)
+    {
+        appendFerrylaneTransferLog(transfer, notifications_);
+    }
+
+    void appendNumbered(int number) { append({.fileName = QString::number(number)}); }
+
+    int changeCount()
+    {
+        mainQueue_.runAll();
+        return changeCount_;
+    }
+
+    support::PrivateUserFolders home_;
+    support::ManualQueue mainQueue_;
+    platform::NotificationCenter notifications_{mainQueue_};
+
+private:
+    int changeCount_ = 0;
+    platform::NotificationCenter::Observation changes_;
+};
+
+FerrylaneTransferLogEntry entry(
+    const QString& fileName, const QString& peer, std::optional<qint64> size)
+{
+    // In local time, as the log is shown.
+    return {QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7, 890)).toUTC(), QStringLiteral("Sent"),
+        fileName, peer, QStringLiteral("Completed"), size};
+}
+
+/// The numbers from `first` to the one before `end`.
+QStringList numbers(int first, int end)
+{
+    QStringList list;
+    for (int number = first; number < end; ++number) {
+        list << QString::number(number);
+    }
+    return list;
+}
+
+/// A log of files that are named by their numbers, from 0.
+void saveNumbered(int count)
+{
+    QList<FerrylaneTransferLogEntry> entries;
+    for (const QString& number : numbers(0, count)) {
+        entries << entry(number, QString(), std::nullopt);
+    }
+    saveFerrylaneTransferLog(entries);
+}
+
+QStringList fileNames()
+{
+    QStringList names;
+    for (const auto& entry : loadFerrylaneTransferLog()) {
+        names << entry.fileName;
+    }
+    return names;
+}
+
+void writeLog(const QByteArray& content)
+{
+    ASSERT_FALSE(
+        platform::writeFileAtomically(ferrylaneTransferLogURL(), platform::bytesOf(content), 0600));
+}
+
+QByteArray logFile()
+{
+    return platform::readFile(ferrylaneTransferLogURL(), 1'000'000).value_or("none");
+}
+
+} // namespace
+
+TEST_F(TransferLog, isEmptyAtFirstInAFolderThatIsCreated)
+{
+    EXPECT_EQ(ferrylaneTransferLogURL(),
+        home_.data() + QStringLiteral("/Ferrylane/transfer-log-v1.json"));
+    EXPECT_TRUE(platform::itemExists(home_.data() + QStringLiteral("/Ferrylane")));
+    EXPECT_TRUE(loadFerrylaneTransferLog().isEmpty());
+    EXPECT_EQ(logFile(), "none");
+}
+
+TEST_F(TransferLog, getsAnEntryWithTheTimeAndTellsSo)
+{
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    append(
+        {.direction = QStringLiteral("Received"), .fileName = QStringLiteral("a.txt"), .size = 5});
+    append({.direction = QStringLiteral("Sent"),
+        .fileName = QStringLiteral("b"),
+        .peer = QStringLiteral("Pixel"),
+        .result = QStringLiteral("Failed")});
+    const QDateTime after = QDateTime::currentDateTimeUtc();
+    EXPECT_EQ(changeCount(), 2);
+
+    const auto entries = loadFerrylaneTransferLog();
+    ASSERT_EQ(entries.size(), 2);
+    const QDateTime first = entries[0].date;
+    const QDateTime second = entries[1].date;
+    EXPECT_TRUE(before <= first && first <= second && second <= after);
+    EXPECT_EQ(entries[0],
+        (FerrylaneTransferLogEntry{first, QStringLiteral("Received"), QStringLiteral("a.txt"),
+            QString(), QStringLiteral("Completed"), 5}));
+    EXPECT_EQ(entries[1],
+        (FerrylaneTransferLogEntry{second, QStringLiteral("Sent"), QStringLiteral("b"),
+            QStringLiteral("Pixel"), QStringLiteral("Failed"), std::nullopt}));
+}
+
+TEST_F(TransferLog, isForItsOwnerAlone)
+{
+    append({.fileName = QStringLiteral("secret")});
+    struct stat status {};
+    ASSERT_EQ(::stat(qPrintable(ferrylaneTransferLogURL()), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(TransferLog, keepsTheNewestHundred)
+{
+    saveNumbered(99);
+    appendNumbered(99);
+    EXPECT_EQ(fileNames(), numbers(0, 100));
+    appendNumbered(100);
+    EXPECT_EQ(fileNames(), numbers(1, 101));
+}
+
+TEST_F(TransferLog, isCutToTheNewestHundredOnceItNoLongerMayGrow)
+{
+    saveNumbered(150);
+    appendNumbered(150);
+    EXPECT_EQ(fileNames(), numbers(51, 151));
+}
+
+TEST_F(TransferLog, keepsAllWhereThatIsWantedUntilItIsTrimmed)
+{
+    standardDefaults().set(ferrylaneTransferLogContinuousKey, true);
+    saveNumbered(149);
+    appendNumbered(149);
+    EXPECT_EQ(fileNames(), numbers(0, 150));
+
+    trimFerrylaneTransferLog();
+    EXPECT_EQ(fileNames(), numbers(50, 150));
+    EXPECT_EQ(changeCount(), 1) << "trimming tells nobody";
+}
+
+TEST_F(TransferLog, isTrimmedOnlyIfItIsTooLong)
+{
+    trimFerrylaneTransferLog();
+    EXPECT_EQ(logFile(), "none");
+
+    // What is not understood is not thrown away either.
+    writeLog("[]  ");
+    trimFerrylaneTransferLog();
+    EXPECT_EQ(logFile(), "[]  ");
+    writeLog("[{");
+    trimFerrylaneTransferLog();
+    EXPECT_EQ(logFile(), "[{");
+}
+
+TEST_F(TransferLog, isEmptyWhenDamagedAndBeginsAnewWithTheNextEntry)
+{
+    saveNumbered(3);
+    writeLog(logFile().chopped(10));
+    EXPECT_TRUE(loadFerrylaneTransferLog().isEmpty());
+
+    append({.fileName = QStringLiteral("new")});
+    const auto entries = loadFerrylaneTransferLog();
+    ASSERT_EQ(entries.size(), 1);
+    EXPECT_EQ(entries.first().fileName, QStringLiteral("new"));
+}
+
+TEST_F(TransferLog, tellsOfAChangeEvenIfItCannotBeWritten)
+{
+    ASSERT_FALSE(platform::createFolders(ferrylaneTransferLogURL() + QStringLiteral("/folder")));
+    append({.fileName = QStringLiteral("lost")});
+    EXPECT_EQ(changeCount(), 1);
+    EXPECT_TRUE(loadFerrylaneTransferLog().isEmpty());
+}
+
+TEST_F(TransferLog, losesNoEntryOfSeveralThreads)
+{
+    constexpr int threadCount = 4;
+    constexpr int entriesEach = 10;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([this, thread] {
+            for (int i = 0; i < entriesEach; ++i) {
+                appendNumbered(thread * entriesEach + i);
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    QStringList names = fileNames();
+    names.sort();
+    QStringList expected = numbers(0, threadCount * entriesEach);
+    expected.sort();
+    EXPECT_EQ(names, expected);
+    EXPECT_EQ(changeCount(), threadCount * entriesEach);
+}
+
+TEST(TransferLogText, hasALineForEachEntryNewestFirst)
+{
+    EXPECT_EQ(ferrylaneTransferLogText({}), QStringLiteral("No transfers logged yet."));
+    EXPECT_EQ(ferrylaneTransferLogText({entry(QStringLiteral("old"), QString(), std::nullopt),
+                  entry(QStringLiteral("new"), QStringLiteral("Pixel"), 1'500'000)}),
+        QStringLiteral("2026-03-04 05:06:07 \u00b7 Sent \u00b7 new \u00b7 Pixel \u00b7 Completed "
+                       "\u00b7 1.5 MB\n"
+                       "2026-03-04 05:06:07 \u00b7 Sent \u00b7 old \u00b7 Completed"));
+}
+
+TEST(TransferLogText, showsSizesAsFileManagersDo)
+{
+    struct Row {
+        qint64 size;
+        const char* text;
+    };
+    for (const Row& row :
+        {Row{0, "0 bytes"}, Row{999, "999 bytes"}, Row{1000, "1.0 kB"}, Row{1'234'567, "1.2 MB"},
+            Row{5'000'000'000, "5.0 GB"}, Row{std::numeric_limits<qint64>::max(), "9.2 EB"},
+            Row{-1, "0 bytes"}, Row{std::numeric_limits<qint64>::min(), "0 bytes"}}) {
+        const QString text = ferrylaneTransferLogText({entry(QString(), QString(), row.size)});
+        EXPECT_TRUE(text.endsWith(QStringLiteral(" \u00b7 ") + QString::fromLatin1(row.text)))
+            << text.toStdString();
+    }
+}
+
+TEST(TransferLogText, staysOnOneLineWhateverTheNames)
+{
+    const QString text = ferrylaneTransferLogText(
+        {entry(QStringLiteral("a\nb"), QStringLiteral("c\u2028d"), std::nullopt)});
+    EXPECT_TRUE(text.contains(u"a\\nb \u00b7 c\\u{2028}d")) << text.toStdString();
+    EXPECT_FALSE(text.contains(u'\n'));
+}
