@@ -1,0 +1,183 @@
+#include "receiver/HTTPServer.h"
+
+#include "core/Base64Url.h"
+#include "core/DeviceName.h"
+#include "core/Log.h"
+#include "core/Service.h"
+#include "core/StoragePaths.h"
+#include "pairing/ReceiverKeyStore.h"
+#include "receiver/PartialFile.h"
+#include "receiver/RequestSession.h"
+
+#include <system_error>
+#include <utility>
+
+namespace ferrylane {
+
+using State = platform::TcpListener::State;
+
+namespace {
+
+// Long enough for the network's addresses to settle after a change.
+constexpr auto rebindDelay = std::chrono::milliseconds(750);
+
+QString describe(const std::error_code& error)
+{
+    return QString::fromStdString(error.message());
+}
+
+} // namespace
+
+HTTPServer::HTTPServer(const Collaborators& collaborators)
+    : with_(collaborators)
+    , context_(std::make_shared<ReceiverContext>(loadOrCreateFerrylaneKey(), with_.mainQueue,
+          with_.notifications, with_.clock))
+    , sessionKeyB64_(base64URLEncode(context_->sessionKey.bytes()))
+{
+    openSockets();
+}
+
+HTTPServer::~HTTPServer()
+{
+    if (pendingRebind_) pendingRebind_->cancel();
+    closeSockets();
+    context_->connections->cancelAll();
+    context_->connections->waitUntilNone();
+}
+
+void HTTPServer::startListener()
+{
+    listener_ = with_.network.listener(port);
+    const std::weak_ptr weak(listener_);
+    listener_->start(
+        [this, weak](State state, const std::error_code& error) {
+            listenerChanged(state, error);
+            if (state != State::ready) return;
+            with_.mainQueue.async([this, weak] {
+                // Gone with the server, or replaced: then the next listener announces itself.
+                if (weak.lock() && isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
+            });
+        },
+        [context = context_](std::shared_ptr<platform::TcpConnection> connection) {
+            RequestSession::begin(context, std::move(connection));
+        });
+}
+
+void HTTPServer::stopListener()
+{
+    if (!listener_) return;
+    with_.advertiser.withdraw();
+    listener_->cancel();
+    listener_ = nullptr;
+}
+
+void HTTPServer::openSockets()
+{
+    startListener();
+    with_.responder.start();
+}
+
+void HTTPServer::closeSockets()
+{
+    stopListener();
+    with_.responder.stop();
+}
+
+void HTTPServer::listenerChanged(State state, const std::error_code& error)
+{
+    switch (state) {
+    case State::ready:
+        flLog(QStringLiteral("Server ready on port %1; Bonjour visible=%2")
+                  .arg(QString::number(port), isVisible_ ? u"true" : u"false"));
+        removeStalePartialsOnce();
+        return;
+    case State::waiting:
+        flLog(QStringLiteral("Server listener waiting: ") + describe(error));
+        return;
+    case State::failed:
+        flLog(QStringLiteral("Server listener failed: ") + describe(error));
+        return;
+    }
+}
+
+void HTTPServer::removeStalePartialsOnce()
+{
+    // The port is ours for the first time, so no upload of ours, and none of another instance that
+    // shares the folder, can be running.
+    if (!std::exchange(stalePartialsRemoved_, true)) removeStalePartialFiles(receiveDir());
+}
+
+void HTTPServer::startService()
+{
+    if (serviceRunning_) return;
+    serviceRunning_ = true;
+    context_->admission.setOpen(true);
+    try {
+        openSockets();
+        flLog(QStringLiteral("Ferrylane service started"));
+    } catch (const std::system_error& error) {
+        flLog(QStringLiteral("Could not start Ferrylane service: ") + describe(error.code()));
+    }
+}
+
+void HTTPServer::stopService()
+{
+    if (!serviceRunning_) return;
+    serviceRunning_ = false;
+    if (pendingRebind_) pendingRebind_->cancel();
+    context_->admission.setOpen(false);
+    cancelActiveTransfer();
+    closeSockets();
+    context_->connections->cancelIncompleteHeads();
+    flLog(QStringLiteral("Ferrylane service stopped"));
+}
+
+void HTTPServer::cancelActiveTransfer()
+{
+    if (const auto connection = context_->admission.takeActive()) connection->cancel();
+}
+
+void HTTPServer::rebindAfterNetworkChange(const QString& reason)
+{
+    if (!serviceRunning_) return;
+    // A newer request starts the wait anew.
+    if (pendingRebind_) pendingRebind_->cancel();
+    closeSockets();
+    flLog(QStringLiteral("Rebinding Ferrylane after ") + reason);
+    pendingRebind_ = with_.mainQueue.after(rebindDelay, [this] {
+        try {
+            openSockets();
+            flLog(QStringLiteral("Ferrylane network rebind completed"));
+        } catch (const std::system_error& error) {
+            flLog(QStringLiteral("Ferrylane network rebind failed: ") + describe(error.code()));
+        }
+    });
+}
+
+void HTTPServer::refreshAdvertisement()
+{
+    // While the service is off there is nothing to announce; it starts under the new name.
+    if (!serviceRunning_) return;
+    stopListener();
+    startListener();
+    flLog(QStringLiteral("Bonjour advertisement refreshed as ") + ferrylaneDeviceSuffix());
+}
+
+void HTTPServer::setVisible(bool visible)
+{
+    if (visible == isVisible_) return;
+    isVisible_ = visible;
+    with_.responder.setVisible(visible);
+    if (!serviceRunning_) return;
+    stopListener();
+    startListener();
+    flLog(visible ? QStringLiteral("Bonjour advertisement enabled")
+                  : QStringLiteral("Bonjour advertisement disabled"));
+}
+
+void HTTPServer::setOutboundBusy(bool busy)
+{
+    context_->admission.setOutboundBusy(busy);
+}
+
+} // namespace ferrylane

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "platform/NotificationCenter.h"
+#include "platform/Tcp.h"
+#include "receiver/ReceiverContext.h"
+
+#include <QString>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+
+namespace ferrylane {
+
+/// The receiver service: makes this computer reachable by phones and receives their files. It owns
+/// the receiver key, the TCP listener, and the bookkeeping of what is being transferred; it drives
+/// the answering of discovery requests and the announcing of the service.
+///
+/// There is one for the life of the process, running from its creation on. Every operation is called
+/// on the main thread; files are received on the connections' queues. The destructor ends everything
+/// and waits for it: no notification is posted afterwards.
+class HTTPServer {
+public:
+    /// Answers phones that look for computers. start() throws std::system_error.
+    class DiscoveryResponder {
+    public:
+        DiscoveryResponder() = default;
+        DiscoveryResponder(const DiscoveryResponder&) = delete;
+        DiscoveryResponder& operator=(const DiscoveryResponder&) = delete;
+        virtual ~DiscoveryResponder() = default;
+
+        virtual void start() = 0;
+        virtual void stop() = 0;
+        /// While not visible it runs on and stays silent.
+        virtual void setVisible(bool visible) = 0;
+    };
+
+    /// Announces the service on the local network under the device's name. Called on the main
+    /// thread; returns at once.
+    class Advertiser {
+    public:
+        Advertiser() = default;
+        Advertiser(const Advertiser&) = delete;
+        Advertiser& operator=(const Advertiser&) = delete;
+        virtual ~Advertiser() = default;
+
+        virtual void advertise(const QString& name) = 0;
+        virtual void withdraw() = 0;
+    };
+
+    /// All must outlive the server.
+    struct Collaborators {
+        platform::TcpNetwork& network;
+        platform::SerialQueue& mainQueue;
+        platform::NotificationCenter& notifications;
+        const platform::Clock& clock;
+        DiscoveryResponder& responder;
+        Advertiser& advertiser;
+    };
+
+    /// Loads or creates the receiver key and starts the service. A port that is in use is logged
+    /// when the listener finds it so; std::system_error is thrown when discovery cannot be answered.
+    explicit HTTPServer(const Collaborators& collaborators);
+    ~HTTPServer();
+    HTTPServer(const HTTPServer&) = delete;
+    HTTPServer& operator=(const HTTPServer&) = delete;
+
+    void startService();
+    /// Cuts an upload off, and everybody who has not sent a whole request yet.
+    void stopService();
+    void cancelActiveTransfer();
+    /// Closes the sockets and opens them again 0.75 seconds later. An upload goes on.
+    void rebindAfterNetworkChange(const QString& reason);
+    /// Announces the service under a device name that has changed.
+    void refreshAdvertisement();
+    void setVisible(bool visible);
+    /// While busy, uploads are refused.
+    void setOutboundBusy(bool busy);
+
+    [[nodiscard]] bool isVisible() const { return isVisible_; }
+    [[nodiscard]] bool serviceRunning() const { return serviceRunning_; }
+    [[nodiscard]] bool hasActiveTransfer() const { return context_->admission.hasActive(); }
+    /// The receiver key as unpadded base64url, 43 characters. A credential: for the pairing link.
+    [[nodiscard]] const QString& sessionKeyB64() const { return sessionKeyB64_; }
+    /// In a handler of "FerrylaneReceived": the file that the notification is about.
+    [[nodiscard]] const std::optional<ReceivedFile>& lastReceivedFile() const
+    {
+        return context_->lastReceivedFile;
+    }
+
+private:
+    void startListener();
+    void stopListener();
+    void openSockets();
+    void closeSockets();
+    /// On the listener's queue.
+    void listenerChanged(platform::TcpListener::State state, const std::error_code& error);
+    void removeStalePartialsOnce();
+    Collaborators with_;
+    std::shared_ptr<ReceiverContext> context_;
+    QString sessionKeyB64_;
+    /// Shared for the sake of those that ask on the main queue whether it is still the listener.
+    std::shared_ptr<platform::TcpListener> listener_;
+    std::shared_ptr<platform::DelayedTask> pendingRebind_;
+    std::atomic<bool> isVisible_ = true;
+    bool serviceRunning_ = true;
+    bool stalePartialsRemoved_ = false; ///< on the listener's queue
+};
+
+} // namespace ferrylane

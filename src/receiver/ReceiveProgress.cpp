@@ -1,0 +1,79 @@
+#include "receiver/ReceiveProgress.h"
+
+#include "core/Notifications.h"
+
+#include <algorithm>
+
+namespace ferrylane {
+
+namespace {
+
+constexpr quint64 progressSteps = 40;
+constexpr double bytesPerMegabyte = 1'000'000;
+constexpr double shortestInterval = 0.001; // seconds; a speed over less means nothing
+
+double megabytesPerSecond(quint64 bytes, platform::Duration elapsed)
+{
+    return static_cast<double>(bytes) / bytesPerMegabyte
+        / std::max(platform::seconds(elapsed), shortestInterval);
+}
+
+} // namespace
+
+ReceiveProgress::ReceiveProgress(qint64 declaredFileSize,
+    platform::NotificationCenter& notifications, const platform::Clock& clock)
+    : declaredFileSize_(declaredFileSize)
+    , notifications_(notifications)
+    , clock_(clock)
+    , startTime_(clock.now())
+    , lastSpeedTime_(startTime_)
+{
+}
+
+void ReceiveProgress::started(const QString& displayName)
+{
+    notifications_.post(FerrylaneStarted, displayName);
+    notifications_.post(FerrylaneSpeed, 0.0);
+    notifications_.post(FerrylaneProgress, 0.0);
+}
+
+void ReceiveProgress::advanced(quint64 totalBytes)
+{
+    reportStep(totalBytes);
+    reportSpeed(totalBytes);
+}
+
+void ReceiveProgress::reportStep(quint64 totalBytes)
+{
+    if (declaredFileSize_ <= 0) return;
+    const quint64 step = std::min(
+        totalBytes * progressSteps / static_cast<quint64>(declaredFileSize_), progressSteps);
+    if (step <= lastProgressStep_) return;
+    lastProgressStep_ = step;
+    notifications_.post(
+        FerrylaneProgress, static_cast<double>(step) / static_cast<double>(progressSteps));
+}
+
+void ReceiveProgress::reportSpeed(quint64 totalBytes)
+{
+    const platform::TimePoint now = clock_.now();
+    if (now - lastSpeedTime_ < std::chrono::seconds(1)) return;
+    notifications_.post(
+        FerrylaneSpeed, megabytesPerSecond(totalBytes - lastSpeedBytes_, now - lastSpeedTime_));
+    lastSpeedBytes_ = totalBytes;
+    lastSpeedTime_ = now;
+}
+
+void ReceiveProgress::stored(quint64 totalBytes, const QString& storedName)
+{
+    notifications_.post(FerrylaneSpeed, megabytesPerSecond(totalBytes, clock_.now() - startTime_));
+    notifications_.post(FerrylaneProgress, 1.0);
+    notifications_.post(FerrylaneReceived, storedName);
+}
+
+void ReceiveProgress::stopped(const QString& reason)
+{
+    notifications_.post(FerrylaneStopped, reason);
+}
+
+} // namespace ferrylane

@@ -1,0 +1,106 @@
+#include "receiver/RequestSession.h"
+
+#include "core/DeviceName.h"
+#include "receiver/IdentifyHandshake.h"
+#include "receiver/V4Receiver.h"
+
+namespace ferrylane {
+
+namespace {
+
+HttpAnswer busy()
+{
+    return {statuses::conflict, "BUSY"};
+}
+
+} // namespace
+
+void RequestSession::begin(std::shared_ptr<ReceiverContext> context,
+    std::shared_ptr<platform::TcpConnection> connection)
+{
+    std::make_shared<RequestSession>(std::move(context), std::move(connection))->receiveHead();
+}
+
+RequestSession::RequestSession(
+    std::shared_ptr<ReceiverContext> context, std::shared_ptr<platform::TcpConnection> connection)
+    : context_(std::move(context))
+    , connection_(std::move(connection))
+    , registration_(context_->connections->add(connection_))
+{
+}
+
+void RequestSession::receiveHead()
+{
+    connection_->receive(buffer_, 1, maximumHeadReceive,
+        [self = shared_from_this()](
+            bool endOfStream, const std::error_code& error) { self->received(endOfStream, error); });
+}
+
+void RequestSession::received(bool endOfStream, const std::error_code& error)
+{
+    if (error) {
+        connection_->cancel();
+        return;
+    }
+    const RequestHeadParser::Result result = parser_.parse(buffer_.unread());
+    if (std::holds_alternative<RequestHeadParser::NeedMore>(result)) {
+        if (endOfStream) {
+            connection_->cancel();
+        } else {
+            receiveHead();
+        }
+        return;
+    }
+
+    registration_->headComplete();
+    if (const auto* const refusal = std::get_if<HttpAnswer>(&result)) {
+        answer(*refusal);
+        return;
+    }
+    const auto& complete = std::get<RequestHeadParser::Complete>(result);
+    buffer_.consume(complete.length);
+    handle(complete.head);
+}
+
+void RequestSession::handle(const RequestHead& head)
+{
+    std::visit([this](const auto& request) { answer(request); }, route(head));
+}
+
+void RequestSession::answer(const HttpAnswer& answer)
+{
+    connection_->sendLast(answer.toBytes());
+}
+
+void RequestSession::answer(const routes::Readiness& /*request*/)
+{
+    answer(context_->admission.isBusy() ? busy() : HttpAnswer{statuses::ok, "READY"});
+}
+
+void RequestSession::answer(const routes::Identify& request)
+{
+    const auto response
+        = identifyResponse(context_->sessionKey, request.challenge, ferrylaneDeviceSuffix());
+    if (response) {
+        connection_->sendLast(*response);
+    } else {
+        answer(HttpAnswer{statuses::badRequest, "Invalid challenge"});
+    }
+}
+
+void RequestSession::answer(const routes::Upload& request)
+{
+    if (context_->admission.isBusy()) {
+        answer(busy());
+    } else if (!request.transfer) {
+        answer(HttpAnswer{statuses::badRequest, "Authentication metadata missing"});
+    } else if (!context_->admission.tryAdmit(connection_)) {
+        answer(busy());
+    } else {
+        V4Receiver::receiveSecureUploadV4Chunked({context_, connection_, std::move(registration_),
+                                                     *request.transfer, request.senderName},
+            std::move(buffer_));
+    }
+}
+
+} // namespace ferrylane

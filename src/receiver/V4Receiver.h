@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/ByteBuffer.h"
+#include "platform/Crypto.h"
+#include "receiver/ChunkDecoder.h"
+#include "receiver/HttpAnswer.h"
+#include "receiver/ReceiveProgress.h"
+#include "receiver/ReceiverContext.h"
+#include "receiver/RecordReader.h"
+#include "receiver/UploadWriter.h"
+
+#include <memory>
+#include <optional>
+
+namespace ferrylane {
+
+/// Most bytes asked of the connection at once.
+constexpr std::size_t maximumBodyReceive = 1048576;
+
+/// An upload that has been admitted: everything about it but the body.
+struct AdmittedUpload {
+    std::shared_ptr<ReceiverContext> context;
+    std::shared_ptr<platform::TcpConnection> connection; ///< the active one
+    std::unique_ptr<OpenConnections::Registration> registration;
+    V4Transfer transfer;
+    std::optional<QString> senderName;
+};
+
+/// Receives one upload: body bytes, chunks, records, partial file, stored file, answer. Whatever
+/// ends it, the service is free again and there is no partial file. All of it runs on the
+/// connection's queue; the pending receive keeps it alive.
+class V4Receiver final : public std::enable_shared_from_this<V4Receiver>, private PlaintextSink {
+public:
+    /// Takes the upload over. `body` holds what came together with the head.
+    static void receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::ByteBuffer body);
+
+    V4Receiver(AdmittedUpload upload, platform::ByteBuffer body, std::unique_ptr<PartialFile> file);
+
+private:
+    void start();
+    void next();
+    void received(bool endOfStream, const std::error_code& error);
+    /// Goes on with what has come in: waits for more, finishes or fails.
+    void proceed();
+    [[nodiscard]] bool processHTTPChunks();
+    void finalizeIfDone();
+    void fail(const QString& text, QByteArrayView status = statuses::badRequest);
+    void fail(StreamFailure failure) { fail(QString(failure.text)); }
+    /// Leaves the service free and answers.
+    void end(HttpAnswer answer);
+
+    [[nodiscard]] platform::MutableByteView space(std::size_t length) override;
+    [[nodiscard]] bool take(std::size_t length) override;
+    [[nodiscard]] std::optional<platform::Sha256Digest> digest() override;
+
+    AdmittedUpload upload_;
+    platform::ByteBuffer bodyBuffer_;
+    ChunkDecoder chunks_;
+    platform::Aes256Gcm cipher_;
+    RecordReader records_;
+    std::unique_ptr<UploadWriter> writer_; ///< null once the upload has ended
+    ReceiveProgress progress_;
+    bool lastChunkSeen_ = false;
+};
+
+} // namespace ferrylane

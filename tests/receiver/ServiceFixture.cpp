@@ -1,0 +1,85 @@
+#include "ServiceFixture.h"
+
+#include "core/Notifications.h"
+#include "core/StoragePaths.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace support {
+
+using namespace ferrylane;
+
+ServiceFixture::ServiceFixture()
+{
+    for (const auto name : {FerrylaneStarted, FerrylaneProgress, FerrylaneSpeed, FerrylaneStopped,
+             FerrylaneReceived}) {
+        observe(name);
+    }
+}
+
+ServiceFixture::~ServiceFixture()
+{
+    destroyServer();
+}
+
+void ServiceFixture::observe(QLatin1StringView name)
+{
+    observations_.push_back(center_.observe(name, [this, name](const auto& payload) {
+        QString text = name;
+        if (const auto* const value = std::get_if<QString>(&payload)) text += u'=' + *value;
+        if (const auto* const value = std::get_if<double>(&payload)) {
+            text += u'=' + QString::number(*value);
+        }
+        notifications_.push_back(text);
+    }));
+}
+
+void ServiceFixture::createServer()
+{
+    server_ = std::make_unique<HTTPServer>(HTTPServer::Collaborators{
+        *network_, mainQueue_, center_, clock_, responder_, advertiser_});
+}
+
+void ServiceFixture::startServer()
+{
+    createServer();
+    ASSERT_TRUE(waitUntilReady(1));
+}
+
+void ServiceFixture::destroyServer()
+{
+    server_ = nullptr;
+}
+
+bool ServiceFixture::waitUntilReady(int count)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (logCount("Server ready on port") < count) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+QString ServiceFixture::received(const QString& name)
+{
+    return receiveDir() + u'/' + name;
+}
+
+QStringList ServiceFixture::receivedItems()
+{
+    return QDir(receiveDir()).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+int ServiceFixture::logCount(const QByteArray& text)
+{
+    QFile log(logFolder() + QStringLiteral("/ferrylane.log"));
+    if (!log.open(QIODevice::ReadOnly)) return 0;
+    const QList<QByteArray> lines = log.readAll().split('\n');
+    return static_cast<int>(std::count_if(
+        lines.begin(), lines.end(), [&](const QByteArray& line) { return line.contains(text); }));
+}
+
+} // namespace support

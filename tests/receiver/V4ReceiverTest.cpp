@@ -1,0 +1,316 @@
+#include "ServiceFixture.h"
+#include "core/StoragePaths.h"
+#include "pairing/ReceiverKeyStore.h"
+#include "support/Client.h"
+#include "support/UploadStream.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+using namespace ferrylane;
+using namespace std::chrono_literals;
+using support::Client;
+using support::exchange;
+using support::summary;
+
+namespace {
+
+const QByteArray statusRequest = "GET /transfer-status HTTP/1.1\r\n\r\n";
+
+class V4ReceiverTest : public support::ServiceFixture {
+protected:
+    void SetUp() override
+    {
+        key_ = std::make_unique<platform::SecretKey>(loadOrCreateFerrylaneKey());
+        startServer();
+    }
+
+    [[nodiscard]] QByteArray upload(const QString& name, const QByteArray& content) const
+    {
+        V4Transfer transfer = support::testTransfer(content.size());
+        transfer.fileName = name;
+        return support::uploadRequest(*key_, transfer, content);
+    }
+
+    /// The head and the first of several records, in their chunks.
+    [[nodiscard]] QByteArray uploadBegun() const
+    {
+        const V4Transfer transfer = support::testTransfer(30);
+        const auto records
+            = support::sealedRecords(*key_, transfer, support::testContent(30), 10);
+        return uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8"))
+            + support::chunk(records.front());
+    }
+
+    void waitUntilStarted(std::size_t count = 1)
+    {
+        ASSERT_TRUE(mainQueue().waitFor([&] {
+            return static_cast<std::size_t>(std::count(notifications().begin(),
+                       notifications().end(), QStringLiteral("FerrylaneStarted=photo.jpg")))
+                == count;
+        }));
+    }
+
+    [[nodiscard]] bool waitForNotification(const QString& start)
+    {
+        return mainQueue().waitFor([&] {
+            return !notifications().empty() && notifications().back().startsWith(start);
+        });
+    }
+
+    [[nodiscard]] static QByteArray content(const QString& item)
+    {
+        QFile file(received(item));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+    }
+
+    std::unique_ptr<platform::SecretKey> key_;
+};
+
+} // namespace
+
+TEST_F(V4ReceiverTest, storesAFileAndTellsOfIt)
+{
+    const QByteArray bytes = support::testContent(100000);
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("a/b.txt"), bytes))), "200 OK|OK SHA256");
+    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
+    EXPECT_EQ(notifications(),
+        (std::vector<QString>{QStringLiteral("FerrylaneStarted=a_b.txt"),
+            QStringLiteral("FerrylaneSpeed=0"), QStringLiteral("FerrylaneProgress=0"),
+            QStringLiteral("FerrylaneProgress=1"), QStringLiteral("FerrylaneSpeed=100"),
+            QStringLiteral("FerrylaneProgress=1"), QStringLiteral("FerrylaneReceived=a_b.txt")}));
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/a_b.txt")), bytes);
+    EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
+    EXPECT_EQ(server().lastReceivedFile()->path, received(QStringLiteral("Pixel 8/a_b.txt")));
+    EXPECT_EQ(server().lastReceivedFile()->size, 100000);
+    EXPECT_EQ(logCount("Secure V4 received 100000 bytes to "), 1);
+    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+}
+
+TEST_F(V4ReceiverTest, reportsProgressInStepsAndSpeedOnceASecond)
+{
+    const QByteArray bytes = support::testContent(100);
+    const V4Transfer transfer = support::testTransfer(100);
+    const auto records = support::sealedRecords(*key_, transfer, bytes, 1);
+    Client client;
+    client.send(uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8")));
+    waitUntilStarted();
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (i == 50) {
+            // Halfway, after two seconds.
+            ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneProgress=0.5")));
+            clock().advance(2s);
+        }
+        client.send(support::chunk(records[i]));
+    }
+    client.send("0\r\n\r\n");
+    EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
+    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
+
+    std::vector<QString> steps;
+    std::vector<QString> speeds;
+    for (const QString& notification : notifications()) {
+        if (notification.startsWith(QStringLiteral("FerrylaneProgress"))) {
+            steps.push_back(notification);
+        } else if (notification.startsWith(QStringLiteral("FerrylaneSpeed"))) {
+            speeds.push_back(notification.section(u'=', 1));
+        }
+    }
+    // 0, the 40 steps, and 1 at the end.
+    EXPECT_EQ(steps.size(), 42U);
+    // At the start, over the first 51 bytes in two seconds, and on the whole.
+    EXPECT_EQ(speeds,
+        (std::vector<QString>{QStringLiteral("0"), QStringLiteral("2.55e-05"),
+            QStringLiteral("5e-05")}));
+}
+
+TEST_F(V4ReceiverTest, withoutASizeThereAreNoSteps)
+{
+    V4Transfer transfer = support::testTransfer(-1);
+    EXPECT_EQ(summary(exchange(support::uploadRequest(*key_, transfer, support::testContent(50)))),
+        "200 OK|OK SHA256");
+    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
+    EXPECT_EQ(std::count_if(notifications().begin(), notifications().end(),
+                  [](const QString& n) { return n.startsWith(QStringLiteral("FerrylaneProgress")); }),
+        2);
+}
+
+TEST_F(V4ReceiverTest, neverReplacesAFile)
+{
+    const QString name = QStringLiteral("report.txt");
+    for (const char* bytes : {"one", "two", "three"}) {
+        EXPECT_EQ(summary(exchange(upload(name, bytes))), "200 OK|OK SHA256");
+    }
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/report.txt")), "one");
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/report (1).txt")), "two");
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/report (2).txt")), "three");
+}
+
+TEST_F(V4ReceiverTest, aFaultLeavesNothingBehind)
+{
+    const QByteArray whole = upload(QStringLiteral("photo.jpg"), support::testContent(30));
+    QByteArray changed = whole;
+    changed[whole.indexOf("\r\n\r\n") + 20] ^= 1;
+    const struct {
+        QByteArray request;
+        const char* answer;
+    } rows[] = {
+        {changed, "400 Bad Request|Authentication failed"},
+        {whole.chopped(5) + "zz\r\n", "400 Bad Request|Bad HTTP chunk size"},
+        {whole.left(whole.indexOf("\r\n\r\n") + 4) + "0\r\n\r\n",
+            "400 Bad Request|Authenticated completion record missing"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(summary(exchange(row.request)), row.answer);
+        EXPECT_EQ(receivedItems(), QStringList());
+        const QString reason = QString::fromUtf8(row.answer).section(u'|', 1);
+        ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped=") + reason));
+        EXPECT_EQ(logCount("Secure V4 receive failed: " + reason.toUtf8()), 1);
+        EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    }
+}
+
+TEST_F(V4ReceiverTest, thePeerMayCloseItsSideWithTheLastChunk)
+{
+    Client client;
+    client.send(upload(QStringLiteral("photo.jpg"), "abc"));
+    client.finishSending();
+    EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
+
+    Client early;
+    early.send(upload(QStringLiteral("photo.jpg"), "abc").chopped(5));
+    early.finishSending();
+    EXPECT_EQ(summary(early.receiveAll()),
+        "400 Bad Request|Connection closed before final HTTP chunk");
+}
+
+TEST_F(V4ReceiverTest, oneUploadAtATime)
+{
+    Client first;
+    first.send(uploadBegun());
+    waitUntilStarted();
+    EXPECT_EQ(summary(exchange(statusRequest)), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
+    first.reset();
+    ASSERT_TRUE(waitForNotification(
+        QStringLiteral("FerrylaneStopped=Connection error: Connection reset by peer")));
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+}
+
+TEST_F(V4ReceiverTest, refusesUploadsWhileSending)
+{
+    server().setOutboundBusy(true);
+    EXPECT_EQ(summary(exchange(statusRequest)), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
+    server().setOutboundBusy(false);
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+}
+
+TEST_F(V4ReceiverTest, aCancelledUploadLeavesNothingBehind)
+{
+    for (int i = 1; i <= 5; ++i) {
+        Client client;
+        client.send(uploadBegun());
+        waitUntilStarted(static_cast<std::size_t>(i));
+        EXPECT_TRUE(server().hasActiveTransfer());
+        server().cancelActiveTransfer();
+        EXPECT_FALSE(server().hasActiveTransfer());
+        ASSERT_TRUE(waitForNotification(
+            QStringLiteral("FerrylaneStopped=Connection error: Operation canceled")));
+        EXPECT_EQ(client.receiveAll(), "");
+        EXPECT_EQ(receivedItems(), QStringList());
+    }
+    server().cancelActiveTransfer();
+    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+}
+
+TEST_F(V4ReceiverTest, aCancelledUploadDoesNotFreeTheServiceOfTheNext)
+{
+    for (int i = 0; i < 20; ++i) {
+        Client first;
+        first.send(uploadBegun());
+        waitUntilStarted(static_cast<std::size_t>(2 * i + 1));
+        server().cancelActiveTransfer();
+        // Admitted although the first has not heard of its end yet.
+        Client second;
+        second.send(uploadBegun());
+        waitUntilStarted(static_cast<std::size_t>(2 * i + 2));
+        ASSERT_TRUE(mainQueue().waitFor([&] { return logCount("receive failed") == 2 * i + 1; }));
+        EXPECT_TRUE(server().hasActiveTransfer());
+        server().cancelActiveTransfer();
+        ASSERT_TRUE(mainQueue().waitFor([&] { return logCount("receive failed") == 2 * i + 2; }));
+    }
+}
+
+TEST_F(V4ReceiverTest, aStopCutsAnUploadOff)
+{
+    Client client;
+    client.send(uploadBegun());
+    waitUntilStarted();
+    server().stopService();
+    EXPECT_FALSE(server().hasActiveTransfer());
+    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped=Connection error: ")));
+    EXPECT_EQ(receivedItems(), QStringList());
+}
+
+TEST_F(V4ReceiverTest, aRebindLeavesAnUploadAlone)
+{
+    const QByteArray bytes = support::testContent(5000);
+    const QByteArray request = upload(QStringLiteral("photo.jpg"), bytes);
+    Client client;
+    client.send(request.first(3000));
+    waitUntilStarted();
+    server().rebindAfterNetworkChange(QStringLiteral("system wake"));
+    client.send(request.sliced(3000));
+    EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/photo.jpg")), bytes);
+}
+
+TEST_F(V4ReceiverTest, destroyingTheServiceEndsAnUploadForGood)
+{
+    Client client;
+    client.send(uploadBegun());
+    waitUntilStarted();
+    destroyServer();
+    mainQueue().runAll();
+    EXPECT_EQ(notifications().back(),
+        QStringLiteral("FerrylaneStopped=Connection error: Operation canceled"));
+    EXPECT_EQ(receivedItems(), QStringList());
+}
+
+TEST_F(V4ReceiverTest, anUploadThatCannotBeginLeavesTheServiceFree)
+{
+    const QString folder = receiveDir();
+    ASSERT_TRUE(QDir().rmdir(folder));
+    {
+        QFile inTheWay(folder);
+        ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    }
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))),
+        "500 Internal Server Error|Cannot create destination");
+    mainQueue().runAll();
+    EXPECT_TRUE(notifications().empty());
+    ASSERT_TRUE(QFile::remove(folder));
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+}
+
+TEST_F(V4ReceiverTest, anUploadThatCannotBeStoredIsRefusedWithTheCauseInTheLog)
+{
+    // The sender's folder cannot be made where there is a file.
+    QFile inTheWay(received(QStringLiteral("Pixel 8")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))),
+        "500 Internal Server Error|Cannot finalize destination");
+    EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
+    EXPECT_EQ(logCount("Could not store the upload: Not a directory"), 1);
+    ASSERT_TRUE(inTheWay.remove());
+
+    const QString longest(255, u'n');
+    EXPECT_EQ(summary(exchange(upload(longest, "x"))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(exchange(upload(longest + u'n', "x"))),
+        "500 Internal Server Error|Cannot finalize destination");
+    EXPECT_EQ(logCount("Could not store the upload: File name too long"), 1);
+    EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
+}
