@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Bytes.h"
+
+#include <QFile>
+#include <QString>
+
+namespace ferrylane::phone {
+
+/// A regular file that is read once, from start to end. Its size is taken when it is opened; a file
+/// that turns out shorter or longer than that has changed while it was read, and what was read of it
+/// is worth nothing.
+class SourceFile {
+public:
+    /// Throws Failure (localFile), like next().
+    explicit SourceFile(const QString& path);
+
+    /// The last component of the path.
+    [[nodiscard]] QString name() const;
+    [[nodiscard]] qint64 size() const { return size_; }
+
+    /// Reads the next bytes: all that `out` has room for, less only at the end, where it is none.
+    [[nodiscard]] std::size_t next(platform::MutableByteView out);
+
+private:
+    QFile file_;
+    qint64 size_ = 0;
+    qint64 read_ = 0;
+};
+
+} // namespace ferrylane::phone
