@@ -1,0 +1,44 @@
+#include "core/PercentCoding.h"
+
+#include <QByteArray>
+
+#include <cstdlib>
+
+namespace {
+
+void require(bool holds)
+{
+    if (!holds) std::abort();
+}
+
+/// What is decoded is text, and the bytes that a lenient decoder finds.
+void checkDecoding(const QString& encoded)
+{
+    const auto text = ferrylane::percentDecode(encoded);
+    if (!text) return;
+    require(text->isValidUtf16());
+    require(text->toUtf8() == QByteArray::fromPercentEncoding(encoded.toUtf8()));
+}
+
+void checkEncoding(const QString& text)
+{
+    const QString query = ferrylane::percentEncodeForQuery(text);
+    require(ferrylane::percentDecode(query) == text);
+    for (const QChar c : query) {
+        require(c > u' ' && c < u'\x7f');
+    }
+    const QString fileName = ferrylane::percentEncodeFileName(text);
+    require(ferrylane::percentDecode(fileName) == text);
+    require(!fileName.contains(u'\r') && !fileName.contains(u'\n') && !fileName.contains(u'/'));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const auto* const bytes = reinterpret_cast<const char*>(data);
+    const QString text = QString::fromUtf8(bytes, static_cast<qsizetype>(size));
+    checkDecoding(text);
+    checkEncoding(text);
+    return 0;
+}

@@ -1,0 +1,49 @@
+#include "ReceiverTest.h"
+
+// A program that has used up its descriptors.
+
+using namespace e2e;
+
+namespace {
+
+class Descriptors : public ReceiverTest {
+protected:
+    void SetUp() override
+    {
+        support::Scarcity scarcity;
+        scarcity.descriptors = 64;
+        ASSERT_TRUE(program_.start(scarcity));
+    }
+
+    /// Every descriptor of the program is in use.
+    [[nodiscard]] bool areUsedUp() const
+    {
+        const QDir open(u"/proc/%1/fd"_s.arg(program_.processId()));
+        return open.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size() >= 64;
+    }
+};
+
+} // namespace
+
+TEST_F(Descriptors, whenUsedUpNeitherStopNorSpinTheProgram)
+{
+    const UploadBytes bytes = upload(u"a.bin"_s, support::testContent(3'000'000));
+    support::TcpClient uploading;
+    uploading.send(bytes.all().first(1'500'000));
+    ASSERT_TRUE(support::waitUntil([this] { return !home_.partialFiles().isEmpty(); }));
+
+    std::vector<support::TcpClient> clients(100);
+    ASSERT_TRUE(support::waitUntil([this] { return areUsedUp(); }));
+
+    // A program that tried again and again would use all of this second.
+    const auto before = program_.processorTime();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    EXPECT_LT(program_.processorTime() - before, std::chrono::milliseconds(200));
+    EXPECT_TRUE(program_.isRunning());
+
+    EXPECT_TRUE(uploading.send(bytes.all().sliced(1'500'000)));
+    EXPECT_EQ(uploading.receiveAll(), stored) << "what is open goes on";
+    clients.clear();
+    EXPECT_EQ(readiness(), ready) << "accepting goes on by itself";
+    EXPECT_EQ(home_.received(u"Pixel 8/a.bin"_s), support::testContent(3'000'000));
+}

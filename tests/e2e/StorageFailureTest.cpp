@@ -1,0 +1,82 @@
+#include "ReceiverTest.h"
+
+#include <QFileInfo>
+
+#include <unistd.h>
+
+// Files that cannot be stored.
+
+using namespace e2e;
+
+namespace {
+
+class StorageFailure : public ReceiverTest {
+protected:
+    void SetUp() override {} // each test starts the program itself
+
+    [[nodiscard]] QByteArray answerToUpload(const QString& name, const QByteArray& content) const
+    {
+        return support::answerTo(upload(name, content).all());
+    }
+};
+
+} // namespace
+
+TEST_F(StorageFailure, fullDiskIsTheUploadsFailureAndTheLogSaysWhy)
+{
+    support::Scarcity scarcity;
+    if (support::canMount()) {
+        scarcity.smallDisk = home_.receiveFolder();
+    } else {
+        scarcity.bytesInFile = 2 << 20;
+    }
+    const QByteArray cause = scarcity.smallDisk ? "No space left on device" : "File too large";
+    ASSERT_TRUE(program_.start(scarcity));
+    // The disk is mounted for the program alone, but can be seen through it.
+    const QString folder = u"/proc/%1/root"_s.arg(program_.processId()) + home_.receiveFolder();
+
+    const QByteArray failure = plainAnswer("400 Bad Request", "Authentication failed");
+    EXPECT_EQ(answerToUpload(u"big.bin"_s, support::testContent(5'000'000)), failure);
+    EXPECT_TRUE(program_.log().contains("  Could not write the upload: " + cause + '\n'))
+        << program_.log().constData();
+    EXPECT_TRUE(program_.log().contains("  Secure V4 receive failed: Authentication failed\n"));
+    EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList());
+
+    EXPECT_EQ(answerToUpload(u"small.bin"_s, support::testContent(1'000'000)), stored);
+    EXPECT_EQ(support::PrivateHome::contentOf(folder + u"/Pixel 8/small.bin"_s),
+        support::testContent(1'000'000));
+}
+
+TEST_F(StorageFailure, withoutAReceiveFolderNoUploadBegins)
+{
+    support::PrivateHome::write(home_.receiveFolder(), "a file in its place");
+    ASSERT_TRUE(program_.start());
+    const QByteArray failure
+        = plainAnswer("500 Internal Server Error", "Cannot create destination");
+    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), failure);
+    EXPECT_EQ(readiness(), ready);
+    EXPECT_EQ(support::PrivateHome::contentOf(home_.receiveFolder()), "a file in its place");
+
+    ASSERT_TRUE(QFile::remove(home_.receiveFolder()));
+    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), stored) << "as soon as it can be made";
+}
+
+TEST_F(StorageFailure, whatTheFileSystemRefusesIsNotKept)
+{
+    ASSERT_TRUE(program_.start());
+    const QByteArray failure
+        = plainAnswer("500 Internal Server Error", "Cannot finalize destination");
+    EXPECT_EQ(answerToUpload(QString(256, u'x'), "content"), failure);
+    EXPECT_TRUE(program_.log().contains("File name too long")) << program_.log().constData();
+    EXPECT_TRUE(
+        program_.log().contains("  Secure V4 receive failed: Cannot finalize destination\n"));
+
+    // Something else is where the sender's folder belongs.
+    ASSERT_TRUE(QDir(home_.receiveFolder()).rmdir(u"Pixel 8"_s));
+    support::PrivateHome::write(home_.receiveFolder() + u"/Pixel 8"_s, "not a folder");
+    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), failure);
+    EXPECT_EQ(home_.receivedFiles(), QStringList(u"Pixel 8"_s));
+    EXPECT_EQ(home_.received(u"Pixel 8"_s), "not a folder");
+    expectNoTrace();
+}
