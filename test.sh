@@ -67,17 +67,19 @@ cpp_files() {
         | while read -r file; do if [[ -e $file ]]; then echo "$file"; fi; done
 }
 
-# build PRESET [TARGET...]: quiet unless it fails, and then the output is there to read.
+# build PRESET [TARGET...]: quiet unless it fails, and then all faults are there to read.
 build() {
     local preset=$1 log=build/$1.log
     shift
     mkdir -p build
-    if cmake --preset "$preset" > "$log" 2>&1 \
-        && cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} -- -k 0 >> "$log" 2>&1; then
-        return 0
+    if ! cmake --preset "$preset" > "$log" 2>&1; then
+        cat "$log"
+        return 1
     fi
-    grep -v '^\[[0-9]*/[0-9]*\] \(Building\|Linking\|Automatic\|Generating\)' "$log"
-    return 1
+    if ! cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"} -- -k 0 > "$log" 2>&1; then
+        grep -v '^\[[0-9]*/[0-9]*\]' "$log"
+        return 1
+    fi
 }
 
 # run_tests PRESET: adds CTest's own count to ours; prints what did not pass.
@@ -174,21 +176,22 @@ step_fuzz() {
     run_tests fuzz
     local seconds=$((fuzz_seconds / ${#targets[@]})) target
     for target in "${targets[@]}"; do
-        check "${target##*/} (input in build/fuzz/artifacts)" fuzz "$target" "$((seconds + 1))"
+        check "${target##*/} (input in build/fuzz/artifacts)" fuzz "$target" $((seconds + 1))
     done
 }
 
 # fuzz PROGRAM SECONDS: from the seeds, whose folder stays as it is.
 fuzz() {
-    local name=${1##*/fuzz_} scratch log
+    local name=${1##*/fuzz_} scratch log symbolizer
     local -a dictionary=()
+    symbolizer=$(command -v llvm-symbolizer-14)
     scratch=build/fuzz/corpus/$name
     log=build/fuzz/$name.log
     rm -rf "$scratch"
     mkdir -p "$scratch" build/fuzz/artifacts
     if [[ -d fuzz/corpus/$name ]]; then cp -r "fuzz/corpus/$name/." "$scratch"; fi
     if [[ -e fuzz/dictionary/$name.txt ]]; then dictionary=("-dict=fuzz/dictionary/$name.txt"); fi
-    if "$1" -max_total_time="$2" -timeout=10 -rss_limit_mb=2048 \
+    if ASAN_SYMBOLIZER_PATH=$symbolizer "$1" -max_total_time="$2" -timeout=10 -rss_limit_mb=2048 \
         -artifact_prefix=build/fuzz/artifacts/ "${dictionary[@]}" "$scratch" > "$log" 2>&1; then
         echo "$name: $(sed -n 's/^Done \([0-9]*\) runs.*/\1 runs/p' "$log")"
     else

@@ -59,7 +59,6 @@ else()
         -Winconsistent-missing-destructor-override
         -Wloop-analysis
         -Wmissing-prototypes
-        -Wrange-loop-analysis
         -Wshadow-all
         -Wsuggest-override
         -Wthread-safety

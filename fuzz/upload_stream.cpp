@@ -40,8 +40,8 @@ public:
     }
     bool take(std::size_t length) override
     {
-        content.insert(content.end(), piece_.begin(),
-            piece_.begin() + static_cast<std::ptrdiff_t>(length));
+        content.insert(
+            content.end(), piece_.begin(), piece_.begin() + static_cast<std::ptrdiff_t>(length));
         return true;
     }
     std::optional<platform::Sha256Digest> digest() override
@@ -130,8 +130,8 @@ ByteBuffer chunked(ByteView records, std::size_t chunkBytes)
     return body;
 }
 
-/// A faultless stream is stored as it was, however it is cut; a changed one is refused, or the change
-/// was without meaning (the case of a hexadecimal digit) and it is stored as it was.
+/// A faultless stream is stored as it was, however it is cut; a changed one is refused, or the
+/// change was without meaning (the case of a hexadecimal digit) and it is stored as it was.
 void sealAndChange(Input input)
 {
     const std::size_t pieceBytes = 1 + input.number();

@@ -30,8 +30,8 @@ public:
 
 private:
     std::atomic<bool> visible_ = true;
-    ferrylane::UdpResponder responder_{[this] { return visible_.load(); },
-        [] { return ferrylane::ferrylaneDeviceSuffix(); }};
+    ferrylane::UdpResponder responder_{
+        [this] { return visible_.load(); }, [] { return ferrylane::ferrylaneDeviceSuffix(); }};
 };
 
 /// Phones find this computer by UDP alone.
@@ -62,8 +62,7 @@ int run()
     NoAdvertiser advertiser;
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     try {
-        const HTTPServer server(
-            {*network, mainQueue, notifications, clock, responder, advertiser});
+        const HTTPServer server({*network, mainQueue, notifications, clock, responder, advertiser});
         const auto observation = notifications.observe(ferrylane::FerrylaneReceived,
             [&](const auto&) { logReceivedFile(server, notifications); });
         return QCoreApplication::exec();

@@ -4,6 +4,9 @@
 #include "core/Service.h"
 #include "discovery/DiscoveryProtocol.h"
 
+#include <array>
+#include <utility>
+
 namespace ferrylane {
 
 UdpResponder::UdpResponder(std::function<bool()> isVisible, std::function<QString()> deviceName)

@@ -33,7 +33,7 @@ std::error_code prepareFolder()
 {
     const QString folder = applicationSupportFolder();
     const std::error_code error = platform::createFolders(folder, ownersFolder);
-    // A folder of another owner that is writable all the same is none of our business.
+    // Not permitted on a folder of another owner, which may serve all the same.
     if (!error) static_cast<void>(platform::setMode(folder, ownersFolder));
     return error;
 }

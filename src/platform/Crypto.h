@@ -26,8 +26,8 @@ public:
 
     /// Writes ciphertext and tag, plaintext.size() + 16 bytes, to the start of `out`. Throws
     /// std::system_error when the library fails.
-    virtual void seal(const GcmNonce& nonce, ByteView associatedData, ByteView plaintext,
-        MutableByteView out)
+    virtual void seal(
+        const GcmNonce& nonce, ByteView associatedData, ByteView plaintext, MutableByteView out)
         = 0;
 
     /// Opens `sealed` (ciphertext and 16-byte tag) into `out`, which has room for the ciphertext's

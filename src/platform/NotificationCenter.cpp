@@ -32,7 +32,8 @@ struct NotificationCenter::Observers {
 
     [[nodiscard]] bool isObserving(quint64 id) const
     {
-        return std::any_of(list.begin(), list.end(), [id](const Observer& o) { return o.id == id; });
+        return std::any_of(
+            list.begin(), list.end(), [id](const Observer& o) { return o.id == id; });
     }
 };
 

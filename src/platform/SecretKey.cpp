@@ -20,7 +20,8 @@ SecretKey SecretKey::random()
 {
     SecretKey key;
     if (!fillWithRandomBytes(key.bytes_)) {
-        throw std::system_error(std::make_error_code(std::errc::io_error), "no secure random bytes");
+        throw std::system_error(
+            std::make_error_code(std::errc::io_error), "no secure random bytes");
     }
     return key;
 }

@@ -15,7 +15,8 @@ public:
 
     /// None unless there are exactly 32 bytes.
     [[nodiscard]] static std::optional<SecretKey> fromBytes(ByteView bytes);
-    /// 32 bytes from the system's secure random generator. Throws std::system_error when that fails.
+    /// 32 bytes from the system's secure random generator. Throws std::system_error when that
+    /// fails.
     [[nodiscard]] static SecretKey random();
 
     SecretKey(SecretKey&& other) noexcept;

@@ -58,7 +58,8 @@ public:
     /// unread bytes are there, and the peer would lose the message.
     virtual void sendLast(QByteArray message) = 0;
 
-    /// Closes at once. An outstanding receive or send ends with an error, on the connection's queue.
+    /// Closes at once. An outstanding receive or send ends with an error, on the connection's
+    /// queue.
     virtual void cancel() = 0;
 
     /// Runs `task` on the connection's queue.
@@ -70,7 +71,8 @@ public:
 class TcpListener {
 public:
     enum class State {
-        waiting, ///< accepting is paused (out of descriptors or memory) and is tried again by itself
+        waiting, ///< accepting is paused (out of descriptors or memory) and is tried again by
+                 ///< itself
         ready,   ///< connections are accepted
         failed   ///< the port could not be opened; final
     };

@@ -100,11 +100,11 @@ private:
 
 ThreadQueue::ThreadQueue(const std::string& label)
     : schedule_(std::make_shared<Schedule>()), thread_([label, schedule = schedule_] {
-          setCurrentThreadName(label);
-          while (auto task = schedule->next()) {
-              (*task)();
-          }
-      })
+        setCurrentThreadName(label);
+        while (auto task = schedule->next()) {
+            (*task)();
+        }
+    })
 {
 }
 

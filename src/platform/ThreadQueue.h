@@ -11,7 +11,8 @@ namespace platform {
 /// task finish, drops the waiting ones and joins the thread; it must not run on that thread.
 class ThreadQueue final : public SerialQueue {
 public:
-    /// `label` names the queue's role and, as far as the system has room (15 characters), its thread.
+    /// `label` names the queue's role and, as far as the system has room (15 characters), its
+    /// thread.
     explicit ThreadQueue(const std::string& label);
     ~ThreadQueue() override;
 

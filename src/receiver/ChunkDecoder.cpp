@@ -29,8 +29,7 @@ bool isAscii(QByteArrayView text)
 std::optional<std::size_t> chunkSize(QByteArrayView line)
 {
     const qsizetype extension = line.indexOf(';');
-    const QByteArrayView digits
-        = withoutOuterBlanks(extension < 0 ? line : line.first(extension));
+    const QByteArrayView digits = withoutOuterBlanks(extension < 0 ? line : line.first(extension));
     std::size_t size = 0;
     const auto [end, error] = std::from_chars(digits.begin(), digits.end(), size, 16);
     if (digits.isEmpty() || error != std::errc() || end != digits.end()) return std::nullopt;

@@ -30,8 +30,8 @@ QString describe(const std::error_code& error)
 
 HTTPServer::HTTPServer(const Collaborators& collaborators)
     : with_(collaborators)
-    , context_(std::make_shared<ReceiverContext>(loadOrCreateFerrylaneKey(), with_.mainQueue,
-          with_.notifications, with_.clock))
+    , context_(std::make_shared<ReceiverContext>(
+          loadOrCreateFerrylaneKey(), with_.mainQueue, with_.notifications, with_.clock))
     , sessionKeyB64_(base64URLEncode(context_->sessionKey.bytes()))
 {
     openSockets();

@@ -16,9 +16,9 @@ namespace ferrylane {
 /// the receiver key, the TCP listener, and the bookkeeping of what is being transferred; it drives
 /// the answering of discovery requests and the announcing of the service.
 ///
-/// There is one for the life of the process, running from its creation on. Every operation is called
-/// on the main thread; files are received on the connections' queues. The destructor ends everything
-/// and waits for it: no notification is posted afterwards.
+/// There is one for the life of the process, running from its creation on. Every operation is
+/// called on the main thread; files are received on the connections' queues. The destructor ends
+/// everything and waits for it: no notification is posted afterwards.
 class HTTPServer {
 public:
     /// Answers phones that look for computers. start() throws std::system_error.
@@ -59,7 +59,8 @@ public:
     };
 
     /// Loads or creates the receiver key and starts the service. A port that is in use is logged
-    /// when the listener finds it so; std::system_error is thrown when discovery cannot be answered.
+    /// when the listener finds it so; std::system_error is thrown when discovery cannot be
+    /// answered.
     explicit HTTPServer(const Collaborators& collaborators);
     ~HTTPServer();
     HTTPServer(const HTTPServer&) = delete;

@@ -24,8 +24,7 @@ std::optional<QByteArray> identifyResponse(const platform::SecretKey& key,
     }
     const QByteArray encodedName = percentEncodeForQuery(deviceName).toLatin1();
     // The text of the challenge as it came, so that the name proof binds its spelling as well.
-    const QByteArray nameMessage
-        = "Ferrylane-name-v1\n" + challenge->toUtf8() + "\n" + encodedName;
+    const QByteArray nameMessage = "Ferrylane-name-v1\n" + challenge->toUtf8() + "\n" + encodedName;
     return QByteArray("HTTP/1.1 200 OK\r\n"
                       "Content-Length: 0\r\n"
                       "Connection: close\r\n"

@@ -29,7 +29,8 @@ document.getElementById('open').onclick=()=>{
 };
 </script>)html";
     // clang-format on
-    return {statuses::ok, QByteArray::fromRawData(page, sizeof page - 1), "text/html; charset=utf-8"};
+    return {
+        statuses::ok, QByteArray::fromRawData(page, sizeof page - 1), "text/html; charset=utf-8"};
 }
 
 } // namespace ferrylane

@@ -44,8 +44,8 @@ public:
         Entries::iterator entry_;
     };
 
-    /// Adds a connection whose head is still to come. Beyond the limit the oldest such connection is
-    /// cancelled.
+    /// Adds a connection whose head is still to come. Beyond the limit the oldest such connection
+    /// is cancelled.
     [[nodiscard]] std::unique_ptr<Registration> add(
         std::shared_ptr<platform::TcpConnection> connection);
 

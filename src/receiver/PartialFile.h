@@ -26,8 +26,8 @@ public:
     /// Puts the file on the disk under `name`, or a numbered variant of it that is free, in the
     /// sender's folder; never replaces anything. Returns the path, or none and `error` set: the
     /// file is then deleted.
-    [[nodiscard]] std::optional<QString> store(const QString& name,
-        const std::optional<QString>& senderName, std::error_code& error);
+    [[nodiscard]] std::optional<QString> store(
+        const QString& name, const std::optional<QString>& senderName, std::error_code& error);
 
 private:
     PartialFile(QString folder, QString path, std::unique_ptr<platform::NewFile> file);

@@ -7,13 +7,13 @@
 
 namespace ferrylane {
 
-/// Tells the user interface how an upload gets on: at most 40 steps of progress, and the speed about
-/// once a second, so that a large file does not flood the main thread. Speeds are megabytes
+/// Tells the user interface how an upload gets on: at most 40 steps of progress, and the speed
+/// about once a second, so that a large file does not flood the main thread. Speeds are megabytes
 /// (1,000,000 bytes) per second.
 class ReceiveProgress {
 public:
-    /// `declaredFileSize` in bytes, below 1 when unknown: no steps are told then. `notifications` and
-    /// `clock` must outlive this.
+    /// `declaredFileSize` in bytes, below 1 when unknown: no steps are told then. `notifications`
+    /// and `clock` must outlive this.
     ReceiveProgress(qint64 declaredFileSize, platform::NotificationCenter& notifications,
         const platform::Clock& clock);
 

@@ -14,7 +14,8 @@ std::optional<StreamFailure> RecordReader::feed(ByteView bytes)
     if (recordBuffer_.size() + bytes.size() > maximumUnreadRecordBytes) {
         return failures::bufferLimitExceeded;
     }
-    // Senders put one record in each chunk. Reading it where it lies saves a copy of the whole file.
+    // Senders put one record in each chunk. Reading it where it lies saves a copy of the whole
+    // file.
     if (recordBuffer_.empty()) {
         const Reading reading = readRecords(bytes);
         if (!reading.failure) recordBuffer_.append(bytes.subspan(reading.consumed));

@@ -30,8 +30,8 @@ public:
 };
 
 /// Reads the records of one upload: checks their order and lengths, opens them, hands the plaintext
-/// to a sink, and compares the digest and size at the end. The first failure ends it; it must not be
-/// fed after one.
+/// to a sink, and compares the digest and size at the end. The first failure ends it; it must not
+/// be fed after one.
 class RecordReader {
 public:
     /// `cipher` and `sink` must outlive the reader.

@@ -48,7 +48,8 @@ Lines linesOf(QByteArrayView head)
     return lines;
 }
 
-/// Words between spaces, as many as there are, none of them empty; the third and later are left out.
+/// Words between spaces, as many as there are, none of them empty; the third and later are left
+/// out.
 void readRequestLine(QByteArrayView line, RequestHead& head)
 {
     const QStringList words = QString::fromUtf8(line).split(u' ', Qt::SkipEmptyParts);
@@ -156,8 +157,8 @@ RequestHeadParser::Result RequestHeadParser::parse(platform::ByteView received)
 
     auto head = readHead(text.first(end));
     if (auto* const answer = std::get_if<HttpAnswer>(&head)) return std::move(*answer);
-    return Complete{std::get<RequestHead>(std::move(head)),
-        static_cast<std::size_t>(end + headEnd.size())};
+    return Complete{
+        std::get<RequestHead>(std::move(head)), static_cast<std::size_t>(end + headEnd.size())};
 }
 
 } // namespace ferrylane

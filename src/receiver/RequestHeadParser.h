@@ -41,8 +41,9 @@ public:
     };
     using Result = std::variant<NeedMore, Complete, HttpAnswer>;
 
-    /// Given all bytes received so far, each time with more at their end. An answer is the refusal of
-    /// a head that breaks a limit. The parser is not to be asked again after anything but NeedMore.
+    /// Given all bytes received so far, each time with more at their end. An answer is the refusal
+    /// of a head that breaks a limit. The parser is not to be asked again after anything but
+    /// NeedMore.
     [[nodiscard]] Result parse(platform::ByteView received);
 
 private:

@@ -15,8 +15,8 @@ HttpAnswer busy()
 
 } // namespace
 
-void RequestSession::begin(std::shared_ptr<ReceiverContext> context,
-    std::shared_ptr<platform::TcpConnection> connection)
+void RequestSession::begin(
+    std::shared_ptr<ReceiverContext> context, std::shared_ptr<platform::TcpConnection> connection)
 {
     std::make_shared<RequestSession>(std::move(context), std::move(connection))->receiveHead();
 }
@@ -32,8 +32,9 @@ RequestSession::RequestSession(
 void RequestSession::receiveHead()
 {
     connection_->receive(buffer_, 1, maximumHeadReceive,
-        [self = shared_from_this()](
-            bool endOfStream, const std::error_code& error) { self->received(endOfStream, error); });
+        [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
+            self->received(endOfStream, error);
+        });
 }
 
 void RequestSession::received(bool endOfStream, const std::error_code& error)

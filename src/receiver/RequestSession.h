@@ -12,8 +12,9 @@ namespace ferrylane {
 /// Most bytes asked of a connection at once while its head is received.
 constexpr std::size_t maximumHeadReceive = 262144;
 
-/// One accepted connection and its one request: reads the head, then answers or hands the connection
-/// over to the upload receiver. Runs on the connection's queue; the pending receive keeps it alive.
+/// One accepted connection and its one request: reads the head, then answers or hands the
+/// connection over to the upload receiver. Runs on the connection's queue; the pending receive
+/// keeps it alive.
 class RequestSession final : public std::enable_shared_from_this<RequestSession> {
 public:
     static void begin(std::shared_ptr<ReceiverContext> context,

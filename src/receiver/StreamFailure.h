@@ -9,13 +9,17 @@ namespace ferrylane {
 struct StreamFailure {
     QLatin1StringView text;
 
-    friend bool operator==(const StreamFailure& a, const StreamFailure& b) { return a.text == b.text; }
+    friend bool operator==(const StreamFailure& a, const StreamFailure& b)
+    {
+        return a.text == b.text;
+    }
 };
 
 namespace failures {
 
 // The chunked layer.
-inline constexpr StreamFailure chunkHeaderTooLarge{QLatin1StringView("HTTP chunk header too large")};
+inline constexpr StreamFailure chunkHeaderTooLarge{
+    QLatin1StringView("HTTP chunk header too large")};
 inline constexpr StreamFailure badChunkHeader{QLatin1StringView("Bad HTTP chunk header")};
 inline constexpr StreamFailure badChunkSize{QLatin1StringView("Bad HTTP chunk size")};
 inline constexpr StreamFailure malformedChunk{QLatin1StringView("Malformed HTTP chunk")};

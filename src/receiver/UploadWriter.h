@@ -34,8 +34,8 @@ public:
     /// The digest of all pieces, once; none when one of them could not be written.
     [[nodiscard]] std::optional<platform::Sha256Digest> digest();
     /// As PartialFile::store(); only after settle() or digest().
-    [[nodiscard]] std::optional<QString> store(const QString& name,
-        const std::optional<QString>& senderName, std::error_code& error);
+    [[nodiscard]] std::optional<QString> store(
+        const QString& name, const std::optional<QString>& senderName, std::error_code& error);
 
 private:
     /// One is being filled, one waits, one is being written.

@@ -58,8 +58,9 @@ void V4Receiver::next()
     const std::size_t maximum
         = std::min(chunks_.missingBytes(bodyBuffer_) + readAhead, maximumBodyReceive);
     upload_.connection->receive(bodyBuffer_, 1, maximum,
-        [self = shared_from_this()](
-            bool endOfStream, const std::error_code& error) { self->received(endOfStream, error); });
+        [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
+            self->received(endOfStream, error);
+        });
 }
 
 void V4Receiver::received(bool endOfStream, const std::error_code& error)
@@ -126,10 +127,10 @@ void V4Receiver::finalizeIfDone()
 
     const quint64 size = records_.totalBytes();
     flLog(QStringLiteral("Secure V4 received %1 bytes to %2").arg(QString::number(size), *path));
-    upload_.context->mainQueue.async([context = upload_.context,
-                                         file = ReceivedFile{*path, static_cast<qint64>(size)}] {
-        context->lastReceivedFile = file;
-    });
+    upload_.context->mainQueue.async(
+        [context = upload_.context, file = ReceivedFile{*path, static_cast<qint64>(size)}] {
+            context->lastReceivedFile = file;
+        });
     progress_.stored(size, QFileInfo(*path).fileName());
     end({statuses::ok, "OK SHA256"});
 }

@@ -19,10 +19,12 @@ void appendText(QByteArrayView text, ByteBuffer& out)
 }
 
 /// Six fields, a line feed between each two and none at the end.
-QByteArray associatedData(QByteArrayView kind, const V4Transfer& transfer, quint64 fifth, quint64 sixth)
+QByteArray associatedData(
+    QByteArrayView kind, const V4Transfer& transfer, quint64 fifth, quint64 sixth)
 {
-    const QByteArray fields[] = {transfer.id.toUtf8(), transfer.fileName.toUtf8(),
-        QByteArray::number(transfer.fileSize), QByteArray::number(fifth), QByteArray::number(sixth)};
+    const QByteArray fields[]
+        = {transfer.id.toUtf8(), transfer.fileName.toUtf8(), QByteArray::number(transfer.fileSize),
+            QByteArray::number(fifth), QByteArray::number(sixth)};
     QByteArray data(kind.data(), kind.size());
     for (const QByteArray& field : fields) {
         data.append('\n').append(field);

@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-/// The version 4 upload stream, as both directions use it: how one file becomes a request head and a
-/// chunked body of AES-256-GCM records. docs/protocol.md describes it byte by byte.
+/// The version 4 upload stream, as both directions use it: how one file becomes a request head and
+/// a chunked body of AES-256-GCM records. docs/protocol.md describes it byte by byte.
 namespace ferrylane {
 
 /// A record is a head of 8 bytes (plaintext length and index, each 32-bit big-endian), the
@@ -66,13 +66,13 @@ private:
     quint64 totalBytes_ = 0;
 };
 
-/// The request head of an upload, with the empty line that ends it. `host` stands in the Host header
-/// as it is, so an IPv6 literal comes with its brackets.
+/// The request head of an upload, with the empty line that ends it. `host` stands in the Host
+/// header as it is, so an IPv6 literal comes with its brackets.
 [[nodiscard]] QByteArray uploadRequestHead(const V4Transfer& transfer, const QString& host,
     std::uint16_t hostPort, const QString& senderName);
 
-/// Chunked transfer coding (RFC 9112, section 7.1): a chunk is its size line, as many bytes, and the
-/// line break of appendChunkEnd().
+/// Chunked transfer coding (RFC 9112, section 7.1): a chunk is its size line, as many bytes, and
+/// the line break of appendChunkEnd().
 void appendChunkSizeLine(std::size_t size, platform::ByteBuffer& out);
 void appendChunkEnd(platform::ByteBuffer& out);
 /// The chunk of size 0 that ends the body.

@@ -81,7 +81,7 @@ std::optional<QList<FerrylaneTransferLogEntry>> parseTransferLogJson(const QByte
     if (!document.isArray()) return std::nullopt;
 
     QList<FerrylaneTransferLogEntry> entries;
-    for (const QJsonValue& value : document.array()) {
+    for (const QJsonValue value : document.array()) {
         // What is no object gives an empty one here, which lacks everything.
         const auto entry = entryOf(value.toObject());
         if (!entry) return std::nullopt;

@@ -48,14 +48,6 @@ TEST(DeviceName, isTheStoredOneWithoutThePrefixElseTheHosts)
         QStringLiteral("my host"));
 }
 
-TEST(DeviceName, isMacWhereTheHostHasNone)
-{
-    for (const QString& hostName : {QString(), QStringLiteral("  \n")}) {
-        EXPECT_EQ(ferrylaneDeviceSuffix(std::nullopt, hostName), QStringLiteral("Mac"));
-        EXPECT_EQ(ferrylaneDeviceSuffix(QStringLiteral(" "), hostName), QStringLiteral("Mac"));
-    }
-}
-
 TEST(DeviceName, followsTheSettingAtEveryCall)
 {
     const support::PrivateUserFolders home;

@@ -63,20 +63,6 @@ TEST(Log, beginsWithItsFolderAndOneLine)
     EXPECT_EQ(modeOf(logPath()), 0600U);
 }
 
-TEST(Log, keepsTheOrderOfCallsAndWhatWasThere)
-{
-    const support::PrivateUserFolders home;
-    flLog(QStringLiteral("first"));
-    flLog(QString());
-    flLog(QStringLiteral("third"));
-    const QStringList lines = logLines();
-    ASSERT_EQ(lines.size(), 4);
-    EXPECT_TRUE(lines[0].endsWith(u"Z  first"));
-    EXPECT_TRUE(lines[1].endsWith(u"Z  "));
-    EXPECT_TRUE(lines[2].endsWith(u"Z  third"));
-    EXPECT_TRUE(lines[3].isEmpty());
-}
-
 TEST(Log, isOneLineACall)
 {
     const support::PrivateUserFolders home;
@@ -85,16 +71,6 @@ TEST(Log, isOneLineACall)
     ASSERT_EQ(lines.size(), 2);
     EXPECT_TRUE(lines[0].endsWith(u"  name\\n2026-01-01T00:00:00Z  forged\\r\\u{2028}\\u{85}"))
         << lines[0].toStdString();
-}
-
-TEST(Log, comesBackAfterItsFolderIsDeleted)
-{
-    const support::PrivateUserFolders home;
-    flLog(QStringLiteral("gone"));
-    ASSERT_TRUE(QDir(home.state()).removeRecursively());
-    flLog(QStringLiteral("here"));
-    ASSERT_EQ(logLines().size(), 2);
-    EXPECT_TRUE(logLines().first().endsWith(u"  here"));
 }
 
 TEST(Log, ignoresThatItCannotBeWritten)

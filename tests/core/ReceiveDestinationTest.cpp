@@ -126,14 +126,6 @@ TEST(SenderDirectory, isCreatedInTheReceiveFolder)
         home.downloads() + QStringLiteral("/Ferrylane/Unknown device"));
 }
 
-TEST(SenderDirectory, isToldEvenIfItCannotBeCreated)
-{
-    const support::PrivateUserFolders home;
-    createFile(home.below(QStringLiteral("file")));
-    standardDefaults().set(ferrylaneReceiveFolderKey, home.below(QStringLiteral("file")));
-    EXPECT_EQ(senderReceiveDirectory(QStringLiteral("x")), home.below(QStringLiteral("file/x")));
-}
-
 TEST(Destination, takesTheNextFreeNumber)
 {
     struct Row {
@@ -190,13 +182,6 @@ TEST(Destination, staysInAFolderThatIsGone)
         EXPECT_EQ(collisionSafeDestination(QString::fromLatin1(name), QStringLiteral("/nowhere")),
             QStringLiteral("/nowhere/%1 (1)").arg(QString::fromLatin1(name)));
     }
-}
-
-TEST(Destination, isInTheReceiveFolderByDefault)
-{
-    const support::PrivateUserFolders home;
-    EXPECT_EQ(collisionSafeDestination(QStringLiteral("x")),
-        home.downloads() + QStringLiteral("/Ferrylane/x"));
 }
 
 TEST(Destination, isRandomOnceAllNumbersAreTaken)

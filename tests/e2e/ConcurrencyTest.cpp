@@ -56,39 +56,3 @@ TEST_F(Concurrency, oneOfSixteenUploadsIsAdmittedAtATime)
     EXPECT_EQ(home_.receivedFiles().size(), rounds);
     expectNoTrace();
 }
-
-TEST_F(Concurrency, uploadsOneAfterTheOtherAreAllKept)
-{
-    const QStringList expected{u"Pixel 8/report (1).txt"_s, u"Pixel 8/report (2).txt"_s,
-        u"Pixel 8/report (3).txt"_s, u"Pixel 8/report.txt"_s};
-    for (const char* const content : {"first", "second", "third", "fourth"}) {
-        EXPECT_EQ(support::answerTo(upload(u"report.txt"_s, content).all()), stored);
-    }
-    EXPECT_EQ(home_.receivedFiles(), expected);
-    EXPECT_EQ(home_.received(u"Pixel 8/report.txt"_s), "first");
-    EXPECT_EQ(home_.received(u"Pixel 8/report (3).txt"_s), "fourth");
-}
-
-TEST_F(Concurrency, theLatestOf300HalfHeadsAreKept)
-{
-    const QByteArray request = getRequest("/transfer-status");
-    std::vector<support::TcpClient> clients(300);
-    for (support::TcpClient& client : clients) {
-        client.send(request.first(10));
-    }
-    constexpr std::size_t dropped = 300 - 256;
-    ASSERT_TRUE(support::waitUntil([&] { return clients[dropped - 1].hasNews(); }));
-    for (std::size_t i = 0; i < dropped; ++i) {
-        EXPECT_EQ(clients[i].receiveAll(), "") << i;
-    }
-
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(readiness(), ready);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
-
-    // The newcomer took the place of one more.
-    for (std::size_t i = dropped + 1; i < clients.size(); ++i) {
-        EXPECT_TRUE(clients[i].send(request.sliced(10))) << i;
-        EXPECT_EQ(clients[i].receiveAll(), ready) << i;
-    }
-}

@@ -12,8 +12,6 @@ const QByteArray content = "the quick brown";
 
 class FailureAnswers : public ReceiverTest {
 protected:
-    FailureAnswers() = default;
-
     void SetUp() override
     {
         ReceiverTest::SetUp();
@@ -134,22 +132,6 @@ TEST_F(FailureAnswers, tellWhatIsWrongWithTheWhole)
         "Declared file size mismatch", "shorter than declared");
 }
 
-TEST_F(FailureAnswers, tellThatTheHeadWasChanged)
-{
-    const auto body = support::chunk(first_);
-    auto otherName = transfer_;
-    otherName.fileName = u"b.bin"_s;
-    auto otherSize = transfer_;
-    otherSize.fileSize = 14;
-    auto otherId = transfer_;
-    otherId.id = u"0123456789abcdef"_s;
-    auto otherNonce = transfer_;
-    otherNonce.noncePrefix[0] ^= std::byte{1};
-    for (const auto& changed : {otherName, otherSize, otherId, otherNonce}) {
-        expectFailure(head(changed) + body, "Authentication failed", "changed head");
-    }
-}
-
 TEST_F(FailureAnswers, tellThatTheKeyIsWrong)
 {
     expectFailure(head(transfer_)
@@ -162,8 +144,8 @@ TEST_F(FailureAnswers, tellThatTheKeyIsWrong)
 TEST_F(FailureAnswers, tellThatTheStreamEndedTooEarly)
 {
     const QByteArray whole = first_ + second_ + final_;
-    expectFailure(head(transfer_) + "0\r\n\r\n", "Authenticated completion record missing",
-        "nothing at all");
+    expectFailure(
+        head(transfer_) + "0\r\n\r\n", "Authenticated completion record missing", "nothing at all");
     expectFailure(head(transfer_) + support::chunk(first_ + second_) + "0\r\n\r\n",
         "Authenticated completion record missing", "no final record");
     expectFailure(head(transfer_) + support::chunk(first_ + second_.chopped(1)) + "0\r\n\r\n",
@@ -174,8 +156,8 @@ TEST_F(FailureAnswers, tellThatTheStreamEndedTooEarly)
 
 TEST_F(FailureAnswers, tellThatTheClientClosedItsSide)
 {
-    const QByteArray bodies[] = {"", "2", support::chunk(first_),
-        support::chunk(first_ + second_ + final_)};
+    const QByteArray bodies[]
+        = {"", "2", support::chunk(first_), support::chunk(first_ + second_ + final_)};
     for (const QByteArray& body : bodies) {
         support::TcpClient client;
         client.send(head(transfer_) + body);

@@ -3,7 +3,6 @@
 #include "core/Base64Url.h"
 #include "platform/Crypto.h"
 
-
 // What the service answers over a real socket, byte for byte.
 
 using namespace e2e;
@@ -80,19 +79,6 @@ TEST_F(HttpAnswers, forEveryRouteAndLimit)
         EXPECT_EQ(support::answerTo(row.request), plainAnswer(row.status, row.body)) << row.what;
     }
     EXPECT_EQ(readiness(), ready);
-}
-
-TEST_F(HttpAnswers, withTheLandingPageForAnyOtherGet)
-{
-    for (const char* const target : {"/", "/?flkey=abc", "/transfer-status?x=1", "/favicon.ico"}) {
-        const QByteArray answer = support::answerTo(getRequest(target));
-        EXPECT_TRUE(answer.startsWith(
-            "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: 1326\r\n"
-            "Cache-Control: no-store\r\nConnection: close\r\n\r\n<!doctype html>"))
-            << target;
-        EXPECT_TRUE(answer.endsWith("\n</script>")) << target;
-        EXPECT_EQ(answer.size() - answer.indexOf("\r\n\r\n") - 4, 1326) << target;
-    }
 }
 
 TEST_F(HttpAnswers, withTwoProofsToAChallenge)

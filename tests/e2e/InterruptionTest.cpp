@@ -38,8 +38,8 @@ TEST_F(Interruption, byClosingFreesTheServiceAtAnyPoint)
         }
         expectFreeSoon();
     }
-    EXPECT_EQ(
-        program_.log().count("  Secure V4 receive failed: Connection closed before final HTTP chunk"),
+    EXPECT_EQ(program_.log().count(
+                  "  Secure V4 receive failed: Connection closed before final HTTP chunk"),
         4);
 }
 

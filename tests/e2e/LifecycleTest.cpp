@@ -27,8 +27,8 @@ TEST_F(Lifecycle, firstStartMakesKeyAndLogForTheirOwnerAlone)
     EXPECT_EQ(modeOf(QFileInfo(home_.keyFile()).path()), 0700U);
     EXPECT_EQ(modeOf(home_.logFile()), 0600U);
     EXPECT_TRUE(program_.log().contains("  Server ready on port 8788; Bonjour visible=true\n"));
-    EXPECT_TRUE(program_.waitForLog(
-        "  UDP discovery responder ready on 8789 (POSIX broadcast-safe)\n"));
+    EXPECT_TRUE(
+        program_.waitForLog("  UDP discovery responder ready on 8789 (POSIX broadcast-safe)\n"));
     EXPECT_EQ(readiness(), ready);
 }
 

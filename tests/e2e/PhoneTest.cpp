@@ -130,18 +130,6 @@ TEST_F(Phone, tellsByItsExitCodeWhatWentWrong)
     EXPECT_EQ(home_.receivedFiles(), QStringList());
 }
 
-TEST_F(Phone, doesNotDisturbARunningUpload)
-{
-    const UploadBytes bytes = upload(u"a.bin"_s, "content");
-    support::TcpClient client;
-    client.send(bytes.withoutEnd());
-    ASSERT_TRUE(support::waitUntil([] { return readiness() == busy; }));
-    const PhoneRun run = phone({u"upload"_s, u"--local"_s, own(u"b.bin"_s, "content")});
-    EXPECT_EQ(run.exitCode, 4) << run.errors.constData();
-    client.send(bytes.end());
-    EXPECT_EQ(client.receiveAll(), stored);
-}
-
 TEST_F(Phone, makesNoKeyWhereThereIsNone)
 {
     ASSERT_TRUE(QFile::remove(home_.keyFile()));

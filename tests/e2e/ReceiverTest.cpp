@@ -1,13 +1,15 @@
 #include "ReceiverTest.h"
 
-#include <QProcess>
+#include "support/ChildProcess.h"
+
+#include <QTemporaryDir>
 
 namespace e2e {
 
 QByteArray plainAnswer(const QByteArray& status, const QByteArray& body)
 {
-    return "HTTP/1.1 " + status + "\r\nContent-Type: text/plain\r\nContent-Length: "
-        + QByteArray::number(body.size())
+    return "HTTP/1.1 " + status
+        + "\r\nContent-Type: text/plain\r\nContent-Length: " + QByteArray::number(body.size())
         + "\r\nCache-Control: no-store\r\nConnection: close\r\n\r\n" + body;
 }
 
@@ -49,14 +51,18 @@ std::vector<QByteArray> ReceiverTest::recordsOf(const ferrylane::V4Transfer& tra
 
 PhoneRun ReceiverTest::phone(const QStringList& arguments) const
 {
-    QProcess process;
-    process.setProcessEnvironment(home_.environment());
-    process.start(QStringLiteral(FERRYLANE_PHONE_PROGRAM), arguments);
-    if (!process.waitForFinished(100'000)) {
-        process.kill();
-        process.waitForFinished();
-    }
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    const QTemporaryDir streams;
+    support::Command command;
+    command.program = QStringLiteral(FERRYLANE_PHONE_PROGRAM);
+    command.arguments = arguments;
+    command.environment = home_.environment();
+    command.outputFile = streams.filePath(u"output"_s);
+    command.errorFile = streams.filePath(u"errors"_s);
+    support::ChildProcess process;
+    process.start(command);
+    const auto exitCode = process.waitForEnd(std::chrono::seconds(100));
+    return {exitCode.value_or(-1), support::PrivateHome::contentOf(command.outputFile),
+        support::PrivateHome::contentOf(command.errorFile)};
 }
 
 void ReceiverTest::expectNoTrace() const

@@ -57,8 +57,8 @@ class ReceiverTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(program_.start()) << home_.log().constData(); }
 
-    [[nodiscard]] QByteArray head(const ferrylane::V4Transfer& transfer,
-        const QString& senderName = u"Pixel 8"_s) const;
+    [[nodiscard]] QByteArray head(
+        const ferrylane::V4Transfer& transfer, const QString& senderName = u"Pixel 8"_s) const;
     /// A faultless upload by "Pixel 8".
     [[nodiscard]] UploadBytes upload(const QString& name, const QByteArray& content) const;
     [[nodiscard]] std::vector<QByteArray> recordsOf(const ferrylane::V4Transfer& transfer,

@@ -46,49 +46,12 @@ TEST_F(Stream, chunksMayHoldAnyNumberOfRecords)
 {
     const QByteArray content = support::testContent(5000);
     const QByteArray records = recordStream(content, 100);
-    for (const qsizetype chunkSize : {qsizetype{1}, qsizetype{7}, qsizetype{1000}, records.size()}) {
+    for (const qsizetype chunkSize :
+        {qsizetype{1}, qsizetype{7}, qsizetype{1000}, records.size()}) {
         QByteArray body;
         for (qsizetype start = 0; start < records.size(); start += chunkSize) {
             body += support::chunk(records.mid(start, chunkSize));
         }
         expectStored(body + "0\r\n\r\n", content, "chunks of " + std::to_string(chunkSize));
     }
-}
-
-TEST_F(Stream, chunkSizesMayCarryExtensionsAndCapitals)
-{
-    const QByteArray content = "twenty-six bytes, 0x1A sum";
-    const QByteArray records = recordStream(content, 26);
-    const QByteArray data = records.first(50);
-    const QByteArray end = records.sliced(50);
-    struct Row {
-        const char* what;
-        QByteArray sizeLine;
-    };
-    for (const Row& row : {Row{"plain", "32"}, {"extension", "32;name=value"},
-             {"blanks", " 32\t; a=\"b\""}, {"leading zeros", "00000032"}}) {
-        expectStored(row.sizeLine + "\r\n" + data + "\r\n" + support::chunk(end)
-                + "0;last\r\nTrailer: x\r\n\r\n",
-            content, row.what);
-    }
-    expectStored("6A\r\n" + records + "\r\n0\r\n\r\n", content, "capital digits");
-}
-
-TEST_F(Stream, mayTrickleIn)
-{
-    const UploadBytes bytes = upload(u"slow.bin"_s, "content");
-    support::TcpClient client;
-    for (const char byte : bytes.all()) {
-        ASSERT_TRUE(client.send(QByteArray(1, byte)));
-    }
-    EXPECT_EQ(client.receiveAll(), stored);
-    EXPECT_EQ(home_.received(u"Pixel 8/slow.bin"_s), "content");
-}
-
-TEST_F(Stream, mayEndTogetherWithTheClientsSide)
-{
-    support::TcpClient client;
-    client.send(upload(u"a.bin"_s, "content").all());
-    client.finishSending();
-    EXPECT_EQ(client.receiveAll(), stored);
 }

@@ -1,4 +1,4 @@
-# Gives the layering check one file with one #include at a time and compares its verdict.
+# Gives the layering check a tree with all of these #includes and compares what it reports.
 # Needs CHECK, the script, and SCRATCH, a folder to write to.
 
 cmake_minimum_required(VERSION 3.25)
@@ -41,33 +41,46 @@ set(forbidden
     "tools/phone/main.cpp        |\"app/Window.h\""
     "tools/phone/main.cpp        |<asio.hpp>")
 
-# Sets `passes` to whether the check accepts the row "file |include".
-function(check_row row)
-    string(REGEX MATCH "^([^ ]+) *\\|(.+)$" matched "${row}")
-    file(REMOVE_RECURSE "${SCRATCH}")
-    file(WRITE "${SCRATCH}/${CMAKE_MATCH_1}" "// first\n  #  include ${CMAKE_MATCH_2} // why\n")
-    execute_process(COMMAND "${CMAKE_COMMAND}" -D "ROOT=${SCRATCH}" -P "${CHECK}"
-        RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-    set(passes FALSE PARENT_SCOPE)
-    if(result EQUAL 0)
-        set(passes TRUE PARENT_SCOPE)
-    elseif(NOT output MATCHES "Forbidden includes: 1")
-        message(SEND_ERROR "The check broke on ${row}: ${output}")
-    endif()
-endfunction()
+# Sets `file` and `header` from a row "file |include", the header without its quotes.
+macro(read_row row)
+    string(REGEX MATCH "^([^ ]+) *\\|[<\"](.+)[>\"]$" matched "${row}")
+    set(file ${CMAKE_MATCH_1})
+    set(header ${CMAKE_MATCH_2})
+endmacro()
 
+file(REMOVE_RECURSE "${SCRATCH}")
+foreach(row IN LISTS allowed forbidden)
+    read_row("${row}")
+    string(REGEX REPLACE "^[^|]*\\|" "" include "${row}")
+    file(APPEND "${SCRATCH}/${file}" "  #  include ${include} // why\n")
+endforeach()
+
+execute_process(COMMAND "${CMAKE_COMMAND}" -D "ROOT=${SCRATCH}" -P "${CHECK}"
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+
+list(LENGTH forbidden count)
+if(result EQUAL 0 OR NOT output MATCHES "Forbidden includes: ${count}\n")
+    message(SEND_ERROR "The check should have found ${count}: ${output}")
+endif()
 foreach(row IN LISTS allowed)
-    check_row("${row}")
-    if(NOT passes)
+    read_row("${row}")
+    if(output MATCHES "${file} includes ${header}:")
         message(SEND_ERROR "Refused, though it is allowed: ${row}")
     endif()
 endforeach()
-
 foreach(row IN LISTS forbidden)
-    check_row("${row}")
-    if(passes)
+    read_row("${row}")
+    if(NOT output MATCHES "${file} includes ${header}:")
         message(SEND_ERROR "Accepted, though it is forbidden: ${row}")
     endif()
 endforeach()
 
+# A tree without a fault passes.
+file(REMOVE_RECURSE "${SCRATCH}")
+file(WRITE "${SCRATCH}/src/main.cpp" "#include \"core/Log.h\"\n")
+execute_process(COMMAND "${CMAKE_COMMAND}" -D "ROOT=${SCRATCH}" -P "${CHECK}"
+    RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE output)
+if(NOT result EQUAL 0)
+    message(SEND_ERROR "A tree without a fault was refused: ${output}")
+endif()
 file(REMOVE_RECURSE "${SCRATCH}")

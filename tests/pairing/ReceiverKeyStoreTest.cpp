@@ -51,12 +51,6 @@ protected:
 
 } // namespace
 
-TEST_F(ReceiverKeyStore, namesTheFileWithoutCreatingAnything)
-{
-    EXPECT_EQ(ferrylaneKeyURL(), home_.data() + QStringLiteral("/Ferrylane/receiver-key-v1.bin"));
-    EXPECT_FALSE(platform::itemExists(home_.data()));
-}
-
 TEST_F(ReceiverKeyStore, createsAKeyOnceForItsOwnerAlone)
 {
     const mode_t umaskBefore = ::umask(0);
@@ -90,13 +84,6 @@ TEST_F(ReceiverKeyStore, replacesAFileOfAnotherLength)
         EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U) << length;
     }
     EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
-}
-
-TEST_F(ReceiverKeyStore, makesADifferentKeyEachTime)
-{
-    const QByteArray key = loadedKey();
-    ASSERT_TRUE(platform::removeFile(ferrylaneKeyURL()));
-    EXPECT_NE(loadedKey(), key);
 }
 
 TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFile)

@@ -41,8 +41,7 @@ TEST(Identify, believesNothingElse)
 {
     const QString name = u"Office PC"_s;
     EXPECT_FALSE(provenName(platform::SecretKey::random(), challenge, answerFor(name)));
-    EXPECT_FALSE(
-        provenName(support::testKey(), u"BBECAwQFBgcICQoLDA0ODw"_s, answerFor(name)));
+    EXPECT_FALSE(provenName(support::testKey(), u"BBECAwQFBgcICQoLDA0ODw"_s, answerFor(name)));
     for (const char* const header :
         {"X-Ferrylane-Proof", "X-Ferrylane-Name", "X-Ferrylane-Name-Proof"}) {
         EXPECT_FALSE(provenName(support::testKey(), challenge, forged(header))) << header;

@@ -33,18 +33,6 @@ private:
     QTemporaryDir folder_;
 };
 
-TEST_F(DefaultsStoreTest, KnowsNothingAtFirst)
-{
-    const DefaultsStore store(path());
-    EXPECT_FALSE(store.contains(u"key"_s));
-    EXPECT_FALSE(store.string(u"key"_s));
-    EXPECT_TRUE(store.boolean(u"key"_s, true));
-    EXPECT_FALSE(store.boolean(u"key"_s, false));
-    EXPECT_EQ(store.integer(u"key"_s), 0);
-    EXPECT_TRUE(store.keys().isEmpty());
-    EXPECT_FALSE(itemExists(path()));
-}
-
 TEST_F(DefaultsStoreTest, TextsComeBackUnchanged)
 {
     const QStringList texts{u""_s, u" "_s, u"plain"_s, u"a, b, c"_s, u"\"quoted\""_s,
@@ -108,17 +96,6 @@ TEST_F(DefaultsStoreTest, ValuesReadTheSameBeforeAndAfterARestart)
     }
 }
 
-TEST_F(DefaultsStoreTest, ReadsAFileWrittenByHand)
-{
-    writeFile("[General]\nname=Peter, Paul\nflag=Yes\ncount= 12 \nbroken=@Variant(nonsense)\n");
-    const DefaultsStore store(path());
-    EXPECT_EQ(store.string(u"name"_s), u"Peter, Paul"_s);
-    EXPECT_TRUE(store.boolean(u"flag"_s, false));
-    EXPECT_EQ(store.integer(u"count"_s), 12);
-    EXPECT_TRUE(store.boolean(u"broken"_s, true));
-    EXPECT_FALSE(store.boolean(u"broken"_s, false));
-}
-
 TEST_F(DefaultsStoreTest, WritesEachChangeAtOnceAndCreatesTheFolder)
 {
     const QTemporaryDir folder;
@@ -131,17 +108,6 @@ TEST_F(DefaultsStoreTest, WritesEachChangeAtOnceAndCreatesTheFolder)
     store.remove(u"key"_s);
     EXPECT_EQ(readFile(file, 1000), "[General]\nflag=true\n");
     EXPECT_EQ(store.keys(), QStringList{u"flag"_s});
-}
-
-TEST_F(DefaultsStoreTest, ComesBackAfterItsFolderWasDeleted)
-{
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(u"a/settings.ini"_s);
-    DefaultsStore store(file);
-    store.set(u"one"_s, 1);
-    ASSERT_TRUE(QDir(folder.filePath(u"a"_s)).removeRecursively());
-    store.set(u"two"_s, 2);
-    EXPECT_EQ(DefaultsStore(file).integer(u"two"_s), 2);
 }
 
 TEST_F(DefaultsStoreTest, KeepsValuesForThisRunWhenTheFileCannotBeWritten)
@@ -177,26 +143,6 @@ TEST_F(DefaultsStoreTest, KeepsWhatCanBeReadOfADamagedFile)
         EXPECT_EQ(again.string(u"name"_s), u"Anna"_s) << damage.constData();
         EXPECT_EQ(again.integer(u"port"_s), 8765) << damage.constData();
         EXPECT_EQ(again.string(u"new"_s), u"value"_s) << damage.constData();
-    }
-}
-
-TEST_F(DefaultsStoreTest, SurvivesAnyBytes)
-{
-    std::mt19937 random(20240501);
-    const QByteArray alphabet("[]=\\\"@;,\n\r %x0Aa(\0\xff", 20);
-    for (int round = 0; round < 100; ++round) {
-        QByteArray content;
-        for (int i = 0; i < 80; ++i) {
-            content.append(alphabet[static_cast<qsizetype>(random() % 20U)]);
-        }
-        writeFile(content);
-        DefaultsStore store(path());
-        for (const QString& key : store.keys()) {
-            ASSERT_TRUE(store.contains(key)) << content.toHex().constData();
-            static_cast<void>(store.string(key));
-        }
-        store.set(u"key"_s, round);
-        ASSERT_EQ(store.integer(u"key"_s), round) << content.toHex().constData();
     }
 }
 

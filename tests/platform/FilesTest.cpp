@@ -110,16 +110,6 @@ TEST_F(FilesTest, CreatesFoldersStepByStep)
     EXPECT_EQ(createFolders(QString()), std::errc::no_such_file_or_directory);
 }
 
-TEST_F(FilesTest, CreatesFoldersBelowTheWorkingFolder)
-{
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir().mkdir(path(u"work"_s)));
-    ASSERT_TRUE(QDir::setCurrent(path(u"work"_s)));
-    EXPECT_FALSE(createFolders(u"x/y"_s));
-    ASSERT_TRUE(QDir::setCurrent(before));
-    EXPECT_TRUE(QFileInfo(path(u"work/x/y"_s)).isDir());
-}
-
 TEST_F(FilesTest, FoldersHaveTheModeLessTheUmask)
 {
     ::umask(027);
@@ -145,25 +135,6 @@ TEST_F(FilesTest, ReadsWholeFilesUpToTheLimit)
     EXPECT_FALSE(readFile(path(u"missing"_s), 100));
 }
 
-TEST_F(FilesTest, TakesNoMemoryForAFileBeyondTheLimit)
-{
-    QFile file(path(u"sparse"_s));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(file.resize(Q_INT64_C(1) << 42));
-    EXPECT_FALSE(readFile(path(u"sparse"_s), 100));
-}
-
-TEST_F(FilesTest, ReadsFilesThatTellNoSizeUpToTheLimit)
-{
-    // A file of the process file system: its size reads as 0.
-    const QString file = u"/proc/self/status"_s;
-    const auto content = readFile(file, 1000000);
-    ASSERT_TRUE(content);
-    EXPECT_TRUE(content->contains("\nPid:\t"));
-    EXPECT_TRUE(content->endsWith('\n'));
-    EXPECT_FALSE(readFile(file, 100));
-}
-
 TEST_F(FilesTest, ReadsNothingButRegularFilesAndNeverWaits)
 {
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
@@ -185,15 +156,6 @@ TEST_F(FilesTest, AppendsAndCreatesWithExactlyTheMode)
             EXPECT_EQ(modeOf(file), mode) << "umask " << mask;
         }
     }
-}
-
-TEST_F(FilesTest, AppendingLeavesTheModeOfAFileThatIsThere)
-{
-    const QString file = path(u"file"_s);
-    write(file, "x");
-    ASSERT_FALSE(setMode(file, 0640));
-    ASSERT_FALSE(appendToFile(file, bytesOf("y"), 0600));
-    EXPECT_EQ(modeOf(file), 0640U);
 }
 
 TEST_F(FilesTest, AppendingReportsWhatCannotBeWritten)
@@ -233,20 +195,6 @@ TEST_F(FilesTest, LinesOfSeveralWritersDoNotMix)
     }
 }
 
-TEST_F(FilesTest, RemovesFilesAndLinksButNoFolders)
-{
-    write(path(u"file"_s), "x");
-    link(path(u"file"_s), u"link"_s);
-    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
-
-    EXPECT_TRUE(removeFile(path(u"link"_s)));
-    EXPECT_TRUE(itemExists(path(u"file"_s)));
-    EXPECT_TRUE(removeFile(path(u"file"_s)));
-    EXPECT_FALSE(removeFile(path(u"file"_s)));
-    EXPECT_FALSE(removeFile(path(u"folder"_s)));
-    EXPECT_TRUE(itemExists(path(u"folder"_s)));
-}
-
 TEST_F(FilesTest, ListsRegularFilesOnly)
 {
     const QString folder = path(u"list"_s);
@@ -265,23 +213,6 @@ TEST_F(FilesTest, ListsRegularFilesOnly)
     EXPECT_TRUE(regularFilesIn(path(u"missing"_s)).isEmpty());
     EXPECT_TRUE(regularFilesIn(folder + u"/plain"_s).isEmpty());
     EXPECT_EQ(::unlink(notUtf8.constData()), 0);
-}
-
-TEST_F(FilesTest, SyncsFoldersOnly)
-{
-    write(path(u"file"_s), "x");
-    EXPECT_FALSE(syncFolder(path(QString())));
-    EXPECT_EQ(syncFolder(path(u"file"_s)), std::errc::not_a_directory);
-    EXPECT_EQ(syncFolder(path(u"missing"_s)), std::errc::no_such_file_or_directory);
-}
-
-TEST_F(FilesTest, SetsModes)
-{
-    const QString file = path(u"file"_s);
-    write(file, "x");
-    EXPECT_FALSE(setMode(file, 0600));
-    EXPECT_EQ(modeOf(file), 0600U);
-    EXPECT_EQ(setMode(path(u"missing"_s), 0600), std::errc::no_such_file_or_directory);
 }
 
 } // namespace

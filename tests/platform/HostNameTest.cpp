@@ -42,13 +42,5 @@ TEST(HostNameTest, FirstLabel)
     }
 }
 
-TEST(HostNameTest, ThisComputerHasANameOfOneLine)
-{
-    const QString name = localizedHostName();
-    EXPECT_FALSE(name.isEmpty());
-    EXPECT_FALSE(name.contains(u'\n'));
-    EXPECT_EQ(name, name.trimmed());
-}
-
 } // namespace
 } // namespace platform

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <barrier>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -25,6 +26,11 @@ struct FileSystem {
     const char* name;
     std::vector<support::SystemCallFailure> failures;
 };
+
+void PrintTo(const FileSystem& fileSystem, std::ostream* out)
+{
+    *out << fileSystem.name;
+}
 
 std::string nameOf(const ::testing::TestParamInfo<FileSystem>& instance)
 {

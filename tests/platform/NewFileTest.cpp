@@ -90,36 +90,5 @@ TEST_F(NewFileTest, TellsOfEachFailure)
     EXPECT_EQ(closing.value(), EDQUOT);
 }
 
-TEST_F(NewFileTest, WritesOnWhereTheHintToWriteBackFails)
-{
-    const QByteArray content(20 * 1024 * 1024, 'h');
-    std::error_code writing;
-    ASSERT_TRUE(support::runWithFailures({{SYS_sync_file_range, ENOSYS}}, [&] {
-        std::error_code error;
-        const auto file = NewFile::create(path(u"file"_s), error);
-        ASSERT_TRUE(file);
-        writing = file->write(bytesOf(content));
-    }));
-    EXPECT_FALSE(writing);
-    EXPECT_EQ(QFileInfo(path(u"file"_s)).size(), content.size());
-}
-
-TEST_F(NewFileTest, ClosesOnce)
-{
-    std::error_code error;
-    auto file = NewFile::create(path(u"file"_s), error);
-    ASSERT_TRUE(file);
-    ASSERT_FALSE(file->close());
-    // Takes the number that has become free.
-    const int other = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ASSERT_GE(other, 0);
-
-    EXPECT_FALSE(file->close());
-    EXPECT_EQ(file->write(bytesOf("x")), std::errc::bad_file_descriptor);
-    EXPECT_EQ(file->sync(), std::errc::bad_file_descriptor);
-    file.reset();
-    EXPECT_EQ(::close(other), 0);
-}
-
 } // namespace
 } // namespace platform

@@ -137,8 +137,7 @@ TEST(NotificationCenter, aHandlerMayEndAnotherObservation)
     NotificationCenter center(mainQueue);
     int second = 0;
     NotificationCenter::Observation other;
-    const auto first
-        = center.observe(QStringLiteral("Stopped"), [&](const auto&) { other = {}; });
+    const auto first = center.observe(QStringLiteral("Stopped"), [&](const auto&) { other = {}; });
     other = center.observe(QStringLiteral("Stopped"), [&](const auto&) { ++second; });
     center.post(QStringLiteral("Stopped"));
     mainQueue.runAll();

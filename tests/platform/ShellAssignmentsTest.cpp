@@ -5,28 +5,6 @@
 namespace platform {
 namespace {
 
-TEST(ShellAssignmentsTest, FindsTheLastAssignment)
-{
-    struct Case {
-        const char* text;
-        const char* value;
-    };
-    for (const Case& c : {
-             Case{"", ""},
-             Case{"NAME=one", "one"},
-             Case{"NAME=one\nNAME=two\nOTHER=three\n", "two"},
-             Case{"  NAME=one  \r\n", "one"},
-             Case{"#NAME=one\n", ""},
-             Case{"# a comment\n\nNAME=\"one two\"", "\"one two\""},
-             Case{"OTHER_NAME=one\nNAMES=two\nname=three\n", ""},
-             Case{"NAME=one\nNAME=\n", ""},
-             Case{"NAME=a=b\n", "a=b"},
-             Case{"NAME", ""},
-         }) {
-        EXPECT_EQ(lastAssignment(c.text, "NAME"), QByteArray(c.value)) << c.text;
-    }
-}
-
 TEST(ShellAssignmentsTest, TakesOffQuotesAndEscapes)
 {
     struct Case {

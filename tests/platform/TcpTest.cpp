@@ -1,6 +1,6 @@
 #include "platform/Tcp.h"
 
-#include "support/Client.h"
+#include "support/TcpClient.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 using namespace platform;
 using namespace std::chrono_literals;
-using support::Client;
+using support::TcpClient;
 
 namespace {
 
@@ -52,8 +52,8 @@ protected:
     {
         auto buffer = std::make_shared<ByteBuffer>();
         auto promise = std::make_shared<std::promise<Received>>();
-        connection.receive(*buffer, minimum, maximum,
-            [buffer, promise](bool endOfStream, std::error_code error) {
+        connection.receive(
+            *buffer, minimum, maximum, [buffer, promise](bool endOfStream, std::error_code error) {
                 promise->set_value({toByteArray(buffer->unread()), endOfStream, error});
             });
         return promise->get_future();
@@ -69,7 +69,7 @@ protected:
 TEST_F(TcpTest, carriesBytesBothWays)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     client.send("hello");
     const auto connection = accepted();
     const Received received = receive(*connection, 1, 100).get();
@@ -83,7 +83,7 @@ TEST_F(TcpTest, carriesBytesBothWays)
 TEST_F(TcpTest, receivesNoLessThanTheMinimumAndNoMoreThanTheMaximum)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     client.send("abc");
     const auto connection = accepted();
     auto six = receive(*connection, 6, 6);
@@ -102,7 +102,7 @@ TEST_F(TcpTest, receivesNoLessThanTheMinimumAndNoMoreThanTheMaximum)
 TEST_F(TcpTest, cancelEndsAPendingReceiveWithAnError)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     const auto connection = accepted();
     auto pending = receive(*connection, 1, 100);
     connection->cancel();
@@ -114,7 +114,7 @@ TEST_F(TcpTest, cancelEndsAPendingReceiveWithAnError)
 TEST_F(TcpTest, theLastMessageArrivesAlthoughUnreadBytesAreThere)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     client.send(QByteArray(200000, 'x'));
     accepted()->sendLast("refused");
     client.send(QByteArray(200000, 'y'));
@@ -124,7 +124,7 @@ TEST_F(TcpTest, theLastMessageArrivesAlthoughUnreadBytesAreThere)
 TEST_F(TcpTest, closesAPeerThatKeepsItsSideOpen)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     accepted()->sendLast("bye");
     EXPECT_EQ(client.receiveAll(), "bye");
     // The peer's kernel answers with a reset once the other side has closed for good.
@@ -138,7 +138,7 @@ TEST_F(TcpTest, closesAPeerThatKeepsItsSideOpen)
 TEST_F(TcpTest, aPortInUseIsAFailedStateAndAFreedOneIsFreeAtOnce)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
-    Client client(testPort);
+    TcpClient client(testPort);
     client.send("x");
     const auto connection = accepted();
     {
@@ -171,7 +171,7 @@ TEST_F(TcpTest, noConnectionIsHandedOutAfterCancel)
         listener->start([&](TcpListener::State, std::error_code) { ready.set_value(); },
             [cancelled, late](const auto&) { *late += *cancelled ? 1 : 0; });
         ready.get_future().wait();
-        std::thread client([] { const Client peer(testPort); });
+        std::thread client([] { const TcpClient peer(testPort); });
         listener->cancel();
         *cancelled = true;
         client.join();
@@ -184,7 +184,8 @@ TEST_F(TcpTest, connectsOutwards)
     ASSERT_EQ(listen().state, TcpListener::State::ready);
     const auto connection = network_->connection(QStringLiteral("127.0.0.1"), testPort);
     std::promise<TcpConnection::State> reached;
-    connection->start([&](TcpConnection::State state, std::error_code) { reached.set_value(state); });
+    connection->start(
+        [&](TcpConnection::State state, std::error_code) { reached.set_value(state); });
     ASSERT_EQ(reached.get_future().get(), TcpConnection::State::ready);
 
     std::promise<std::error_code> sent;

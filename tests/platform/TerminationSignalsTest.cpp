@@ -50,28 +50,6 @@ TEST(TerminationSignalsTest, CallsTheHandlerOnTheEventLoop)
     }
 }
 
-TEST(TerminationSignalsTest, EndsTheWaitOfTheEventLoop)
-{
-    bool called = false;
-    const TerminationSignals watcher([&] { called = true; });
-    std::thread other([] {
-        std::this_thread::sleep_for(30ms);
-        ::kill(::getpid(), SIGTERM);
-    });
-    processEventsUntil([&] { return called; });
-    other.join();
-    EXPECT_TRUE(called);
-}
-
-TEST(TerminationSignalsTest, PutsBackWhatWasThere)
-{
-    {
-        const TerminationSignals watcher([] {});
-        EXPECT_TRUE(isHandled(SIGINT) && isHandled(SIGTERM) && isHandled(SIGHUP));
-    }
-    EXPECT_FALSE(isHandled(SIGINT) || isHandled(SIGTERM) || isHandled(SIGHUP));
-}
-
 TEST(TerminationSignalsTest, LeavesIgnoredSignalsIgnored)
 {
     std::signal(SIGHUP, SIG_IGN);
@@ -81,28 +59,6 @@ TEST(TerminationSignalsTest, LeavesIgnoredSignalsIgnored)
         EXPECT_TRUE(isHandled(SIGTERM));
     }
     EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
-}
-
-TEST(TerminationSignalsTest, ASignalOfThePastDoesNotReachTheNextObject)
-{
-    {
-        const TerminationSignals watcher([] { ADD_FAILURE(); });
-        ::raise(SIGTERM);
-    }
-    int calls = 0;
-    const TerminationSignals watcher([&] { ++calls; });
-    QCoreApplication::processEvents();
-    EXPECT_EQ(calls, 0);
-    ::raise(SIGTERM);
-    processEventsUntil([&] { return calls > 0; });
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(TerminationSignalsTest, ThereIsOneAtATime)
-{
-    const TerminationSignals watcher([] {});
-    EXPECT_THROW(TerminationSignals([] {}), std::logic_error);
-    EXPECT_TRUE(isHandled(SIGTERM));
 }
 
 void raiseTwice(int first, int second)

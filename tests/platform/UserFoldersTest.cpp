@@ -53,11 +53,6 @@ TEST(DownloadFolderTest, IsWhatTheFileNames)
     }
 }
 
-TEST(DownloadFolderTest, LiesBelowARootThatIsTheHome)
-{
-    EXPECT_EQ(downloadFolderIn(R"(XDG_DOWNLOAD_DIR="$HOME/in")", u"/"_s), u"//in"_s);
-}
-
 class UserFoldersTest : public ::testing::Test {
 protected:
     support::EnvironmentVariable home_{"HOME", "/home/u"};
@@ -109,25 +104,6 @@ TEST_F(UserFoldersTest, LieBelowTheHomeFolder)
     }
     home_.unset();
     EXPECT_EQ(userConfigFolder(), recorded + u"/.config"_s);
-}
-
-TEST_F(UserFoldersTest, DownloadsFollowTheFileOfTheMoment)
-{
-    const QTemporaryDir home;
-    home_.set(QFile::encodeName(home.path()));
-    EXPECT_EQ(userDownloadsFolder(), home.filePath(u"Downloads"_s));
-
-    ASSERT_FALSE(createFolders(home.filePath(u".config"_s)));
-    ASSERT_FALSE(writeFileAtomically(home.filePath(u".config/user-dirs.dirs"_s),
-        bytesOf("XDG_DOWNLOAD_DIR=\"$HOME/In\"\n"), 0600));
-    EXPECT_EQ(userDownloadsFolder(), home.filePath(u"In"_s));
-
-    const QTemporaryDir config;
-    config_.set(QFile::encodeName(config.path()));
-    EXPECT_EQ(userDownloadsFolder(), home.filePath(u"Downloads"_s));
-    ASSERT_FALSE(writeFileAtomically(
-        config.filePath(u"user-dirs.dirs"_s), bytesOf("XDG_DOWNLOAD_DIR=\"/mnt/In\"\n"), 0600));
-    EXPECT_EQ(userDownloadsFolder(), u"/mnt/In"_s);
 }
 
 } // namespace

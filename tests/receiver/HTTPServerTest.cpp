@@ -1,9 +1,9 @@
 #include "receiver/HTTPServer.h"
 
+#include "ServiceFixture.h"
 #include "core/Notifications.h"
 #include "core/Service.h"
-#include "support/Client.h"
-#include "ServiceFixture.h"
+#include "support/TcpClient.h"
 #include "support/UploadStream.h"
 
 #include <QFile>
@@ -12,9 +12,9 @@
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
-using support::Client;
-using support::exchange;
+using support::answerTo;
 using support::summary;
+using support::TcpClient;
 
 namespace {
 
@@ -30,10 +30,10 @@ TEST_F(HTTPServerTest, startingAndStoppingTwiceChangesNothing)
     server().startService();
     server().stopService();
     server().stopService();
-    EXPECT_FALSE(Client().isConnected());
+    EXPECT_FALSE(support::isListening());
     server().startService();
     ASSERT_TRUE(waitUntilReady(2));
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
     EXPECT_EQ(logCount("Ferrylane service started"), 1);
     EXPECT_EQ(logCount("Ferrylane service stopped"), 1);
     EXPECT_EQ(responder().starts, 2);
@@ -47,14 +47,14 @@ TEST_F(HTTPServerTest, aBurstOfRebindsReopensOnce)
     mainQueue().advance(500ms);
     server().rebindAfterNetworkChange(QStringLiteral("network path/IP change"));
     mainQueue().advance(700ms);
-    EXPECT_FALSE(Client().isConnected());
+    EXPECT_FALSE(support::isListening());
     EXPECT_EQ(logCount("network rebind completed"), 0);
     mainQueue().advance(50ms);
     ASSERT_TRUE(waitUntilReady(2));
     mainQueue().advance(5s);
     EXPECT_EQ(logCount("Rebinding Ferrylane after "), 2);
     EXPECT_EQ(logCount("Ferrylane network rebind completed"), 1);
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
 
 TEST_F(HTTPServerTest, aStopWithinARebindKeepsTheSocketsClosed)
@@ -63,7 +63,7 @@ TEST_F(HTTPServerTest, aStopWithinARebindKeepsTheSocketsClosed)
     server().rebindAfterNetworkChange(QStringLiteral("system wake"));
     server().stopService();
     mainQueue().advance(5s);
-    EXPECT_FALSE(Client().isConnected());
+    EXPECT_FALSE(support::isListening());
     EXPECT_EQ(responder().starts, 1);
 
     server().rebindAfterNetworkChange(QStringLiteral("system wake"));
@@ -126,7 +126,7 @@ TEST_F(HTTPServerTest, isAnnouncedWhileReadyAndVisible)
     EXPECT_EQ(logCount("Bonjour advertisement refreshed as "), 1);
     server().stopService();
     server().refreshAdvertisement();
-    EXPECT_FALSE(Client().isConnected());
+    EXPECT_FALSE(support::isListening());
 }
 
 TEST_F(HTTPServerTest, anAnnouncementThatComesTooLateIsDropped)
@@ -153,19 +153,20 @@ TEST_F(HTTPServerTest, aPortInUseIsLoggedAndTheServiceLivesOn)
     server().rebindAfterNetworkChange(QStringLiteral("system wake"));
     mainQueue().advance(1s);
     ASSERT_TRUE(waitUntilReady(1));
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
 
 TEST_F(HTTPServerTest, creationFailsWithTheRespondersError)
 {
     responder().failing = true;
     EXPECT_THROW(createServer(), std::system_error);
-    EXPECT_FALSE(Client().isConnected());
+    EXPECT_FALSE(support::isListening());
 }
 
 TEST_F(HTTPServerTest, removesWhatACrashHasLeftAndNothingElse)
 {
-    const QStringList stale{QStringLiteral(".6F9619FF-8B86-D011-B42D-00CF4FC964FF.ferrylane-v4-part"),
+    const QStringList stale{
+        QStringLiteral(".6F9619FF-8B86-D011-B42D-00CF4FC964FF.ferrylane-v4-part"),
         QStringLiteral(".00000000-0000-0000-0000-000000000000.ferrylane-v4-part")};
     const QStringList others{QStringLiteral("photo.jpg"), QStringLiteral(".hidden"),
         QStringLiteral("6F9619FF-8B86-D011-B42D-00CF4FC964FF.ferrylane-v4-part"),
@@ -192,10 +193,10 @@ TEST_F(HTTPServerTest, removesWhatACrashHasLeftAndNothingElse)
 TEST_F(HTTPServerTest, whoeverHasNotFinishedARequestIsCutOffByAStop)
 {
     startServer();
-    Client half;
+    TcpClient half;
     half.send("GET /transfer");
     // Served after it, so the half request has arrived.
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
     server().stopService();
     EXPECT_EQ(half.receiveAll(), "");
 }
@@ -203,12 +204,12 @@ TEST_F(HTTPServerTest, whoeverHasNotFinishedARequestIsCutOffByAStop)
 TEST_F(HTTPServerTest, theOldestOfTooManyHalfRequestsAreDropped)
 {
     startServer();
-    std::vector<Client> clients;
+    std::vector<TcpClient> clients;
     for (std::size_t i = 0; i < maximumIncompleteHeads + 10; ++i) {
         clients.emplace_back();
         ASSERT_TRUE(clients.back().send("GET /transfer-sta"));
     }
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
     // The one that asked for the status took a place as well.
     for (std::size_t i = 0; i < 11; ++i) {
         EXPECT_EQ(clients[i].receiveAll(), "") << i;

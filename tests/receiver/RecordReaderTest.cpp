@@ -110,7 +110,8 @@ TEST(RecordReader, opensFilesOfEveryAwkwardSize)
         SCOPED_TRACE(size);
         const QByteArray content = testContent(size);
         const V4Transfer transfer = testTransfer(size);
-        const Outcome outcome = read(joined(sealedRecords(testKey(), transfer, content)), transfer, 65536);
+        const Outcome outcome
+            = read(joined(sealedRecords(testKey(), transfer, content)), transfer, 65536);
         EXPECT_EQ(outcome.failure, "");
         EXPECT_TRUE(outcome.content == content);
     }
@@ -174,8 +175,8 @@ TEST(RecordReader, tellsEveryFaultHoweverTheStreamIsCut)
             "Invalid final record"},
         {"final record changed", changedAt(whole, whole.size() - 20), "Authentication failed"},
         {"final record of a longer file", r[0] + r[1] + r[3], "Authentication failed"},
-        {"digest of something else",
-            r[0] + r[1] + r[2] + finalRecord(QByteArray(32, 'd'), 3), "SHA-256 mismatch"},
+        {"digest of something else", r[0] + r[1] + r[2] + finalRecord(QByteArray(32, 'd'), 3),
+            "SHA-256 mismatch"},
         {"final record twice", whole + r[3], "Duplicate final record"},
         {"data behind the final record", whole + r[0], "Data after final record"},
     };

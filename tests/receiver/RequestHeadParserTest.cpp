@@ -132,7 +132,8 @@ TEST(RequestHeadParser, readsTheHeaders)
     };
     for (const auto& row : rows) {
         for (const std::size_t fragmentSize : support::fragmentSizes) {
-            SCOPED_TRACE(std::string(row.headers) + ", fragments of " + std::to_string(fragmentSize));
+            SCOPED_TRACE(
+                std::string(row.headers) + ", fragments of " + std::to_string(fragmentSize));
             const Parsed parsed = parse(withHeaders(row.headers), fragmentSize);
             ASSERT_TRUE(parsed.head);
             EXPECT_EQ(row.field(*parsed.head), text(row.expected));
@@ -176,8 +177,7 @@ TEST(RequestHeadParser, keepsToItsLimits)
         {"name with a line feed", withHeaders("X-Filename: a\nb"),
             "400 Bad Request|Invalid filename"},
         {"bytes that are not UTF-8", withHeaders("A: \xFF"), "400 Bad Request|Invalid headers"},
-        {"a surrogate in UTF-8", withHeaders("A: \xED\xA0\x80"),
-            "400 Bad Request|Invalid headers"},
+        {"a surrogate in UTF-8", withHeaders("A: \xED\xA0\x80"), "400 Bad Request|Invalid headers"},
     };
     for (const auto& row : rows) {
         for (const std::size_t size : support::fragmentSizes) {

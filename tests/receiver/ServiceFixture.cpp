@@ -37,8 +37,8 @@ void ServiceFixture::observe(QLatin1StringView name)
 
 void ServiceFixture::createServer()
 {
-    server_ = std::make_unique<HTTPServer>(HTTPServer::Collaborators{
-        *network_, mainQueue_, center_, clock_, responder_, advertiser_});
+    server_ = std::make_unique<HTTPServer>(
+        HTTPServer::Collaborators{*network_, mainQueue_, center_, clock_, responder_, advertiser_});
 }
 
 void ServiceFixture::startServer()
@@ -69,8 +69,9 @@ QString ServiceFixture::received(const QString& name)
 
 QStringList ServiceFixture::receivedItems()
 {
-    return QDir(receiveDir()).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    return QDir(receiveDir())
+        .entryList(
+            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 int ServiceFixture::logCount(const QByteArray& text)

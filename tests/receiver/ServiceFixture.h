@@ -44,8 +44,8 @@ public:
     bool announced = false;
 };
 
-/// The receiver service in a home of its own, on real sockets, with a main queue and a clock that the
-/// test runs by hand.
+/// The receiver service in a home of its own, on real sockets, with a main queue and a clock that
+/// the test runs by hand.
 class ServiceFixture : public ::testing::Test {
 protected:
     ServiceFixture();

@@ -1,7 +1,7 @@
 #include "ServiceFixture.h"
 #include "core/StoragePaths.h"
 #include "pairing/ReceiverKeyStore.h"
-#include "support/Client.h"
+#include "support/TcpClient.h"
 #include "support/UploadStream.h"
 
 #include <QDir>
@@ -11,9 +11,9 @@
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
-using support::Client;
-using support::exchange;
+using support::answerTo;
 using support::summary;
+using support::TcpClient;
 
 namespace {
 
@@ -38,8 +38,7 @@ protected:
     [[nodiscard]] QByteArray uploadBegun() const
     {
         const V4Transfer transfer = support::testTransfer(30);
-        const auto records
-            = support::sealedRecords(*key_, transfer, support::testContent(30), 10);
+        const auto records = support::sealedRecords(*key_, transfer, support::testContent(30), 10);
         return uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8"))
             + support::chunk(records.front());
     }
@@ -55,9 +54,8 @@ protected:
 
     [[nodiscard]] bool waitForNotification(const QString& start)
     {
-        return mainQueue().waitFor([&] {
-            return !notifications().empty() && notifications().back().startsWith(start);
-        });
+        return mainQueue().waitFor(
+            [&] { return !notifications().empty() && notifications().back().startsWith(start); });
     }
 
     [[nodiscard]] static QByteArray content(const QString& item)
@@ -74,7 +72,7 @@ protected:
 TEST_F(V4ReceiverTest, storesAFileAndTellsOfIt)
 {
     const QByteArray bytes = support::testContent(100000);
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("a/b.txt"), bytes))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("a/b.txt"), bytes))), "200 OK|OK SHA256");
     ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
     EXPECT_EQ(notifications(),
         (std::vector<QString>{QStringLiteral("FerrylaneStarted=a_b.txt"),
@@ -86,7 +84,7 @@ TEST_F(V4ReceiverTest, storesAFileAndTellsOfIt)
     EXPECT_EQ(server().lastReceivedFile()->path, received(QStringLiteral("Pixel 8/a_b.txt")));
     EXPECT_EQ(server().lastReceivedFile()->size, 100000);
     EXPECT_EQ(logCount("Secure V4 received 100000 bytes to "), 1);
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
 
 TEST_F(V4ReceiverTest, reportsProgressInStepsAndSpeedOnceASecond)
@@ -94,7 +92,7 @@ TEST_F(V4ReceiverTest, reportsProgressInStepsAndSpeedOnceASecond)
     const QByteArray bytes = support::testContent(100);
     const V4Transfer transfer = support::testTransfer(100);
     const auto records = support::sealedRecords(*key_, transfer, bytes, 1);
-    Client client;
+    TcpClient client;
     client.send(uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8")));
     waitUntilStarted();
     for (std::size_t i = 0; i < records.size(); ++i) {
@@ -122,18 +120,19 @@ TEST_F(V4ReceiverTest, reportsProgressInStepsAndSpeedOnceASecond)
     EXPECT_EQ(steps.size(), 42U);
     // At the start, over the first 51 bytes in two seconds, and on the whole.
     EXPECT_EQ(speeds,
-        (std::vector<QString>{QStringLiteral("0"), QStringLiteral("2.55e-05"),
-            QStringLiteral("5e-05")}));
+        (std::vector<QString>{
+            QStringLiteral("0"), QStringLiteral("2.55e-05"), QStringLiteral("5e-05")}));
 }
 
 TEST_F(V4ReceiverTest, withoutASizeThereAreNoSteps)
 {
     V4Transfer transfer = support::testTransfer(-1);
-    EXPECT_EQ(summary(exchange(support::uploadRequest(*key_, transfer, support::testContent(50)))),
+    EXPECT_EQ(summary(answerTo(support::uploadRequest(*key_, transfer, support::testContent(50)))),
         "200 OK|OK SHA256");
     ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
-    EXPECT_EQ(std::count_if(notifications().begin(), notifications().end(),
-                  [](const QString& n) { return n.startsWith(QStringLiteral("FerrylaneProgress")); }),
+    EXPECT_EQ(
+        std::count_if(notifications().begin(), notifications().end(),
+            [](const QString& n) { return n.startsWith(QStringLiteral("FerrylaneProgress")); }),
         2);
 }
 
@@ -141,7 +140,7 @@ TEST_F(V4ReceiverTest, neverReplacesAFile)
 {
     const QString name = QStringLiteral("report.txt");
     for (const char* bytes : {"one", "two", "three"}) {
-        EXPECT_EQ(summary(exchange(upload(name, bytes))), "200 OK|OK SHA256");
+        EXPECT_EQ(summary(answerTo(upload(name, bytes))), "200 OK|OK SHA256");
     }
     EXPECT_EQ(content(QStringLiteral("Pixel 8/report.txt")), "one");
     EXPECT_EQ(content(QStringLiteral("Pixel 8/report (1).txt")), "two");
@@ -163,55 +162,55 @@ TEST_F(V4ReceiverTest, aFaultLeavesNothingBehind)
             "400 Bad Request|Authenticated completion record missing"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(summary(exchange(row.request)), row.answer);
+        EXPECT_EQ(summary(answerTo(row.request)), row.answer);
         EXPECT_EQ(receivedItems(), QStringList());
         const QString reason = QString::fromUtf8(row.answer).section(u'|', 1);
         ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped=") + reason));
         EXPECT_EQ(logCount("Secure V4 receive failed: " + reason.toUtf8()), 1);
-        EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+        EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
     }
 }
 
 TEST_F(V4ReceiverTest, thePeerMayCloseItsSideWithTheLastChunk)
 {
-    Client client;
+    TcpClient client;
     client.send(upload(QStringLiteral("photo.jpg"), "abc"));
     client.finishSending();
     EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
 
-    Client early;
+    TcpClient early;
     early.send(upload(QStringLiteral("photo.jpg"), "abc").chopped(5));
     early.finishSending();
-    EXPECT_EQ(summary(early.receiveAll()),
-        "400 Bad Request|Connection closed before final HTTP chunk");
+    EXPECT_EQ(
+        summary(early.receiveAll()), "400 Bad Request|Connection closed before final HTTP chunk");
 }
 
 TEST_F(V4ReceiverTest, oneUploadAtATime)
 {
-    Client first;
+    TcpClient first;
     first.send(uploadBegun());
     waitUntilStarted();
-    EXPECT_EQ(summary(exchange(statusRequest)), "409 Conflict|BUSY");
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
     first.reset();
     ASSERT_TRUE(waitForNotification(
         QStringLiteral("FerrylaneStopped=Connection error: Connection reset by peer")));
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
 }
 
 TEST_F(V4ReceiverTest, refusesUploadsWhileSending)
 {
     server().setOutboundBusy(true);
-    EXPECT_EQ(summary(exchange(statusRequest)), "409 Conflict|BUSY");
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "409 Conflict|BUSY");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
     server().setOutboundBusy(false);
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
 }
 
 TEST_F(V4ReceiverTest, aCancelledUploadLeavesNothingBehind)
 {
     for (int i = 1; i <= 5; ++i) {
-        Client client;
+        TcpClient client;
         client.send(uploadBegun());
         waitUntilStarted(static_cast<std::size_t>(i));
         EXPECT_TRUE(server().hasActiveTransfer());
@@ -223,18 +222,18 @@ TEST_F(V4ReceiverTest, aCancelledUploadLeavesNothingBehind)
         EXPECT_EQ(receivedItems(), QStringList());
     }
     server().cancelActiveTransfer();
-    EXPECT_EQ(summary(exchange(statusRequest)), "200 OK|READY");
+    EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
 
 TEST_F(V4ReceiverTest, aCancelledUploadDoesNotFreeTheServiceOfTheNext)
 {
     for (int i = 0; i < 20; ++i) {
-        Client first;
+        TcpClient first;
         first.send(uploadBegun());
         waitUntilStarted(static_cast<std::size_t>(2 * i + 1));
         server().cancelActiveTransfer();
         // Admitted although the first has not heard of its end yet.
-        Client second;
+        TcpClient second;
         second.send(uploadBegun());
         waitUntilStarted(static_cast<std::size_t>(2 * i + 2));
         ASSERT_TRUE(mainQueue().waitFor([&] { return logCount("receive failed") == 2 * i + 1; }));
@@ -246,7 +245,7 @@ TEST_F(V4ReceiverTest, aCancelledUploadDoesNotFreeTheServiceOfTheNext)
 
 TEST_F(V4ReceiverTest, aStopCutsAnUploadOff)
 {
-    Client client;
+    TcpClient client;
     client.send(uploadBegun());
     waitUntilStarted();
     server().stopService();
@@ -259,7 +258,7 @@ TEST_F(V4ReceiverTest, aRebindLeavesAnUploadAlone)
 {
     const QByteArray bytes = support::testContent(5000);
     const QByteArray request = upload(QStringLiteral("photo.jpg"), bytes);
-    Client client;
+    TcpClient client;
     client.send(request.first(3000));
     waitUntilStarted();
     server().rebindAfterNetworkChange(QStringLiteral("system wake"));
@@ -270,7 +269,7 @@ TEST_F(V4ReceiverTest, aRebindLeavesAnUploadAlone)
 
 TEST_F(V4ReceiverTest, destroyingTheServiceEndsAnUploadForGood)
 {
-    Client client;
+    TcpClient client;
     client.send(uploadBegun());
     waitUntilStarted();
     destroyServer();
@@ -288,12 +287,12 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeginLeavesTheServiceFree)
         QFile inTheWay(folder);
         ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     }
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))),
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))),
         "500 Internal Server Error|Cannot create destination");
     mainQueue().runAll();
     EXPECT_TRUE(notifications().empty());
     ASSERT_TRUE(QFile::remove(folder));
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
 }
 
 TEST_F(V4ReceiverTest, anUploadThatCannotBeStoredIsRefusedWithTheCauseInTheLog)
@@ -301,15 +300,15 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeStoredIsRefusedWithTheCauseInTheLog)
     // The sender's folder cannot be made where there is a file.
     QFile inTheWay(received(QStringLiteral("Pixel 8")));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    EXPECT_EQ(summary(exchange(upload(QStringLiteral("x"), "x"))),
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))),
         "500 Internal Server Error|Cannot finalize destination");
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
     EXPECT_EQ(logCount("Could not store the upload: Not a directory"), 1);
     ASSERT_TRUE(inTheWay.remove());
 
     const QString longest(255, u'n');
-    EXPECT_EQ(summary(exchange(upload(longest, "x"))), "200 OK|OK SHA256");
-    EXPECT_EQ(summary(exchange(upload(longest + u'n', "x"))),
+    EXPECT_EQ(summary(answerTo(upload(longest, "x"))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(longest + u'n', "x"))),
         "500 Internal Server Error|Cannot finalize destination");
     EXPECT_EQ(logCount("Could not store the upload: File name too long"), 1);
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});

@@ -42,7 +42,8 @@ TEST(V4Stream, sealsRecordsInTheDocumentedLayout)
     // Opened by hand: nonce, associated data and tag stand where a phone expects them.
     platform::Aes256Gcm cipher(support::testKey());
     std::array<std::byte, 2> plaintext{};
-    const QByteArray data = "Ferrylane-v4\n6F9619FF-8B86-D011-B42D-00CF4FC964FF\nphoto.jpg\n3\n0\n2";
+    const QByteArray data
+        = "Ferrylane-v4\n6F9619FF-8B86-D011-B42D-00CF4FC964FF\nphoto.jpg\n3\n0\n2";
     EXPECT_EQ(cipher.open(makeNonce(support::testTransfer(3).noncePrefix, 0),
                   platform::bytesOf(data), platform::bytesOf(records[0].mid(8)), plaintext),
         2U);

@@ -53,8 +53,7 @@ std::shared_ptr<platform::DelayedTask> ManualQueue::after(platform::Duration del
 
 void ManualQueue::runAll()
 {
-    while (runOne()) {
-    }
+    while (runOne()) {}
 }
 
 bool ManualQueue::runOne()
@@ -106,8 +105,8 @@ bool ManualQueue::waitFor(const std::function<bool()>& done)
 std::size_t ManualQueue::delayedCount() const
 {
     const std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(std::count_if(
-        delayed_.begin(), delayed_.end(), [](const auto& entry) { return entry.second->isPending(); }));
+    return static_cast<std::size_t>(std::count_if(delayed_.begin(), delayed_.end(),
+        [](const auto& entry) { return entry.second->isPending(); }));
 }
 
 } // namespace support

@@ -40,7 +40,8 @@ public:
 
     /// Runs what is waiting, and what that adds, until nothing is left.
     void runAll();
-    /// Lets `duration` pass, running the delayed tasks that become due, in the order of their times.
+    /// Lets `duration` pass, running the delayed tasks that become due, in the order of their
+    /// times.
     void advance(platform::Duration duration);
     /// Runs tasks as they come from other threads until `done` holds; false after ten seconds.
     [[nodiscard]] bool waitFor(const std::function<bool()>& done);

@@ -16,15 +16,11 @@ namespace support {
 
 namespace {
 
-constexpr int patienceMilliseconds
-    = static_cast<int>(std::chrono::milliseconds(patience).count());
-
-// What follows runs between fork and exec: no allocation, no locks.
+// What follows runs in the child, before the program.
 
 bool enterMountNamespace()
 {
-    return unshare(CLONE_NEWNS) == 0
-        && mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return unshare(CLONE_NEWNS) == 0 && mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 void mountSmallDisk(const char* path)
@@ -48,16 +44,9 @@ bool canMount()
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-ProgramUnderTest::ProgramUnderTest(const QString& program, const PrivateHome& home) : home_(home)
+ProgramUnderTest::ProgramUnderTest(const QString& program, const PrivateHome& home)
+    : home_(home), program_(program)
 {
-    process_.setProgram(program);
-    process_.setProcessEnvironment(home.environment());
-    process_.setProcessChannelMode(QProcess::ForwardedChannels);
-}
-
-ProgramUnderTest::~ProgramUnderTest()
-{
-    if (isRunning()) kill();
 }
 
 bool ProgramUnderTest::start(const Scarcity& scarcity)
@@ -70,37 +59,33 @@ bool ProgramUnderTest::startUntilLogged(const QByteArray& text, const Scarcity& 
     logStart_ = home_.log().size();
     const QByteArray disk = QFile::encodeName(scarcity.smallDisk.value_or(QString()));
     if (!disk.isEmpty()) QDir().mkpath(*scarcity.smallDisk);
-    process_.setChildProcessModifier([scarcity, disk] {
+    Command command;
+    command.program = program_;
+    command.environment = home_.environment();
+    command.beforeProgram = [&scarcity, &disk] {
         if (!disk.isEmpty()) mountSmallDisk(disk.constData());
         if (scarcity.descriptors) limit(RLIMIT_NOFILE, *scarcity.descriptors);
         if (scarcity.bytesInFile) {
             std::signal(SIGXFSZ, SIG_IGN);
             limit(RLIMIT_FSIZE, *scarcity.bytesInFile);
         }
-    });
-    process_.start();
-    return process_.waitForStarted(patienceMilliseconds) && waitForLog(text);
+    };
+    process_.start(command);
+    return waitForLog(text);
 }
 
 std::optional<int> ProgramUnderTest::terminate()
 {
-    process_.terminate();
-    if (!process_.waitForFinished(patienceMilliseconds)) return std::nullopt;
-    if (process_.exitStatus() != QProcess::NormalExit) return std::nullopt;
-    return process_.exitCode();
-}
-
-void ProgramUnderTest::kill()
-{
-    process_.kill();
-    process_.waitForFinished(patienceMilliseconds);
+    process_.signal(SIGTERM);
+    return process_.waitForEnd(patience);
 }
 
 std::chrono::milliseconds ProgramUnderTest::processorTime() const
 {
     const QByteArray stat
         = PrivateHome::contentOf(QStringLiteral("/proc/%1/stat").arg(processId()));
-    // The second field, the name in brackets, may hold blanks. utime and stime are fields 14 and 15.
+    // The second field, the name in brackets, may hold blanks. utime and stime are fields 14
+    // and 15.
     const auto fields = stat.sliced(stat.lastIndexOf(')') + 2).split(' ');
     const qint64 ticks = fields[11].toLongLong() + fields[12].toLongLong();
     return std::chrono::milliseconds(ticks * 1000 / sysconf(_SC_CLK_TCK));

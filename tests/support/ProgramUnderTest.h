@@ -1,8 +1,7 @@
 #pragma once
 
+#include "support/ChildProcess.h"
 #include "support/PrivateHome.h"
-
-#include <QProcess>
 
 #include <chrono>
 #include <optional>
@@ -27,9 +26,6 @@ class ProgramUnderTest {
 public:
     /// `home` must outlive this.
     ProgramUnderTest(const QString& program, const PrivateHome& home);
-    ~ProgramUnderTest();
-    ProgramUnderTest(const ProgramUnderTest&) = delete;
-    ProgramUnderTest& operator=(const ProgramUnderTest&) = delete;
 
     /// Starts it and waits until its log says that the port is open.
     [[nodiscard]] bool start(const Scarcity& scarcity = {});
@@ -39,10 +35,10 @@ public:
     /// Sends SIGTERM and returns the exit code; none when it does not end by itself in time.
     [[nodiscard]] std::optional<int> terminate();
     /// Sends SIGKILL and waits until it is gone.
-    void kill();
+    void kill() { process_.kill(); }
 
-    [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
-    [[nodiscard]] qint64 processId() const { return process_.processId(); }
+    [[nodiscard]] bool isRunning() { return process_.isRunning(); }
+    [[nodiscard]] pid_t processId() const { return process_.processId(); }
     /// Processor time so far, user and system.
     [[nodiscard]] std::chrono::milliseconds processorTime() const;
 
@@ -52,7 +48,8 @@ public:
 
 private:
     const PrivateHome& home_;
-    QProcess process_;
+    QString program_;
+    ChildProcess process_;
     qsizetype logStart_ = 0;
 };
 

@@ -26,7 +26,8 @@ void setPatience(int descriptor)
 
 } // namespace
 
-TcpClient::TcpClient(std::uint16_t port) : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+TcpClient::TcpClient(std::uint16_t port)
+    : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     setPatience(descriptor_);
     sockaddr_in address{};
@@ -96,11 +97,29 @@ void TcpClient::reset()
     close(std::exchange(descriptor_, -1));
 }
 
+bool isListening(std::uint16_t port)
+{
+    try {
+        const TcpClient client(port);
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
 QByteArray answerTo(const QByteArray& request)
 {
     TcpClient client;
     client.send(request);
     return client.receiveAll();
+}
+
+QByteArray summary(const QByteArray& answer)
+{
+    const QByteArray statusLine = answer.left(answer.indexOf("\r\n"));
+    const qsizetype headEnd = answer.indexOf("\r\n\r\n");
+    return statusLine.mid(statusLine.indexOf(' ') + 1) + '|'
+        + (headEnd < 0 ? QByteArray() : answer.mid(headEnd + 4));
 }
 
 } // namespace support

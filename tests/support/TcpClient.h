@@ -34,7 +34,13 @@ private:
     int descriptor_;
 };
 
+/// Whether something accepts connections on 127.0.0.1.
+[[nodiscard]] bool isListening(std::uint16_t port = 8788);
+
 /// Connects, sends `request` and returns the whole answer.
 [[nodiscard]] QByteArray answerTo(const QByteArray& request);
+
+/// Status and body of an answer: "200 OK|READY".
+[[nodiscard]] QByteArray summary(const QByteArray& answer);
 
 } // namespace support

@@ -102,15 +102,6 @@ QByteArray logFile()
 
 } // namespace
 
-TEST_F(TransferLog, isEmptyAtFirstInAFolderThatIsCreated)
-{
-    EXPECT_EQ(ferrylaneTransferLogURL(),
-        home_.data() + QStringLiteral("/Ferrylane/transfer-log-v1.json"));
-    EXPECT_TRUE(platform::itemExists(home_.data() + QStringLiteral("/Ferrylane")));
-    EXPECT_TRUE(loadFerrylaneTransferLog().isEmpty());
-    EXPECT_EQ(logFile(), "none");
-}
-
 TEST_F(TransferLog, getsAnEntryWithTheTimeAndTellsSo)
 {
     const QDateTime before = QDateTime::currentDateTimeUtc();
@@ -136,14 +127,6 @@ TEST_F(TransferLog, getsAnEntryWithTheTimeAndTellsSo)
             QStringLiteral("Pixel"), QStringLiteral("Failed"), std::nullopt}));
 }
 
-TEST_F(TransferLog, isForItsOwnerAlone)
-{
-    append({.fileName = QStringLiteral("secret")});
-    struct stat status {};
-    ASSERT_EQ(::stat(qPrintable(ferrylaneTransferLogURL()), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0600U);
-}
-
 TEST_F(TransferLog, keepsTheNewestHundred)
 {
     saveNumbered(99);
@@ -151,13 +134,6 @@ TEST_F(TransferLog, keepsTheNewestHundred)
     EXPECT_EQ(fileNames(), numbers(0, 100));
     appendNumbered(100);
     EXPECT_EQ(fileNames(), numbers(1, 101));
-}
-
-TEST_F(TransferLog, isCutToTheNewestHundredOnceItNoLongerMayGrow)
-{
-    saveNumbered(150);
-    appendNumbered(150);
-    EXPECT_EQ(fileNames(), numbers(51, 151));
 }
 
 TEST_F(TransferLog, keepsAllWhereThatIsWantedUntilItIsTrimmed)
@@ -172,20 +148,6 @@ TEST_F(TransferLog, keepsAllWhereThatIsWantedUntilItIsTrimmed)
     EXPECT_EQ(changeCount(), 1) << "trimming tells nobody";
 }
 
-TEST_F(TransferLog, isTrimmedOnlyIfItIsTooLong)
-{
-    trimFerrylaneTransferLog();
-    EXPECT_EQ(logFile(), "none");
-
-    // What is not understood is not thrown away either.
-    writeLog("[]  ");
-    trimFerrylaneTransferLog();
-    EXPECT_EQ(logFile(), "[]  ");
-    writeLog("[{");
-    trimFerrylaneTransferLog();
-    EXPECT_EQ(logFile(), "[{");
-}
-
 TEST_F(TransferLog, isEmptyWhenDamagedAndBeginsAnewWithTheNextEntry)
 {
     saveNumbered(3);
@@ -196,14 +158,6 @@ TEST_F(TransferLog, isEmptyWhenDamagedAndBeginsAnewWithTheNextEntry)
     const auto entries = loadFerrylaneTransferLog();
     ASSERT_EQ(entries.size(), 1);
     EXPECT_EQ(entries.first().fileName, QStringLiteral("new"));
-}
-
-TEST_F(TransferLog, tellsOfAChangeEvenIfItCannotBeWritten)
-{
-    ASSERT_FALSE(platform::createFolders(ferrylaneTransferLogURL() + QStringLiteral("/folder")));
-    append({.fileName = QStringLiteral("lost")});
-    EXPECT_EQ(changeCount(), 1);
-    EXPECT_TRUE(loadFerrylaneTransferLog().isEmpty());
 }
 
 TEST_F(TransferLog, losesNoEntryOfSeveralThreads)
@@ -237,22 +191,6 @@ TEST(TransferLogText, hasALineForEachEntryNewestFirst)
         QStringLiteral("2026-03-04 05:06:07 \u00b7 Sent \u00b7 new \u00b7 Pixel \u00b7 Completed "
                        "\u00b7 1.5 MB\n"
                        "2026-03-04 05:06:07 \u00b7 Sent \u00b7 old \u00b7 Completed"));
-}
-
-TEST(TransferLogText, showsSizesAsFileManagersDo)
-{
-    struct Row {
-        qint64 size;
-        const char* text;
-    };
-    for (const Row& row :
-        {Row{0, "0 bytes"}, Row{999, "999 bytes"}, Row{1000, "1.0 kB"}, Row{1'234'567, "1.2 MB"},
-            Row{5'000'000'000, "5.0 GB"}, Row{std::numeric_limits<qint64>::max(), "9.2 EB"},
-            Row{-1, "0 bytes"}, Row{std::numeric_limits<qint64>::min(), "0 bytes"}}) {
-        const QString text = ferrylaneTransferLogText({entry(QString(), QString(), row.size)});
-        EXPECT_TRUE(text.endsWith(QStringLiteral(" \u00b7 ") + QString::fromLatin1(row.text)))
-            << text.toStdString();
-    }
 }
 
 TEST(TransferLogText, staysOnOneLineWhateverTheNames)

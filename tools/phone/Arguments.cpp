@@ -21,8 +21,8 @@ class CommandLine {
 public:
     explicit CommandLine(QString help) : help_(std::move(help))
     {
-        parser_.addOptions({{{QStringLiteral("h"), QStringLiteral("help")}, {}},
-            {QStringLiteral("local"), {}}});
+        parser_.addOptions(
+            {{{QStringLiteral("h"), QStringLiteral("help")}, {}}, {QStringLiteral("local"), {}}});
     }
 
     void add(const QCommandLineOption& option) { parser_.addOption(option); }

@@ -38,7 +38,8 @@ PairingLink localLink()
     auto key = bytes ? platform::SecretKey::fromBytes(platform::bytesOf(*bytes)) : std::nullopt;
     if (!key) {
         throw Failure(ExitCode::localFile,
-            QStringLiteral("%1 holds no receiver key; start ferrylane once to create it").arg(path));
+            QStringLiteral("%1 holds no receiver key; start ferrylane once to create it")
+                .arg(path));
     }
     return {QStringLiteral("127.0.0.1"), port, std::move(*key)};
 }

@@ -85,8 +85,7 @@ HttpResponse uploadFile(platform::TcpNetwork& network, const PairingLink& link, 
 {
     const V4Transfer transfer = newTransfer(file);
     HttpExchange exchange(network, link);
-    const QByteArray head
-        = uploadRequestHead(transfer, link.hostInHeader(), link.port, senderName);
+    const QByteArray head = uploadRequestHead(transfer, link.hostInHeader(), link.port, senderName);
     // Whether all has been sent does not matter here: the answer tells what became of it.
     if (exchange.send(platform::bytesOf(head))) {
         (void)BodySender(exchange, link.key, transfer).sendAll(file, progress);

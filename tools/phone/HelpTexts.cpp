@@ -4,7 +4,8 @@ namespace ferrylane::phone {
 
 namespace {
 
-constexpr const char* generalText = R"(ferrylane-phone: plays the phone for a computer that runs Ferrylane.
+constexpr const char* generalText
+    = R"(ferrylane-phone: plays the phone for a computer that runs Ferrylane.
 
 Usage:
   ferrylane-phone identify LINK         ask the computer to prove that it is the paired one

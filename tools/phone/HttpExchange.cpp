@@ -27,8 +27,8 @@ struct HttpExchange::State : std::enable_shared_from_this<State> {
 
     void connect(const QString& where);
     void receiveMore();
-    void received(bool endOfStream, const std::error_code& error);
-    void end(ParsedResponse result, const std::error_code& error);
+    void received(bool endOfStream, const std::error_code& why);
+    void end(ParsedResponse result, const std::error_code& why);
     std::error_code sendAndWait(platform::ByteView bytes);
 
     const std::shared_ptr<platform::TcpConnection> connection;
@@ -45,8 +45,10 @@ struct HttpExchange::State : std::enable_shared_from_this<State> {
 
 void HttpExchange::State::connect(const QString& where)
 {
-    connection->start([self = shared_from_this()](TcpState state, const std::error_code& why) {
-        if (state == TcpState::waiting) return;
+    // Weak, because the connection keeps this handler for as long as it is open.
+    connection->start([weak = weak_from_this()](TcpState state, const std::error_code& why) {
+        const auto self = weak.lock();
+        if (!self || state == TcpState::waiting) return;
         const std::lock_guard lock(self->mutex);
         self->connected = why;
         self->changed.notify_all();

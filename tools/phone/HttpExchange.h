@@ -8,7 +8,8 @@
 
 namespace ferrylane::phone {
 
-/// One request and its answer over a connection of its own, for code that waits. Used by one thread.
+/// One request and its answer over a connection of its own, for code that waits. Used by one
+/// thread.
 ///
 /// The answer is listened for from the start: a computer that refuses an upload does so long before
 /// the last byte has been sent, and then no longer takes the rest.
@@ -35,7 +36,8 @@ private:
     std::shared_ptr<State> state_;
 };
 
-/// Sends a GET request without a body and returns the answer. `headers` are lines that end in CR LF.
+/// Sends a GET request without a body and returns the answer. `headers` are lines that end in CR
+/// LF.
 [[nodiscard]] HttpResponse get(platform::TcpNetwork& network, const PairingLink& link,
     const QByteArray& target, const QByteArray& headers = {});
 

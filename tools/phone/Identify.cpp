@@ -38,8 +38,7 @@ std::optional<QString> provenName(
     const auto encodedName = answer.header("X-Ferrylane-Name");
     if (answer.status != 200 || !challengeBytes || !encodedName) return std::nullopt;
 
-    const QByteArray nameMessage
-        = "Ferrylane-name-v1\n" + challenge.toUtf8() + '\n' + *encodedName;
+    const QByteArray nameMessage = "Ferrylane-name-v1\n" + challenge.toUtf8() + '\n' + *encodedName;
     if (!isProof(answer.header("X-Ferrylane-Proof"), key, *challengeBytes)
         || !isProof(answer.header("X-Ferrylane-Name-Proof"), key, nameMessage)) {
         return std::nullopt;

@@ -8,8 +8,8 @@
 namespace ferrylane::phone {
 
 /// A regular file that is read once, from start to end. Its size is taken when it is opened; a file
-/// that turns out shorter or longer than that has changed while it was read, and what was read of it
-/// is worth nothing.
+/// that turns out shorter or longer than that has changed while it was read, and what was read of
+/// it is worth nothing.
 class SourceFile {
 public:
     /// Throws Failure (localFile), like next().

@@ -8,18 +8,18 @@
 
 namespace {
 
-using namespace ferrylane::phone;
+namespace phone = ferrylane::phone;
 
 void runCommandLine(const QStringList& commandLine)
 {
-    const auto parsed = parseArguments(commandLine);
-    if (const auto* const help = std::get_if<Help>(&parsed)) {
+    const auto parsed = phone::parseArguments(commandLine);
+    if (const auto* const help = std::get_if<phone::Help>(&parsed)) {
         std::fputs(help->text.toUtf8().constData(), stdout);
         return;
     }
     const platform::SteadyClock clock;
     const auto network = platform::TcpNetwork::create("ferrylane.phone");
-    run(std::get<Arguments>(parsed), *network, clock);
+    phone::run(std::get<phone::Arguments>(parsed), *network, clock);
 }
 
 } // namespace
@@ -29,9 +29,9 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     try {
         runCommandLine(QCoreApplication::arguments());
-    } catch (const Failure& failure) {
+    } catch (const phone::Failure& failure) {
         std::fprintf(stderr, "ferrylane-phone: %s\n", failure.what());
         return static_cast<int>(failure.code());
     }
-    return static_cast<int>(ExitCode::ok);
+    return static_cast<int>(phone::ExitCode::ok);
 }

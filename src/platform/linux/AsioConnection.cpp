@@ -99,7 +99,8 @@ void AsioConnection::connected(const std::error_code& error)
 
 void AsioConnection::reach(State state, const std::error_code& error)
 {
-    // Final states let go of the handler and with it of whatever it holds, this connection included.
+    // Final states let go of the handler and with it of whatever it holds, this connection
+    // included.
     const StateHandler handler
         = state == State::ready ? stateHandler_ : std::exchange(stateHandler_, nullptr);
     if (handler) handler(state, systemError(error));
@@ -110,9 +111,8 @@ void AsioConnection::receive(
 {
     auto receive = std::make_shared<Receive>(Receive{buffer, minimum, maximum, std::move(handler)});
     // Posted even on the strand: a peer that always has bytes ready must not deepen the stack.
-    asio::post(strand_, [self = shared_from_this(), receive = std::move(receive)] {
-        self->receiveSome(receive);
-    });
+    asio::post(strand_,
+        [self = shared_from_this(), receive = std::move(receive)] { self->receiveSome(receive); });
 }
 
 void AsioConnection::receiveSome(const std::shared_ptr<Receive>& receive)
@@ -155,16 +155,18 @@ void AsioConnection::send(QByteArray message, SendHandler handler)
 {
     auto kept = std::make_shared<QByteArray>(std::move(message));
     const ByteView view = bytesOf(*kept);
-    sendView(view, [kept = std::move(kept), handler = std::move(handler)](const std::error_code& e) {
-        handler(e);
-    });
+    sendView(
+        view, [kept = std::move(kept), handler = std::move(handler)](const std::error_code& e) {
+            handler(e);
+        });
 }
 
 void AsioConnection::sendView(ByteView message, SendHandler handler)
 {
     asio::post(strand_, [self = shared_from_this(), message, handler = std::move(handler)] {
         asio::async_write(self->socket_, asio::buffer(message.data(), message.size()),
-            [self, handler](const std::error_code& error, std::size_t) { handler(systemError(error)); });
+            [self, handler](
+                const std::error_code& error, std::size_t) { handler(systemError(error)); });
     });
 }
 

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Asio gives errors of the system a category of its own, which compares unequal to every std::errc.
-/// Errors are put into the standard's category before they are compared or handed out.
+/// Asio gives errors of the system a category of its own, which compares unequal to every
+/// std::errc. Errors are put into the standard's category before they are compared or handed out.
 [[nodiscard]] inline std::error_code systemError(const std::error_code& error)
 {
     const bool isAsios = error.category() == asio::error::get_system_category();

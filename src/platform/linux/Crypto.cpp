@@ -67,7 +67,8 @@ Aes256Gcm::Aes256Gcm(const SecretKey& key) : contexts_(std::make_unique<Contexts
 {
     const unsigned char* const bytes = input(key.bytes());
     require(EVP_EncryptInit_ex2(contexts_->seal.get(), aes256Gcm(), bytes, nullptr, nullptr) == 1
-            && EVP_DecryptInit_ex2(contexts_->open.get(), aes256Gcm(), bytes, nullptr, nullptr) == 1,
+            && EVP_DecryptInit_ex2(contexts_->open.get(), aes256Gcm(), bytes, nullptr, nullptr)
+                == 1,
         "AES-256-GCM");
 }
 
@@ -84,7 +85,8 @@ void Aes256Gcm::seal(
             && EVP_EncryptUpdate(
                    context, nullptr, &written, input(associatedData), lengthOf(associatedData))
                 == 1
-            && EVP_EncryptUpdate(context, output(out), &written, input(plaintext), lengthOf(plaintext))
+            && EVP_EncryptUpdate(
+                   context, output(out), &written, input(plaintext), lengthOf(plaintext))
                 == 1
             && EVP_EncryptFinal_ex(context, output(out) + written, &rest) == 1
             && EVP_CIPHER_CTX_ctrl(

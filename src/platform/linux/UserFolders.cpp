@@ -26,8 +26,8 @@ QString withoutTrailingSlashes(QString path)
     return path;
 }
 
-/// An environment variable that names a folder. The XDG Base Directory Specification has relative
-/// paths ignored; an empty variable counts as unset.
+/// An environment variable that names a folder. The XDG base directory conventions have
+/// relative paths ignored; an empty variable counts as unset.
 std::optional<QString> folderVariable(const char* name)
 {
     const QString value = QFile::decodeName(qgetenv(name));
