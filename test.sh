@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Checks everything. See --help.
+# shellcheck disable=SC2317 # steps are called by their names
 set -uo pipefail
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -202,35 +203,47 @@ fuzz() {
 
 # --- which steps ---
 
-steps=(scripts format layering release asan tsan tidy fuzz)
-sections=(build test check)
-case ${1:-} in
-    --help | -h)
-        usage
-        exit
-        ;;
-    --quick)
-        steps=(debug)
-        sections=(build test)
-        ;;
-    ?*)
-        steps=("$@")
-        ;;
-esac
+# A function, so that the shell has read all of this file before it begins: it may be edited
+# while it runs.
+main() {
+    local -a steps=(scripts format layering release asan tsan tidy fuzz) sections=(build test check)
+    local step
+    case ${1:-} in
+        --help | -h)
+            usage
+            return
+            ;;
+        --quick)
+            steps=(debug)
+            sections=(build test)
+            ;;
+        ?*)
+            steps=("$@")
+            ;;
+    esac
+    for step in "${steps[@]}"; do
+        if ! declare -F "step_$step" > /dev/null; then
+            echo "test.sh: there is no step '$step'; see ./test.sh --help" >&2
+            return 2
+        fi
+    done
 
-for step in "${steps[@]}"; do
-    if ! declare -F "step_$step" > /dev/null; then
-        echo "test.sh: there is no step '$step'; see ./test.sh --help" >&2
-        exit 2
+    tools/install-packages.sh "${sections[@]}" || return
+    mkdir -p build
+    # Two builds in one folder would break each other's files.
+    exec 9> build/test.lock
+    if ! flock --nonblock 9; then
+        echo "Another ./test.sh is at work here; waiting for its end."
+        flock 9
     fi
-done
+    for step in "${steps[@]}"; do
+        run_step "$step" 9>&-
+    done
 
-tools/install-packages.sh "${sections[@]}" || exit 1
-mkdir -p build
-for step in "${steps[@]}"; do
-    run_step "$step"
-done
+    echo
+    echo "$passed passed, $failed failed"
+    [[ $failed -eq 0 ]]
+}
 
-echo
-echo "$passed passed, $failed failed"
-[[ $failed -eq 0 ]]
+main "$@"
+exit $?

@@ -1,5 +1,7 @@
 #include "discovery/DiscoveryProtocol.h"
 
+#include <QByteArrayList>
+
 #include <cstdlib>
 
 namespace {

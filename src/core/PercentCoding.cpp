@@ -74,7 +74,9 @@ QString percentEncodeFileName(QStringView name)
     QString encoded;
     encoded.reserve(name.size());
     for (const char32_t c : name.toUcs4()) {
-        const QString character = QString::fromUcs4(&c, 1);
+        // Unlike a string made of the code point, this keeps a byte order mark.
+        const auto units = QChar::fromUcs4(c);
+        const QStringView character = units;
         if (staysInFileName(c)) {
             encoded += character;
         } else {

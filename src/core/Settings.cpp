@@ -13,6 +13,7 @@ platform::DefaultsStore& standardDefaults()
     using Stores = std::map<QString, std::unique_ptr<platform::DefaultsStore>>;
     static std::mutex mutex;
     // Never freed: a thread that outlives main() may still read a setting.
+    // NOLINTNEXTLINE(*-avoid-non-const-global-variables): the one default object, under its mutex
     static Stores& stores = *new Stores;
 
     const QString path = platform::userConfigFolder() + QStringLiteral("/Ferrylane/settings.ini");

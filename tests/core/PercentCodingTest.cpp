@@ -114,6 +114,8 @@ TEST(PercentEncoding, keepsLettersMarksAndNumbersOfEveryScriptInFileNames)
              // A letter beyond the basic plane stays, an emoji, a dash and a joiner do not.
              Row{"\U00010400\U0001F600", "\U00010400%F0%9F%98%80"},
              Row{"a\u2014b\u200dc", "a%E2%80%94b%E2%80%8Dc"},
+             // A byte order mark is a character wherever it stands.
+             Row{"a\ufeff", "a%EF%BB%BF"},
              Row{"\u00a0", "%C2%A0"},
          }) {
         const QString name = QString::fromUtf8(row.name);
