@@ -50,7 +50,7 @@ public:
         cancelled_ = true;
         std::error_code ignored;
         acceptor_.close(ignored);
-        pause_.cancel();
+        // A pause that is under way ends by itself and finds this cancelled.
         onState_ = nullptr;
         onConnection_ = nullptr;
     }
