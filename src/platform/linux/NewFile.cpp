@@ -8,7 +8,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint64_t writeBackStep = 8U * 1024U * 1024U;
+constexpr std::uint64_t writeBackStep = std::uint64_t{8} * 1024 * 1024;
 
 } // namespace
 
