@@ -37,7 +37,7 @@ public:
     struct NeedMore {};
     struct Complete {
         RequestHead head;
-        std::size_t length; ///< bytes of head and empty line; the body starts behind them
+        std::size_t length = 0; ///< bytes of head and empty line; the body starts behind them
     };
     using Result = std::variant<NeedMore, Complete, HttpAnswer>;
 

@@ -19,9 +19,11 @@ constexpr std::array watchedSignals{SIGINT, SIGTERM, SIGHUP};
 
 // What the signal handler may touch. The descriptor is made once and never closed: a handler on
 // another thread may be about to write to it when an object goes.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 std::atomic<int> wakeDescriptor = -1;
 std::atomic<bool> askedToEnd = false;
 std::atomic<bool> inUse = false;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 void onTerminationSignal(int signal)
