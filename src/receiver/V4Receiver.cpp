@@ -146,7 +146,7 @@ void V4Receiver::fail(const QString& text, QByteArrayView status)
     end({written ? status : statuses::badRequest, reason.toUtf8()});
 }
 
-void V4Receiver::end(HttpAnswer answer)
+void V4Receiver::end(const HttpAnswer& answer)
 {
     writer_.reset();
     upload_.context->admission.release(*upload_.connection);

@@ -47,7 +47,7 @@ private:
     void fail(const QString& text, QByteArrayView status = statuses::badRequest);
     void fail(StreamFailure failure) { fail(QString(failure.text)); }
     /// Leaves the service free and answers.
-    void end(HttpAnswer answer);
+    void end(const HttpAnswer& answer);
 
     [[nodiscard]] platform::MutableByteView space(std::size_t length) override;
     [[nodiscard]] bool take(std::size_t length) override;

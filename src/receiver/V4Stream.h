@@ -28,10 +28,10 @@ using NoncePrefix = std::array<std::byte, noncePrefixBytes>;
 
 /// What the request head says of a transfer, and every record's associated data binds it to.
 struct V4Transfer {
-    QString id;              ///< 16 to 128 characters; a sender makes a new UUID for every file
-    QString fileName;        ///< before percent-encoding
-    qint64 fileSize = -1;    ///< bytes; -1 where the head gave no usable size
-    NoncePrefix noncePrefix; ///< random, new for every file: the key stays the same
+    QString id;                ///< 16 to 128 characters; a sender makes a new UUID for every file
+    QString fileName;          ///< before percent-encoding
+    qint64 fileSize = -1;      ///< bytes; -1 where the head gave no usable size
+    NoncePrefix noncePrefix{}; ///< random, new for every file: the key stays the same
 };
 
 /// The 12-byte nonce of a record: the prefix and the index as 32-bit big-endian.

@@ -171,7 +171,7 @@ TEST_F(TcpTest, noConnectionIsHandedOutAfterCancel)
         listener->start([&](TcpListener::State, std::error_code) { ready.set_value(); },
             [cancelled, late](const auto&) { *late += *cancelled ? 1 : 0; });
         ready.get_future().wait();
-        std::thread client([] { const TcpClient peer(testPort); });
+        std::thread client([] { static_cast<void>(support::isListening(testPort)); });
         listener->cancel();
         *cancelled = true;
         client.join();
