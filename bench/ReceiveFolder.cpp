@@ -28,8 +28,9 @@ ReceiveFolder ReceiveFolder::below(const QString& parent)
 ReceiveFolder::ReceiveFolder(const QString& parent)
     : dir_(parent + QStringLiteral("/ferrylane-bench-XXXXXX"))
 {
-    if (!dir_.isValid())
+    if (!dir_.isValid()) {
         throw std::runtime_error("cannot create a folder in " + parent.toStdString());
+    }
 }
 
 void ReceiveFolder::clear(int count, qint64 size) const
