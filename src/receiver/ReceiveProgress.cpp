@@ -39,8 +39,10 @@ void ReceiveProgress::started(const QString& displayName)
 
 void ReceiveProgress::advanced(quint64 totalBytes)
 {
+    // Before anybody hears of the step, so that both tell of one moment.
+    const platform::TimePoint now = clock_.now();
     reportStep(totalBytes);
-    reportSpeed(totalBytes);
+    reportSpeed(totalBytes, now);
 }
 
 void ReceiveProgress::reportStep(quint64 totalBytes)
@@ -54,9 +56,8 @@ void ReceiveProgress::reportStep(quint64 totalBytes)
         FerrylaneProgress, static_cast<double>(step) / static_cast<double>(progressSteps));
 }
 
-void ReceiveProgress::reportSpeed(quint64 totalBytes)
+void ReceiveProgress::reportSpeed(quint64 totalBytes, platform::TimePoint now)
 {
-    const platform::TimePoint now = clock_.now();
     if (now - lastSpeedTime_ < std::chrono::seconds(1)) return;
     notifications_.post(
         FerrylaneSpeed, megabytesPerSecond(totalBytes - lastSpeedBytes_, now - lastSpeedTime_));

@@ -25,7 +25,7 @@ public:
 
 private:
     void reportStep(quint64 totalBytes);
-    void reportSpeed(quint64 totalBytes);
+    void reportSpeed(quint64 totalBytes, platform::TimePoint now);
 
     qint64 declaredFileSize_;
     platform::NotificationCenter& notifications_;
