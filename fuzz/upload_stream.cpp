@@ -44,7 +44,7 @@ public:
             content.end(), piece_.begin(), piece_.begin() + static_cast<std::ptrdiff_t>(length));
         return true;
     }
-    std::optional<platform::Sha256Digest> digest() override
+    platform::Sha256Digest digest() override
     {
         platform::Sha256 sha256;
         sha256.update(content);

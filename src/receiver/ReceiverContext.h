@@ -35,7 +35,7 @@ struct ReceiverContext {
 
     TransferAdmission admission;
     const std::shared_ptr<OpenConnections> connections = std::make_shared<OpenConnections>();
-    platform::ThreadQueue writerQueue{"ferrylane.receive.writer"};
+    platform::ThreadQueue recordQueue{"ferrylane.receive.records"};
 
     /// On the main queue only. While "FerrylaneReceived" is delivered it is the file of that
     /// notification, whose one value is the name.

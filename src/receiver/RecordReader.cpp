@@ -90,9 +90,7 @@ std::optional<StreamFailure> RecordReader::openFinalRecord(ByteView sealed)
         platform::bytesOf(associatedData), sealed, declared);
     if (!opened) return failures::authenticationFailed;
 
-    const auto digest = sink_.digest();
-    if (!digest) return failures::authenticationFailed;
-    if (!platform::equalInConstantTime(*digest, declared)) return failures::digestMismatch;
+    if (!platform::equalInConstantTime(sink_.digest(), declared)) return failures::digestMismatch;
     if (transfer_.fileSize >= 0 && totalBytes_ != static_cast<quint64>(transfer_.fileSize)) {
         return failures::declaredSizeMismatch;
     }

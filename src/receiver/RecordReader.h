@@ -23,10 +23,10 @@ public:
     /// Where the next piece (1 to 1048576 bytes) is to be opened into. What is written there counts
     /// for nothing unless take() follows.
     [[nodiscard]] virtual platform::MutableByteView space(std::size_t length) = 0;
-    /// The piece in space() is authentic. False when it, or one before it, cannot be stored.
+    /// The piece in space() is authentic. False when it cannot be stored.
     [[nodiscard]] virtual bool take(std::size_t length) = 0;
-    /// The digest of everything taken; none when some of it cannot be stored.
-    [[nodiscard]] virtual std::optional<platform::Sha256Digest> digest() = 0;
+    /// The digest of everything taken.
+    [[nodiscard]] virtual platform::Sha256Digest digest() = 0;
 };
 
 /// Reads the records of one upload: checks their order and lengths, opens them, hands the plaintext

@@ -33,23 +33,26 @@ void V4Receiver::receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::B
         refuse(upload);
         return;
     }
-    std::make_shared<V4Receiver>(std::move(upload), std::move(body), std::move(file))->start();
+    std::make_shared<V4Receiver>(std::move(upload), std::move(body))->start(std::move(file));
 }
 
-V4Receiver::V4Receiver(
-    AdmittedUpload upload, platform::ByteBuffer body, std::unique_ptr<PartialFile> file)
+V4Receiver::V4Receiver(AdmittedUpload upload, platform::ByteBuffer body)
     : upload_(std::move(upload))
     , bodyBuffer_(std::move(body))
-    , cipher_(upload_.context->sessionKey)
-    , records_(upload_.transfer, cipher_, *this)
-    , writer_(std::make_unique<UploadWriter>(std::move(file), upload_.context->writerQueue))
     , progress_(upload_.transfer.fileSize, upload_.context->notifications, upload_.context->clock)
 {
 }
 
-void V4Receiver::start()
+void V4Receiver::start(std::unique_ptr<PartialFile> file)
 {
     progress_.started(sanitize(upload_.transfer.fileName));
+    worker_ = std::make_unique<RecordWorker>(upload_.transfer, upload_.context->sessionKey,
+        std::move(file), progress_, upload_.context->recordQueue,
+        [connection = upload_.connection, weak = weak_from_this()] {
+            connection->async([weak] {
+                if (const auto self = weak.lock()) self->workerFailed();
+            });
+        });
     proceed();
 }
 
@@ -65,6 +68,7 @@ void V4Receiver::next()
 
 void V4Receiver::received(bool endOfStream, const std::error_code& error)
 {
+    if (!worker_) return;
     if (error) {
         fail(QStringLiteral("Connection error: ") + QString::fromStdString(error.message()));
         upload_.connection->cancel();
@@ -90,34 +94,34 @@ void V4Receiver::proceed()
 
 bool V4Receiver::processHTTPChunks()
 {
-    for (;;) {
-        const ChunkDecoder::Step step = chunks_.next(bodyBuffer_);
-        switch (step.outcome) {
-        case ChunkDecoder::Outcome::needMore:
-            return true;
-        case ChunkDecoder::Outcome::lastChunk:
-            lastChunkSeen_ = true;
-            return true;
-        case ChunkDecoder::Outcome::failed:
-            fail(step.failure);
-            return false;
-        case ChunkDecoder::Outcome::chunk:
-            if (const auto failure = records_.feed(step.payload)) {
-                fail(*failure);
-                return false;
-            }
-        }
+    std::vector<platform::ByteView> chunks;
+    ChunkDecoder::Step step = chunks_.next(bodyBuffer_);
+    for (; step.outcome == ChunkDecoder::Outcome::chunk; step = chunks_.next(bodyBuffer_)) {
+        chunks.push_back(step.payload);
     }
+    if (!chunks.empty()) worker_->take(bodyBuffer_, std::move(chunks));
+    if (step.outcome == ChunkDecoder::Outcome::failed) {
+        fail(step.failure);
+        return false;
+    }
+    lastChunkSeen_ = step.outcome == ChunkDecoder::Outcome::lastChunk;
+    return true;
+}
+
+void V4Receiver::workerFailed()
+{
+    if (!worker_) return;
+    if (const auto failure = worker_->settle()) fail(*failure);
 }
 
 void V4Receiver::finalizeIfDone()
 {
-    if (const auto failure = records_.finish()) {
+    if (const auto failure = worker_->finish()) {
         fail(*failure);
         return;
     }
     std::error_code error;
-    const auto path = writer_->store(upload_.transfer.fileName, upload_.senderName, error);
+    const auto path = worker_->store(upload_.transfer.fileName, upload_.senderName, error);
     if (!path) {
         flLog(QStringLiteral("Could not store the upload: ")
             + QString::fromStdString(error.message()));
@@ -125,7 +129,7 @@ void V4Receiver::finalizeIfDone()
         return;
     }
 
-    const quint64 size = records_.totalBytes();
+    const quint64 size = worker_->totalBytes();
     flLog(QStringLiteral("Secure V4 received %1 bytes to %2").arg(QString::number(size), *path));
     upload_.context->mainQueue.async(
         [context = upload_.context, file = ReceivedFile{*path, static_cast<qint64>(size)}] {
@@ -137,37 +141,20 @@ void V4Receiver::finalizeIfDone()
 
 void V4Receiver::fail(const QString& text, QByteArrayView status)
 {
-    // A piece that could not be written is the earlier failure, although it shows only now.
-    const bool written = writer_->settle();
-    const QString reason = written ? text : QString(failures::authenticationFailed.text);
-    writer_.reset(); // with it the partial file goes, before anybody hears of the failure
+    // What the worker has not got to yet came earlier, and so did its failure.
+    const auto earlier = worker_->settle();
+    const QString reason = earlier ? QString(earlier->text) : text;
+    worker_.reset(); // with it the partial file goes, before anybody hears of the failure
     flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
     progress_.stopped(reason);
-    end({written ? status : statuses::badRequest, reason.toUtf8()});
+    end({earlier ? statuses::badRequest : status, reason.toUtf8()});
 }
 
 void V4Receiver::end(const HttpAnswer& answer)
 {
-    writer_.reset();
+    worker_.reset();
     upload_.context->admission.release(*upload_.connection);
     upload_.connection->sendLast(answer.toBytes());
-}
-
-platform::MutableByteView V4Receiver::space(std::size_t length)
-{
-    return writer_->space(length);
-}
-
-bool V4Receiver::take(std::size_t length)
-{
-    if (!writer_->take(length)) return false;
-    progress_.advanced(records_.totalBytes());
-    return true;
-}
-
-std::optional<platform::Sha256Digest> V4Receiver::digest()
-{
-    return writer_->digest();
 }
 
 } // namespace ferrylane

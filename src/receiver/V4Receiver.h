@@ -6,8 +6,7 @@
 #include "receiver/HttpAnswer.h"
 #include "receiver/ReceiveProgress.h"
 #include "receiver/ReceiverContext.h"
-#include "receiver/RecordReader.h"
-#include "receiver/UploadWriter.h"
+#include "receiver/RecordWorker.h"
 
 #include <memory>
 #include <optional>
@@ -27,39 +26,35 @@ struct AdmittedUpload {
 };
 
 /// Receives one upload: body bytes, chunks, records, partial file, stored file, answer. Whatever
-/// ends it, the service is free again and there is no partial file. All of it runs on the
-/// connection's queue; the pending receive keeps it alive.
-class V4Receiver final : public std::enable_shared_from_this<V4Receiver>, private PlaintextSink {
+/// ends it, the service is free again and there is no partial file. All but the reading of the
+/// records runs on the connection's queue; the pending receive keeps it alive.
+class V4Receiver final : public std::enable_shared_from_this<V4Receiver> {
 public:
     /// Takes the upload over. `body` holds what came together with the head.
     static void receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::ByteBuffer body);
 
-    V4Receiver(AdmittedUpload upload, platform::ByteBuffer body, std::unique_ptr<PartialFile> file);
+    V4Receiver(AdmittedUpload upload, platform::ByteBuffer body);
 
 private:
-    void start();
+    void start(std::unique_ptr<PartialFile> file);
     void next();
     void received(bool endOfStream, const std::error_code& error);
     /// Goes on with what has come in: waits for more, finishes or fails.
     void proceed();
+    /// Hands the chunks that are complete to the worker. False when the body is malformed.
     [[nodiscard]] bool processHTTPChunks();
+    void workerFailed();
     void finalizeIfDone();
     void fail(const QString& text, QByteArrayView status = statuses::badRequest);
     void fail(StreamFailure failure) { fail(QString(failure.text)); }
     /// Leaves the service free and answers.
     void end(const HttpAnswer& answer);
 
-    [[nodiscard]] platform::MutableByteView space(std::size_t length) override;
-    [[nodiscard]] bool take(std::size_t length) override;
-    [[nodiscard]] std::optional<platform::Sha256Digest> digest() override;
-
     AdmittedUpload upload_;
     platform::ByteBuffer bodyBuffer_;
     ChunkDecoder chunks_;
-    platform::Aes256Gcm cipher_;
-    RecordReader records_;
-    std::unique_ptr<UploadWriter> writer_; ///< null once the upload has ended
     ReceiveProgress progress_;
+    std::unique_ptr<RecordWorker> worker_; ///< null once the upload has ended
     bool lastChunkSeen_ = false;
 };
 

@@ -32,9 +32,8 @@ public:
         return stored;
     }
 
-    std::optional<platform::Sha256Digest> digest() override
+    platform::Sha256Digest digest() override
     {
-        if (!stored) return std::nullopt;
         platform::Sha256 sha256;
         sha256.update(platform::bytesOf(content));
         return sha256.finish();

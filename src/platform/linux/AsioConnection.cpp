@@ -11,15 +11,9 @@
 #include <algorithm>
 #include <array>
 
-#include <netinet/tcp.h>
-
 namespace platform {
 
 namespace {
-
-using KeepAliveIdle = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPIDLE>;
-using KeepAliveInterval = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPINTVL>;
-using KeepAliveProbes = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_KEEPCNT>;
 
 // How long the peer has to take the last message and close its side.
 constexpr auto closingTime = std::chrono::seconds(1);
@@ -42,21 +36,8 @@ AsioConnection::AsioConnection(Strand strand, asio::ip::tcp::socket socket)
     , resolver_(strand_)
     , closingTimer_(strand_)
 {
-    setOptions();
-}
-
-void AsioConnection::setOptions()
-{
-    // Each is an improvement, none a condition.
     std::error_code ignored;
     socket_.non_blocking(true, ignored);
-    socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
-    // A peer that vanishes without a word (battery, Wi-Fi) fails the connection after 90 seconds
-    // instead of holding it for ever.
-    socket_.set_option(asio::socket_base::keep_alive(true), ignored);
-    socket_.set_option(KeepAliveIdle(30), ignored);
-    socket_.set_option(KeepAliveInterval(10), ignored);
-    socket_.set_option(KeepAliveProbes(6), ignored);
 }
 
 void AsioConnection::start(StateHandler handler)
@@ -93,7 +74,9 @@ void AsioConnection::connected(const std::error_code& error)
         reach(State::failed, error);
         return;
     }
-    setOptions();
+    setConnectionOptions(socket_);
+    std::error_code ignored;
+    socket_.non_blocking(true, ignored);
     reach(State::ready, {});
 }
 
