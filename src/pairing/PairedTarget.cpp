@@ -1,0 +1,14 @@
+#include "pairing/PairedTarget.h"
+
+#include "core/Base64Url.h"
+#include "platform/SecretKey.h"
+
+namespace ferrylane {
+
+bool decodesToKey(QStringView keyText)
+{
+    const auto key = base64URLDecode(keyText);
+    return key && key->size() == qsizetype{platform::SecretKey::length};
+}
+
+} // namespace ferrylane
