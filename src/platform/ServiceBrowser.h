@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+/// Keeps the names of all instances of one DNS-SD service type (RFC 6763) on the local network,
+/// those of this computer too, as the system's own DNS-SD daemon sees them. While that cannot be
+/// reached there are none; the browser takes its work up again as soon as the daemon is there.
+///
+/// One thread calls start(), stop() and the destructor.
+class ServiceBrowser {
+public:
+    /// Gets all names that there are now, each once and sorted, after every change. Runs on the
+    /// browser's own thread.
+    using ResultsHandler = std::function<void(const QStringList& instanceNames)>;
+    /// Tells once for each loss of the daemon why it cannot be reached, not again for each retry.
+    /// Runs on the browser's own thread.
+    using FailureHandler = std::function<void(const QString& reason)>;
+    static constexpr Duration usualRetryInterval = std::chrono::seconds(2);
+
+    /// `retryInterval` is the pause between two attempts to reach the daemon.
+    [[nodiscard]] static std::unique_ptr<ServiceBrowser> create(
+        Duration retryInterval = usualRetryInterval);
+
+    ServiceBrowser() = default;
+    ServiceBrowser(const ServiceBrowser&) = delete;
+    ServiceBrowser& operator=(const ServiceBrowser&) = delete;
+    /// Final like stop().
+    virtual ~ServiceBrowser() = default;
+
+    /// Browses for `type` ("_http._tcp"), in place of what was browsed for before. Returns at once.
+    virtual void start(const QString& type, ResultsHandler onResults, FailureHandler onFailure) = 0;
+    /// Waits for a handler that is running, though not for a daemon that hangs: when this returns,
+    /// no handler runs or will run. Not to be called from a handler.
+    virtual void stop() = 0;
+};
+
+} // namespace platform
