@@ -31,12 +31,37 @@ void checkReply(const QString& name, std::uint16_t tcpPort)
     require(!ferrylane::isDiscoveryRequest(platform::bytesOf(reply)));
 }
 
+/// A device that says what was read of a reply is read the same.
+void checkReading(const QByteArray& datagram)
+{
+    const auto reply = ferrylane::parseDiscoveryReply(platform::bytesOf(datagram));
+    if (!reply) return;
+    require(datagram.startsWith("FERRYLANE_HERE_V1|"));
+    require(!reply->name.isEmpty() && reply->name == reply->name.trimmed());
+    require(!reply->name.contains(u'|') && reply->tcpPort != 0);
+    if (!reply->tcpPort || reply->name.contains(u'\n')) return;
+    const QByteArray again = ferrylane::discoveryReply(reply->name, *reply->tcpPort);
+    require(ferrylane::parseDiscoveryReply(platform::bytesOf(again)) == reply);
+}
+
+/// This computer's own replies are readable, unless its name is but blanks.
+void checkOwnReply(const QString& name)
+{
+    const QByteArray reply = ferrylane::discoveryReply(name, 8788);
+    const QString sent = QString(name).replace(u'|', u' ').replace(u'\n', u' ').trimmed();
+    const auto read = ferrylane::parseDiscoveryReply(platform::bytesOf(reply));
+    require(read.has_value() == !sent.isEmpty());
+    require(!read || (read->name == sent && read->tcpPort == 8788));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray datagram(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     checkRequest(datagram);
+    checkReading(datagram);
+    checkOwnReply(QString::fromUtf8(datagram));
     checkReply(QString::fromUtf8(datagram), static_cast<std::uint16_t>(size * 257));
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 namespace ferrylane {
 
@@ -25,5 +26,20 @@ inline constexpr std::size_t maximumDiscoveryBytes = 512;
 /// The reply of a device of this name. Each "|" and line feed in the name becomes a space: they
 /// would read as the end of the name or of the text.
 [[nodiscard]] QByteArray discoveryReply(const QString& name, std::uint16_t tcpPort);
+
+/// What a device says of itself.
+struct DiscoveryReply {
+    QString name; ///< trimmed, never empty
+    /// Where its receiver listens: 8787 when the reply has no number there. None when the number is
+    /// no TCP port: the device is there, but cannot be reached.
+    std::optional<std::uint16_t> tcpPort;
+
+    bool operator==(const DiscoveryReply&) const = default;
+};
+
+/// Reads a reply. None when the datagram is not UTF-8, lacks the tag, a name that is more than
+/// white space, or anything after the name's "|". Empty fields before the name are passed over. The
+/// rest of the text is the port: decimal digits after at most one sign.
+[[nodiscard]] std::optional<DiscoveryReply> parseDiscoveryReply(platform::ByteView datagram);
 
 } // namespace ferrylane

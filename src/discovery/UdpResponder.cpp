@@ -1,7 +1,6 @@
 #include "discovery/UdpResponder.h"
 
 #include "core/Log.h"
-#include "core/Service.h"
 #include "discovery/DiscoveryProtocol.h"
 
 #include <array>
@@ -9,8 +8,9 @@
 
 namespace ferrylane {
 
-UdpResponder::UdpResponder(std::function<bool()> isVisible, std::function<QString()> deviceName)
-    : isVisible_(std::move(isVisible)), deviceName_(std::move(deviceName))
+UdpResponder::UdpResponder(
+    std::function<bool()> isVisible, std::function<QString()> deviceName, std::uint16_t tcpPort)
+    : isVisible_(std::move(isVisible)), deviceName_(std::move(deviceName)), tcpPort_(tcpPort)
 {
 }
 
@@ -59,7 +59,7 @@ void UdpResponder::answer(platform::DatagramSocket& socket, platform::ByteView d
     const platform::Endpoint& source) const
 {
     if (!isVisible_() || !isDiscoveryRequest(datagram)) return;
-    socket.send(platform::bytesOf(discoveryReply(deviceName_(), port)), source);
+    socket.send(platform::bytesOf(discoveryReply(deviceName_(), tcpPort_)), source);
 }
 
 } // namespace ferrylane

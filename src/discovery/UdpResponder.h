@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Service.h"
 #include "platform/DatagramSocket.h"
 #include "platform/ThreadQueue.h"
 
@@ -13,14 +14,15 @@
 namespace ferrylane {
 
 /// Answers phones that look for this computer: each discovery request that comes while the computer
-/// is visible gets a reply with the device's name and the service's port. Everything else is
+/// is visible gets a reply with the device's name and the service's TCP port. Everything else is
 /// dropped without a word.
 ///
 /// start(), stop() and the destructor belong to one thread. The two functions are called on the
 /// responder's own thread, at every request; they must not wait for that of stop().
 class UdpResponder {
 public:
-    UdpResponder(std::function<bool()> isVisible, std::function<QString()> deviceName);
+    UdpResponder(std::function<bool()> isVisible, std::function<QString()> deviceName,
+        std::uint16_t tcpPort = port);
     ~UdpResponder();
     UdpResponder(const UdpResponder&) = delete;
     UdpResponder& operator=(const UdpResponder&) = delete;
@@ -41,6 +43,7 @@ private:
 
     std::function<bool()> isVisible_;
     std::function<QString()> deviceName_;
+    std::uint16_t tcpPort_;
     std::shared_ptr<platform::DatagramSocket> discoverySocket_;
     /// Moves on at every start and stop; a loop runs only while it is the one of its own start.
     std::atomic<std::int64_t> discoveryResponderGeneration_ = 0;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
 using namespace ferrylane;
 
 TEST(DiscoveryRequest, isItsExactBytes)
@@ -46,5 +47,56 @@ TEST(DiscoveryReply, carriesNameAndPort)
              Row{QStringLiteral("a\r\nb\tc"), 8788, "FERRYLANE_HERE_V1|a\r b\tc|8788"},
          }) {
         EXPECT_EQ(discoveryReply(row.name, row.tcpPort), QByteArray(row.reply));
+    }
+}
+
+TEST(DiscoveryReply, isReadBack)
+{
+    struct Row {
+        QByteArray datagram;
+        QString name;
+        std::optional<std::uint16_t> port;
+    };
+    const QByteArray tag = "FERRYLANE_HERE_V1|";
+    constexpr auto unreachable = std::nullopt;
+    for (const Row& row : {
+             Row{tag + "Pixel 8|8787", u"Pixel 8"_s, 8787},
+             Row{tag
+                     + " \tK\xc3\xbc"
+                       "che\n |1",
+                 u"Küche"_s, 1},
+             Row{tag + "||a|65535", u"a"_s, 65535},
+             Row{tag
+                     + "\xef\xbb\xbf"
+                       "a|1",
+                 u"\uFEFFa"_s, 1},
+             Row{tag + "a|+9000", u"a"_s, 9000},
+             Row{tag + "a|007", u"a"_s, 7},
+             // No number, no matter what else it is.
+             Row{tag + "a|x", u"a"_s, 8787},
+             Row{tag + "a| 9000", u"a"_s, 8787},
+             Row{tag + "a|9000\n", u"a"_s, 8787},
+             Row{tag + "a|9000|", u"a"_s, 8787},
+             Row{tag + "a||9000", u"a"_s, 8787},
+             Row{tag + "a|+-1", u"a"_s, 8787},
+             Row{tag + "a|++1", u"a"_s, 8787},
+             Row{tag + "a|-", u"a"_s, 8787},
+             Row{tag + "a|0x10", u"a"_s, 8787},
+             Row{tag + "a|99999999999999999999", u"a"_s, 8787},
+             // A number, but no port.
+             Row{tag + "a|0", u"a"_s, unreachable},
+             Row{tag + "a|-8787", u"a"_s, unreachable},
+             Row{tag + "a|65536", u"a"_s, unreachable},
+             Row{tag + "a|9223372036854775807", u"a"_s, unreachable},
+         }) {
+        const auto reply = parseDiscoveryReply(platform::bytesOf(row.datagram));
+        ASSERT_TRUE(reply) << row.datagram.constData();
+        EXPECT_EQ(*reply, (DiscoveryReply{row.name, row.port})) << row.datagram.constData();
+    }
+    for (const QByteArray& other : {QByteArray(), tag, tag + '|', tag + "a", tag + "a|",
+             tag + "|||", tag + "||a|", tag + " \n |8787", "x" + tag + "a|1", tag.toLower() + "a|1",
+             tag.chopped(1) + " a|1", tag + "\xff|1", tag + "a|\xc3", "\xef\xbb\xbf" + tag + "a|1",
+             QByteArray("FERRYLANE_HERE_V2|a|1")}) {
+        EXPECT_FALSE(parseDiscoveryReply(platform::bytesOf(other))) << other.constData();
     }
 }

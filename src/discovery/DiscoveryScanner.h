@@ -1,0 +1,28 @@
+#pragma once
+
+#include "discovery/DiscoveryProtocol.h"
+#include "platform/DatagramSocket.h"
+
+#include <functional>
+#include <stop_token>
+
+namespace ferrylane {
+
+/// Asks the local network which devices there are.
+class DiscoveryScanner {
+public:
+    /// Gets each reply and where it came from.
+    using ReplyHandler = std::function<void(const DiscoveryReply&, const platform::Endpoint&)>;
+
+    DiscoveryScanner() = default;
+    DiscoveryScanner(const DiscoveryScanner&) = delete;
+    DiscoveryScanner& operator=(const DiscoveryScanner&) = delete;
+    virtual ~DiscoveryScanner() = default;
+
+    /// Asks once and collects the replies, on the calling thread, which also runs `onReply`. A stop
+    /// requested through `stop`, before or meanwhile, ends it at once. False when nothing could be
+    /// asked.
+    virtual bool scan(const ReplyHandler& onReply, const std::stop_token& stop) = 0;
+};
+
+} // namespace ferrylane

@@ -1,0 +1,279 @@
+#include "discovery/FerrylaneDeviceDiscovery.h"
+
+#include "core/StoragePaths.h"
+#include "discovery/UdpScanner.h"
+#include "platform/Files.h"
+#include "platform/ThreadQueue.h"
+#include "support/ManualQueue.h"
+#include "support/PrivateUserFolders.h"
+#include "support/QtPrinting.h"
+#include "support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace ferrylane;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// What the fakes, which belong to the discovery, share with the test.
+struct Network {
+    int browsersMade = 0;
+    QString type;
+    platform::ServiceBrowser::ResultsHandler results; ///< empty while nobody browses
+    platform::ServiceBrowser::FailureHandler failure;
+    QList<DiscoveryReply> replies;
+    bool hasSocket = true;
+    int scans = 0;
+    std::function<void()> duringScan = [] {}; ///< in the next one
+};
+
+class FakeBrowser final : public platform::ServiceBrowser {
+public:
+    explicit FakeBrowser(Network& network) : network_(network) { ++network_.browsersMade; }
+    ~FakeBrowser() override { network_.results = nullptr; }
+
+    void start(const QString& type, ResultsHandler onResults, FailureHandler onFailure) override
+    {
+        network_.type = type;
+        network_.results = std::move(onResults);
+        network_.failure = std::move(onFailure);
+    }
+    void stop() override { network_.results = nullptr; }
+
+private:
+    Network& network_;
+};
+
+class FakeScanner final : public DiscoveryScanner {
+public:
+    explicit FakeScanner(Network& network) : network_(network) {}
+
+    bool scan(const ReplyHandler& onReply, const std::stop_token& /*stop*/) override
+    {
+        ++network_.scans;
+        std::exchange(network_.duringScan, [] {})();
+        for (const DiscoveryReply& reply : network_.replies) {
+            onReply(reply, {0xC0A80114, 8789});
+        }
+        return network_.hasSocket;
+    }
+
+private:
+    Network& network_;
+};
+
+class DeviceDiscovery : public testing::Test {
+protected:
+    DeviceDiscovery()
+    {
+        auto queue = std::make_unique<support::ManualQueue>();
+        queue_ = queue.get();
+        discovery_ = make(std::move(queue), std::make_unique<FakeScanner>(network_));
+    }
+
+    std::unique_ptr<FerrylaneDeviceDiscovery> make(
+        std::unique_ptr<platform::SerialQueue> queue, std::unique_ptr<DiscoveryScanner> scanner)
+    {
+        auto discovery = std::make_unique<FerrylaneDeviceDiscovery>(
+            FerrylaneDeviceDiscovery::Parts{mainQueue_, clock_, std::move(queue),
+                [this] { return std::make_unique<FakeBrowser>(network_); }, std::move(scanner),
+                [] { return u"Office Mac"_s; }});
+        discovery->setOnChange([this](const QStringList& names) {
+            published_.append(u'[' + names.join(u',') + u']');
+        });
+        discovery->setOnAddress([this](const QString& name, const QString& baseURL) {
+            published_.append(name + u'=' + baseURL);
+        });
+        return discovery;
+    }
+
+    /// What both handlers have been given since the last call.
+    QString published()
+    {
+        queue_->runAll();
+        mainQueue_.runAll();
+        return std::exchange(published_, {}).join(u' ');
+    }
+
+    void pass(platform::Duration duration)
+    {
+        clock_.advance(duration);
+        queue_->advance(duration);
+    }
+
+    static QString log()
+    {
+        const auto text = platform::readFile(logFolder() + u"/ferrylane.log"_s, 100000);
+        return QString::fromUtf8(text.value_or(QByteArray()));
+    }
+
+    support::PrivateUserFolders home_;
+    support::ManualClock clock_;
+    support::ManualQueue mainQueue_;
+    Network network_;
+    support::ManualQueue* queue_;
+    QStringList published_;
+    std::unique_ptr<FerrylaneDeviceDiscovery> discovery_;
+};
+
+} // namespace
+
+TEST_F(DeviceDiscovery, mergesBothSources)
+{
+    network_.replies = {{u"pixel"_s, 8787}, {u"OFFICE MAC"_s, 8788}, {u"zoe"_s, std::nullopt}};
+    discovery_->start();
+    EXPECT_EQ(published(), u"pixel=http://192.168.1.20:8787 [pixel,zoe]"_s);
+    EXPECT_EQ(network_.type, u"_ferrylane._tcp"_s);
+
+    network_.replies = {};
+    network_.results({u"Moto ferrylane"_s, u"pixel"_s, u"Pixel"_s, u"office mac Ferrylane"_s});
+    EXPECT_EQ(published(), u"[Moto,Pixel,pixel,zoe]"_s);
+    network_.results({});
+    EXPECT_EQ(published(), u"[pixel,zoe]"_s);
+    EXPECT_TRUE(log().endsWith(u"Z  Nearby devices: pixel, zoe\n")) << qPrintable(log());
+
+    network_.failure(u"no daemon"_s);
+    EXPECT_EQ(published(), u""_s);
+    EXPECT_TRUE(log().endsWith(u"Z  Ferrylane device discovery failed: no daemon\n"));
+}
+
+TEST_F(DeviceDiscovery, scansEveryThreeSecondsAndForgetsAfterTen)
+{
+    network_.replies = {{u"a"_s, std::nullopt}};
+    discovery_->start();
+    discovery_->start();
+    EXPECT_EQ(published(), u"[a]"_s);
+    EXPECT_EQ(network_.browsersMade, 1);
+    network_.replies = {};
+    for (const int second : {3, 6, 9}) {
+        pass(3s);
+        EXPECT_EQ(published(), u"[a]"_s) << second;
+    }
+    clock_.advance(1s);
+    network_.results({});
+    EXPECT_EQ(published(), u"[a]"_s) << "ten seconds to the instant";
+    pass(3s);
+    EXPECT_EQ(published(), u"[]"_s);
+    EXPECT_EQ(network_.scans, 5);
+
+    network_.hasSocket = false;
+    pass(3s);
+    EXPECT_EQ(published(), u""_s) << "nothing could be asked";
+}
+
+TEST_F(DeviceDiscovery, keepsNoMoreThan256OfThoseThatAnswer)
+{
+    network_.replies = {{u"first"_s, std::nullopt}};
+    discovery_->start();
+    EXPECT_EQ(published(), u"[first]"_s);
+    network_.replies = {};
+    for (int i = 1000; i < 1256; ++i) {
+        network_.replies.append({QString::number(i), std::nullopt});
+    }
+    pass(3s);
+    const QString list = published();
+    EXPECT_EQ(list.count(u','), 255);
+    EXPECT_TRUE(list.startsWith(u"[1000,") && list.endsWith(u",1255]")) << qPrintable(list);
+}
+
+TEST_F(DeviceDiscovery, takesBrowseResultsThatComeDuringAScan)
+{
+    network_.duringScan = [this] { network_.results({u"a"_s}); };
+    discovery_->start();
+    EXPECT_EQ(published(), u"[] [a]"_s);
+}
+
+TEST_F(DeviceDiscovery, publishesOneEmptyListWhenStopped)
+{
+    network_.replies = {{u"a"_s, 1}};
+    discovery_->start();
+    queue_->runAll(); // found and on their way to the handlers
+    const auto lateResults = network_.results;
+    discovery_->stop();
+    EXPECT_FALSE(network_.results) << "browsing has ended";
+    lateResults({u"late"_s});
+    EXPECT_EQ(published(), u"[]"_s);
+    EXPECT_TRUE(log().endsWith(u"Z  Nearby devices: \n")) << qPrintable(log());
+    pass(60s);
+    EXPECT_EQ(published(), u""_s);
+    EXPECT_EQ(network_.scans, 1);
+    EXPECT_EQ(queue_->delayedCount(), 0U);
+
+    network_.replies = {};
+    discovery_->start();
+    EXPECT_EQ(published(), u"[]"_s) << "nothing is left of the earlier run";
+    EXPECT_EQ(network_.browsersMade, 2);
+
+    // A stop while a scan runs, and a start right after, as after a change of the network.
+    network_.replies = {{u"b"_s, 1}};
+    network_.duringScan = [this] {
+        discovery_->stop();
+        discovery_->start();
+    };
+    pass(3s);
+    EXPECT_EQ(published(), u"[] b=http://192.168.1.20:1 [b]"_s);
+    EXPECT_EQ(queue_->delayedCount(), 1U);
+}
+
+TEST_F(DeviceDiscovery, isSilentOnceItHasGone)
+{
+    network_.replies = {{u"a"_s, 1}};
+    discovery_->start();
+    queue_->runAll();
+    discovery_->stop();
+    discovery_.reset();
+    mainQueue_.runAll();
+    EXPECT_EQ(published_, QStringList());
+}
+
+TEST_F(DeviceDiscovery, stopsAtOnceWithAScanInFlight)
+{
+    // A phone that answers each request, and more than once.
+    const auto phone = platform::DatagramSocket::bound(discoveryPort, support::patience);
+    std::atomic<int> requests = 0;
+    std::thread answering([&] {
+        std::array<std::byte, 100> buffer{};
+        const QByteArray reply = discoveryReply(u"a"_s, 1);
+        for (;;) {
+            const auto received = phone->receive(buffer);
+            if (received.outcome != platform::DatagramSocket::Outcome::received) return;
+            ++requests;
+            for (int i = 0; i < 50; ++i) {
+                phone->send(platform::bytesOf(reply), received.source);
+            }
+        }
+    });
+
+    const platform::SteadyClock clock;
+    const auto scanner = [&] {
+        return std::make_unique<UdpScanner>(clock, platform::Endpoint{0x7F000001, discoveryPort});
+    };
+    auto discovery = make(std::make_unique<platform::ThreadQueue>("discovery"), scanner());
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 1; i <= 20; ++i) {
+        discovery->start();
+        ASSERT_TRUE(support::waitUntil([&] { return requests >= i; }));
+        if (i % 2 == 0) mainQueue_.runAll();
+        discovery->stop();
+        mainQueue_.runAll();
+        EXPECT_EQ(published_.back(), u"[]"_s);
+        published_.clear();
+        mainQueue_.runAll();
+        EXPECT_EQ(published_, QStringList());
+    }
+    discovery->start();
+    ASSERT_TRUE(support::waitUntil([&] { return requests > 20; }));
+    discovery.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 20 * UdpScanner::silence);
+    mainQueue_.runAll();
+    EXPECT_EQ(published_, QStringList());
+
+    phone->close();
+    answering.join();
+}
