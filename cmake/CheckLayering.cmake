@@ -20,9 +20,10 @@ set(may_include_transferlog core platform)
 set(may_include_discovery pairing core platform)
 set(may_include_receiver pairing core platform)
 set(may_include_sender pairing core platform receiver/V4Stream.h)
-set(may_include_app sender receiver discovery transferlog pairing core platform)
+set(may_include_service receiver discovery core platform)
+set(may_include_app service sender receiver discovery transferlog pairing core platform)
 set(may_include_main.cpp app ${may_include_app})
-set(may_include_phone sender receiver discovery transferlog pairing core platform)
+set(may_include_phone service sender receiver discovery transferlog pairing core platform)
 
 # Windows belong to app; main.cpp makes the QApplication.
 set(folders_with_widgets app main.cpp)
@@ -39,7 +40,7 @@ string(JOIN "|" widget_headers
 # The operating system and the libraries that stand in for it, behind platform's own headers.
 set(folder_of_system_headers platform/linux)
 string(JOIN "|" system_headers
-    "asio(\\.hpp|/.*)" "openssl/.*" "avahi-.*" "QtDBus(/.*)?" "QDBus.*"
+    "asio(\\.hpp|/.*)" "openssl/.*" "curl/.*" "qrencode\\.h" "avahi-.*" "QtDBus(/.*)?" "QDBus.*"
     "sys/(socket|un|ioctl|epoll|eventfd)\\.h" "net/.*" "netinet/.*" "arpa/.*" "netdb\\.h"
     "ifaddrs\\.h" "linux/.*")
 

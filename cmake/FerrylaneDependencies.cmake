@@ -3,6 +3,7 @@
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
+find_package(CURL REQUIRED)
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
@@ -13,6 +14,21 @@ add_library(ferrylane_asio INTERFACE IMPORTED)
 target_include_directories(ferrylane_asio SYSTEM INTERFACE "${FERRYLANE_ASIO_INCLUDE}")
 target_compile_definitions(ferrylane_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
 target_link_libraries(ferrylane_asio INTERFACE Threads::Threads)
+
+# Avahi has no package file for CMake either.
+find_path(FERRYLANE_AVAHI_INCLUDE avahi-client/client.h REQUIRED)
+find_library(FERRYLANE_AVAHI_CLIENT avahi-client REQUIRED)
+find_library(FERRYLANE_AVAHI_COMMON avahi-common REQUIRED)
+add_library(ferrylane_avahi INTERFACE IMPORTED)
+target_include_directories(ferrylane_avahi SYSTEM INTERFACE "${FERRYLANE_AVAHI_INCLUDE}")
+target_link_libraries(ferrylane_avahi INTERFACE
+    "${FERRYLANE_AVAHI_CLIENT}" "${FERRYLANE_AVAHI_COMMON}")
+
+find_path(FERRYLANE_QRENCODE_INCLUDE qrencode.h REQUIRED)
+find_library(FERRYLANE_QRENCODE qrencode REQUIRED)
+add_library(ferrylane_qrencode INTERFACE IMPORTED)
+target_include_directories(ferrylane_qrencode SYSTEM INTERFACE "${FERRYLANE_QRENCODE_INCLUDE}")
+target_link_libraries(ferrylane_qrencode INTERFACE "${FERRYLANE_QRENCODE}")
 
 if(FERRYLANE_TESTS)
     find_package(GTest REQUIRED)

@@ -41,6 +41,11 @@ TcpClient::TcpClient(std::uint16_t port)
     }
 }
 
+TcpClient::TcpClient(int descriptor, int /*tag*/) : descriptor_(descriptor)
+{
+    setPatience(descriptor_);
+}
+
 TcpClient::~TcpClient()
 {
     if (descriptor_ >= 0) close(descriptor_);
@@ -73,14 +78,20 @@ void TcpClient::finishSending()
     shutdown(descriptor_, SHUT_WR);
 }
 
+QByteArray TcpClient::receiveSome()
+{
+    std::array<char, 65536> buffer; // NOLINT(*-member-init): written before it is read
+    const ssize_t count = recv(descriptor_, buffer.data(), buffer.size(), 0);
+    return count <= 0 ? QByteArray() : QByteArray(buffer.data(), count);
+}
+
 QByteArray TcpClient::receiveAll()
 {
     QByteArray received;
-    std::array<char, 16384> buffer{};
     for (;;) {
-        const ssize_t count = recv(descriptor_, buffer.data(), buffer.size(), 0);
-        if (count <= 0) return received;
-        received.append(buffer.data(), count);
+        const QByteArray more = receiveSome();
+        if (more.isEmpty()) return received;
+        received += more;
     }
 }
 
@@ -88,6 +99,12 @@ bool TcpClient::hasNews(std::chrono::milliseconds wait) const
 {
     pollfd query{descriptor_, POLLIN, 0};
     return poll(&query, 1, static_cast<int>(wait.count())) == 1;
+}
+
+bool TcpClient::isClosedByPeer() const
+{
+    pollfd query{descriptor_, POLLRDHUP, 0};
+    return poll(&query, 1, 0) == 1;
 }
 
 void TcpClient::reset()

@@ -12,6 +12,8 @@ class TcpClient {
 public:
     /// Connects to 127.0.0.1. Throws std::system_error.
     explicit TcpClient(std::uint16_t port = 8788);
+    /// The other end of a connection that a test's own server has accepted.
+    [[nodiscard]] static TcpClient ofDescriptor(int descriptor) { return TcpClient(descriptor, 0); }
     /// Closes the connection.
     ~TcpClient();
     TcpClient(TcpClient&& other) noexcept;
@@ -25,12 +27,18 @@ public:
     void finishSending();
     /// What the peer sends until it closes, or until the connection fails or patience ends.
     [[nodiscard]] QByteArray receiveAll();
+    /// The next bytes; none at the end.
+    [[nodiscard]] QByteArray receiveSome();
     /// Whether there is something to be received: bytes, or the end of the connection.
     [[nodiscard]] bool hasNews(std::chrono::milliseconds wait = {}) const;
     /// Closes with a reset (RST), as a peer does that has lost the connection.
     void reset();
+    /// Whether the peer has closed its side, or the whole connection.
+    [[nodiscard]] bool isClosedByPeer() const;
 
 private:
+    TcpClient(int descriptor, int /*tag*/);
+
     int descriptor_;
 };
 

@@ -5,14 +5,14 @@
 #include <QFile>
 #include <QString>
 
-namespace ferrylane::phone {
+namespace ferrylane {
 
 /// A regular file that is read once, from start to end. Its size is taken when it is opened; a file
 /// that turns out shorter or longer than that has changed while it was read, and what was read of
 /// it is worth nothing.
 class SourceFile {
 public:
-    /// Throws Failure (localFile), like next().
+    /// Throws SendError (domain file), like next().
     explicit SourceFile(const QString& path);
 
     /// The last component of the path.
@@ -28,4 +28,4 @@ private:
     qint64 read_ = 0;
 };
 
-} // namespace ferrylane::phone
+} // namespace ferrylane

@@ -1,6 +1,6 @@
-#include "phone/SourceFile.h"
+#include "sender/SourceFile.h"
 
-#include "phone/Failure.h"
+#include "sender/SendError.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
-using namespace ferrylane::phone;
+using namespace ferrylane;
 
 namespace {
 
@@ -31,13 +31,13 @@ protected:
     std::array<std::byte, 4> buffer_{};
 };
 
-void expectLocalFailure(const std::function<void()>& action)
+void expectFileError(const std::function<void()>& action)
 {
     try {
         action();
         ADD_FAILURE() << "no failure";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.code(), ExitCode::localFile);
+    } catch (const SendError& error) {
+        EXPECT_EQ(error.domain(), SendError::Domain::file);
     }
 }
 
@@ -62,7 +62,7 @@ TEST_F(SourceFileTest, failsWhenTheFileBecomesShorter)
     SourceFile file(path());
     EXPECT_EQ(file.next(buffer_), 4U);
     ASSERT_TRUE(QFile::resize(path(), 7));
-    expectLocalFailure([&] { static_cast<void>(file.next(buffer_)); });
+    expectFileError([&] { static_cast<void>(file.next(buffer_)); });
 }
 
 TEST_F(SourceFileTest, failsWhenTheFileBecomesLonger)
@@ -72,14 +72,14 @@ TEST_F(SourceFileTest, failsWhenTheFileBecomesLonger)
     EXPECT_EQ(file.next(buffer_), 4U);
     append("8");
     EXPECT_EQ(file.next(buffer_), 4U);
-    expectLocalFailure([&] { static_cast<void>(file.next(buffer_)); });
+    expectFileError([&] { static_cast<void>(file.next(buffer_)); });
 }
 
 TEST_F(SourceFileTest, takesRegularFilesOnly)
 {
-    expectLocalFailure([this] { const SourceFile missing(path()); });
-    expectLocalFailure([this] { const SourceFile folder(dir_.path()); });
+    expectFileError([this] { const SourceFile missing(path()); });
+    EXPECT_THROW(SourceFile(dir_.path()), SendError);
     // Opening a FIFO would wait for a writer for ever.
     ASSERT_EQ(mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
-    expectLocalFailure([this] { const SourceFile fifo(path()); });
+    EXPECT_THROW(SourceFile{path()}, SendError);
 }

@@ -1,28 +1,28 @@
-#include "phone/SourceFile.h"
+#include "sender/SourceFile.h"
 
-#include "phone/Failure.h"
+#include "sender/SendError.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
 
-namespace ferrylane::phone {
+namespace ferrylane {
 
 namespace {
 
-Failure failure(const QFile& file, const QString& what)
+SendError failure(const QFile& file, const QString& what)
 {
-    return {ExitCode::localFile, QStringLiteral("%1: %2").arg(file.fileName(), what)};
+    const QString name = QFileInfo(file.fileName()).fileName();
+    return {SendError::Domain::file, 0, QStringLiteral("%1: %2").arg(name, what)};
 }
 
 } // namespace
 
 SourceFile::SourceFile(const QString& path) : file_(path)
 {
-    // Looked at before it is opened: opening a FIFO waits for its writer.
-    if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) {
-        throw failure(file_, QStringLiteral("is not a regular file"));
-    }
+    // Looked at before it is opened: opening a FIFO waits for its writer. Only regular files have a
+    // size that tells how much there is to read.
+    if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) throw sendErrors::noFileSize();
     if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw failure(file_, file_.errorString());
     }
@@ -46,4 +46,4 @@ std::size_t SourceFile::next(platform::MutableByteView out)
     return static_cast<std::size_t>(count);
 }
 
-} // namespace ferrylane::phone
+} // namespace ferrylane

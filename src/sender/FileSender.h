@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/ByteBuffer.h"
+#include "platform/SecretKey.h"
+#include "receiver/V4Stream.h"
+#include "sender/Cancellation.h"
+#include "sender/PhoneConnection.h"
+#include "sender/PieceHasher.h"
+#include "sender/SendProgress.h"
+#include "sender/SourceFile.h"
+#include "sender/TargetAddress.h"
+
+#include <array>
+#include <chrono>
+
+namespace ferrylane {
+
+/// How long a send waits for what.
+struct SendTimes {
+    platform::Duration connectLimit = std::chrono::seconds(15);
+    platform::Duration statusLimit = std::chrono::seconds(5);
+    platform::Duration busyPause = std::chrono::seconds(1);
+};
+
+/// The phone that a file goes to.
+struct SendTarget {
+    QString name;
+    TargetAddress address;
+    platform::SecretKey key;
+};
+
+/// Sends one file after the other, each as one upload on a connection of its own. It keeps its
+/// buffers, 3 MiB in all, from file to file. Used by one thread, which waits; throws SendError.
+class FileSender {
+public:
+    /// All must outlive this.
+    FileSender(platform::TcpNetwork& network, Cancellation& cancellation, const SendTimes& times);
+
+    void send(const QString& path, const SendTarget& target, const QString& senderName,
+        SendProgress& progress);
+
+private:
+    void connect(PhoneConnection& phone, const SendTarget& target);
+    /// False when the phone has answered before the end.
+    [[nodiscard]] bool sendBody(
+        PhoneConnection& phone, SourceFile& file, RecordSealer sealer, SendProgress& progress);
+    [[nodiscard]] bool sendPiece(
+        PhoneConnection& phone, RecordSealer& sealer, platform::ByteView piece);
+    [[nodiscard]] bool sendEnd(PhoneConnection& phone, RecordSealer& sealer);
+    [[nodiscard]] bool sendChunk(PhoneConnection& phone);
+
+    platform::TcpNetwork& network_;
+    Cancellation& cancellation_;
+    const SendTimes& times_;
+
+    PieceHasher hasher_;
+    // Two in turn: while one is read into, the other may still be being hashed.
+    std::array<platform::ByteBuffer, 2> pieces_;
+    platform::ByteBuffer chunk_;
+};
+
+} // namespace ferrylane

@@ -1,0 +1,332 @@
+#include "sender/FerrylaneV4Sender.h"
+
+#include "core/Base64Url.h"
+#include "support/FakePhone.h"
+#include "support/ManualQueue.h"
+#include "support/PrivateUserFolders.h"
+#include "support/UploadStream.h"
+#include "support/Waiting.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace ferrylane;
+using namespace std::chrono_literals;
+using support::FakePhone;
+using support::httpAnswer;
+using Upload = FakePhone::Upload;
+
+namespace {
+
+const QByteArray ready = httpAnswer("200 OK", "READY");
+const QByteArray busy = httpAnswer("409 Conflict", "BUSY");
+
+void takeFile(Upload& upload)
+{
+    static_cast<void>(upload.body());
+    upload.answer(httpAnswer("200 OK", "OK SHA256"));
+}
+
+class FerrylaneV4SenderTest : public ::testing::Test {
+protected:
+    [[nodiscard]] QString file(const QString& name, const QByteArray& content) const
+    {
+        QFile file(folders_.below(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        return file.fileName();
+    }
+
+    [[nodiscard]] static FerrylanePairedTarget target(const QString& baseURL)
+    {
+        return {QStringLiteral("Pixel 8"), baseURL, base64URLEncode(support::testKey().bytes())};
+    }
+
+    void start(const QStringList& files, const FerrylanePairedTarget& to)
+    {
+        result_.reset();
+        sender_->onWaiting = [this] { ++waits_; };
+        sender_->send(
+            files, to, [this](const auto& progress) { progress_.push_back(progress); },
+            [this](const auto& result) { result_ = result; });
+    }
+
+    /// "3" for three files sent, else code and text of the error.
+    [[nodiscard]] QString outcome()
+    {
+        if (!queue_.waitFor([this] { return result_.has_value(); })) return {};
+        if (const int* const count = std::get_if<int>(&*result_)) return QString::number(*count);
+        const auto& error = std::get<SendError>(*result_);
+        return QStringLiteral("%1 %2").arg(error.code()).arg(error.description());
+    }
+
+    [[nodiscard]] QString send(const QStringList& files, const FerrylanePairedTarget& to)
+    {
+        start(files, to);
+        return outcome();
+    }
+
+    support::PrivateUserFolders folders_;
+    support::ManualQueue queue_;
+    platform::SteadyClock clock_;
+    std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
+    SendTimes times_{2s, 300ms, 20ms};
+    std::unique_ptr<FerrylaneV4Sender> sender_ = std::make_unique<FerrylaneV4Sender>(
+        FerrylaneV4Sender::Collaborators{*network_, queue_, clock_}, QStringLiteral("my computer"),
+        times_);
+    std::optional<FerrylaneV4Sender::Result> result_;
+    std::vector<FerrylaneV4Sender::Progress> progress_;
+    int waits_ = 0;
+};
+
+/// A port of 127.0.0.1 whose queue of connections is full: connecting takes for ever.
+class FullPort {
+public:
+    FullPort()
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof(address);
+        auto* const generic = reinterpret_cast<sockaddr*>(&address);
+        EXPECT_EQ(bind(listener_, generic, length) + listen(listener_, 0)
+                + getsockname(listener_, generic, &length),
+            0);
+        port_ = ntohs(address.sin_port);
+        clients_.emplace_back(port_);
+    }
+    ~FullPort() { close(listener_); }
+    FullPort(const FullPort&) = delete;
+    FullPort& operator=(const FullPort&) = delete;
+
+    [[nodiscard]] QString baseURL() const
+    {
+        return QStringLiteral("http://127.0.0.1:%1").arg(port_);
+    }
+
+private:
+    int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::uint16_t port_ = 0;
+    std::vector<support::TcpClient> clients_;
+};
+
+} // namespace
+
+TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
+{
+    std::vector<QByteArray> bodies;
+    FakePhone phone([&](Upload& upload) {
+        bodies.push_back(upload.body());
+        upload.answer(httpAnswer("200 OK", "OK SHA256"));
+    });
+    const QByteArray content = support::testContent(2 * 1048576 + 1);
+    const QStringList files{
+        file(QStringLiteral("a b.bin"), content), file(QStringLiteral("empty"), {})};
+    EXPECT_EQ(send(files, target(phone.baseURL())), QStringLiteral("2"));
+
+    ASSERT_EQ(bodies.size(), 2U);
+    EXPECT_GT(bodies[0].size(), content.size());
+    // The empty file is a final record of 56 bytes and the last chunk.
+    EXPECT_EQ(bodies[1].size(), 4 + 56 + 2 + 5);
+    const auto heads = phone.heads();
+    ASSERT_EQ(heads.size(), 4U); // each file is preceded by a question
+    EXPECT_TRUE(heads[0].startsWith("GET /transfer-status HTTP/1.1\r\n")) << heads[0].constData();
+    EXPECT_TRUE(heads[1].contains("\r\nX-Filename: a%20b.bin\r\n"));
+    EXPECT_TRUE(heads[1].contains("\r\nX-Ferrylane-Sender-Name: my%20computer\r\n"));
+
+    EXPECT_EQ(waits_, 0);
+    ASSERT_GE(progress_.size(), 3U);
+    EXPECT_EQ(progress_.front().fileName, QStringLiteral("a b.bin"));
+    EXPECT_EQ(progress_.back().fileIndex, 1);
+    EXPECT_EQ(progress_.back().fileCount, 2);
+    // The empty one is reported once.
+    EXPECT_EQ(progress_.back().fraction, 1);
+    EXPECT_EQ(progress_[progress_.size() - 2].fileIndex, 0);
+}
+
+TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
+{
+    const QByteArray longAnswer = "HTTP/1.1 200 OK\r\n\r\n" + QByteArray(70000, 'x');
+    const struct {
+        const char* name;
+        FakePhone::Part part;
+        const char* outcome;
+    } rows[] = {
+        {"refused after all",
+            [](Upload& u) {
+                u.body(), u.answer(httpAnswer("400 Bad Request", " Authentication failed\n"));
+            },
+            "400 Phone returned 400: Authentication failed"},
+        {"refused before the end", [](Upload& u) { u.answer(busy); },
+            "409 Phone returned 409: BUSY"},
+        {"refused without a reason",
+            [](Upload& u) { u.body(), u.answer("HTTP/1.1 507 x\r\n\r\n"); },
+            "507 Phone returned 507"},
+        {"accepted before the end", [](Upload& u) { u.answer(ready); },
+            "2438 Invalid HTTP response from phone."},
+        {"not HTTP", [](Upload& u) { u.body(), u.answer("hello\r\n"); },
+            "2438 Invalid HTTP response from phone."},
+        {"no number", [](Upload& u) { u.body(), u.answer("HTTP/1.1 fine\r\n\r\n"); },
+            "2438 Invalid HTTP response from phone."},
+        {"not UTF-8", [](Upload& u) { u.body(), u.answer("HTTP/1.1 200 \xff\r\n\r\n"); },
+            "2438 Invalid HTTP response from phone."},
+        {"no answer", [](Upload& u) { u.body(); }, "2438 Invalid HTTP response from phone."},
+        {"too long an answer", [&](Upload& u) { u.body(), u.answer(longAnswer), u.stall(); }, "1"},
+    };
+    const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    for (const auto& row : rows) {
+        FakePhone phone(row.part);
+        EXPECT_EQ(send({path}, target(phone.baseURL())), QString::fromLatin1(row.outcome))
+            << row.name;
+    }
+}
+
+TEST_F(FerrylaneV4SenderTest, refusesBadTargetsWithoutConnecting)
+{
+    FakePhone phone(takeFile);
+    const QString path = file(QStringLiteral("f"), "x");
+    const QString good = phone.baseURL();
+    const struct {
+        FerrylanePairedTarget target;
+        const char* outcome;
+    } rows[] = {
+        {{QStringLiteral("p"), good, QString(42, u'A')}, "2430 Paired receiver key is invalid."},
+        {{QStringLiteral("p"), good, QStringLiteral("%")}, "2430 Paired receiver key is invalid."},
+        {target(QStringLiteral("http://127.0.0.1")), "2432 Paired phone address is invalid."},
+        {target(QStringLiteral("http://127.0.0.1:65536")), "2432 Paired phone address is invalid."},
+        {target(QStringLiteral("http://:8787")), "2432 Paired phone address is invalid."},
+        {target(QStringLiteral("phone")), "2432 Paired phone address is invalid."},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(send({path}, row.target), QString::fromLatin1(row.outcome));
+    }
+    EXPECT_TRUE(phone.heads().empty());
+}
+
+TEST_F(FerrylaneV4SenderTest, waitsWhileThePhoneIsBusy)
+{
+    FakePhone phone(takeFile, {busy, busy, busy, ready});
+    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(phone.baseURL())), QStringLiteral("1"));
+    EXPECT_EQ(waits_, 1);
+    EXPECT_EQ(phone.heads().size(), 5U);
+}
+
+TEST_F(FerrylaneV4SenderTest, speaksIPv6AndNeedsNoProxy)
+{
+    const support::EnvironmentVariable proxy("http_proxy", "http://127.0.0.1:1");
+    FakePhone phone(takeFile);
+    const QString url = phone.baseURL(QStringLiteral("[::1]"));
+    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(url)), QStringLiteral("1"));
+    const auto heads = phone.heads();
+    ASSERT_EQ(heads.size(), 2U);
+    EXPECT_TRUE(heads[1].contains("\r\nHost: " + url.mid(7).toUtf8() + "\r\n"))
+        << heads[1].constData();
+}
+
+TEST_F(FerrylaneV4SenderTest, stopsAtTheFirstFailure)
+{
+    FakePhone phone(takeFile);
+    const QString a = file(QStringLiteral("a"), "a");
+    const QString missing = folders_.below(QStringLiteral("missing"));
+    EXPECT_EQ(send({a, missing, a}, target(phone.baseURL())),
+        QStringLiteral("0 missing: No such file or directory"));
+    EXPECT_EQ(phone.uploadCount(), 1U);
+    EXPECT_EQ(send({folders_.below(QString())}, target(phone.baseURL())),
+        QStringLiteral("2433 Could not read file size."));
+}
+
+TEST_F(FerrylaneV4SenderTest, neverCompletesAFileThatChangesMeanwhile)
+{
+    const QByteArray content = support::testContent(20 * 1048576);
+    const QString path = file(QStringLiteral("f"), content);
+    for (const qint64 newSize : {content.size() + 1, content.size() - 1}) {
+        ASSERT_TRUE(QFile::resize(path, content.size()));
+        QByteArray body;
+        FakePhone phone([&](Upload& upload) {
+            QFile::resize(path, newSize);
+            body = upload.body();
+        });
+        EXPECT_EQ(send({path}, target(phone.baseURL())),
+            QStringLiteral("0 f: changed while it was being sent"));
+        ASSERT_TRUE(support::waitUntil([&] { return phone.uploadCount() == 1; }));
+        EXPECT_FALSE(body.endsWith("0\r\n\r\n"));
+    }
+}
+
+TEST_F(FerrylaneV4SenderTest, connectingHasALimit)
+{
+    const FullPort port;
+    times_ = {50ms, 50ms, 20ms};
+    sender_ = std::make_unique<FerrylaneV4Sender>(
+        FerrylaneV4Sender::Collaborators{*network_, queue_, clock_}, QString(), times_);
+    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(port.baseURL())),
+        QStringLiteral("2435 Timed out connecting to Pixel 8 at %1.").arg(port.baseURL().mid(7)));
+}
+
+TEST_F(FerrylaneV4SenderTest, reportsARefusedConnection)
+{
+    QString url;
+    {
+        url = FakePhone(takeFile).baseURL();
+    }
+    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(url)),
+        QStringLiteral("%1 Connection refused").arg(ECONNREFUSED));
+}
+
+TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
+{
+    const FullPort full;
+    std::atomic<bool> waiting = false;
+    FakePhone busyPhone(takeFile, {busy});
+    FakePhone stalling([&](Upload& upload) { waiting = true, upload.stall(); });
+    FakePhone silent([&](Upload& upload) { upload.body(), waiting = true, upload.stall(); });
+    const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    const struct {
+        const char* name;
+        QString url;
+        std::function<bool()> isThere;
+    } rows[] = {
+        {"busy", busyPhone.baseURL(), [&] { return queue_.runAll(), waits_ > 0; }},
+        {"status", full.baseURL(), [] { return true; }},
+        {"connection", full.baseURL(), [] { return std::this_thread::sleep_for(500ms), true; }},
+        {"chunk", stalling.baseURL(), [&] { return waiting.load(); }},
+        {"answer", silent.baseURL(), [&] { return waiting.load(); }},
+    };
+    for (const auto& row : rows) {
+        waiting = false;
+        start({path}, target(row.url));
+        ASSERT_TRUE(support::waitUntil(row.isThere)) << row.name;
+        std::this_thread::sleep_for(30ms); // into the wait itself
+        const auto start = clock_.now();
+        sender_->cancel();
+        EXPECT_EQ(outcome(), QStringLiteral("2431 Transfer stopped.")) << row.name;
+        EXPECT_LT(platform::seconds(clock_.now() - start), 0.25) << row.name;
+    }
+}
+
+TEST_F(FerrylaneV4SenderTest, cancellingWithoutAJobChangesNothing)
+{
+    FakePhone phone(takeFile);
+    sender_->cancel();
+    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(phone.baseURL())), QStringLiteral("1"));
+}
+
+TEST_F(FerrylaneV4SenderTest, isSilentOnceItHasGone)
+{
+    FakePhone phone([](Upload& upload) { upload.stall(); });
+    start({file(QStringLiteral("f"), support::testContent(20 * 1048576))}, target(phone.baseURL()));
+    ASSERT_TRUE(support::waitUntil([&] { return phone.uploadCount() == 1; }));
+    const auto start = clock_.now();
+    sender_ = nullptr;
+    EXPECT_LT(platform::seconds(clock_.now() - start), 0.25);
+    queue_.runAll();
+    EXPECT_FALSE(result_.has_value());
+    EXPECT_TRUE(progress_.empty());
+}
