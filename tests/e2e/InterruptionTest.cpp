@@ -46,11 +46,9 @@ TEST_F(Interruption, byClosingFreesTheServiceAtAnyPoint)
 TEST_F(Interruption, byAResetFreesTheServiceToo)
 {
     const QByteArray all = upload(u"a.bin"_s, support::testContent(2'000'000)).all();
-    for (const qsizetype length : {all.size() / 2, all.size() - 5}) {
-        startedUpload(all.first(length)).reset();
-        expectFreeSoon();
-    }
-    EXPECT_EQ(program_.log().count("  Secure V4 receive failed: Connection error: "), 2)
+    startedUpload(all.chopped(5)).reset();
+    expectFreeSoon();
+    EXPECT_EQ(program_.log().count("  Secure V4 receive failed: Connection error: "), 1)
         << program_.log().constData();
 }
 

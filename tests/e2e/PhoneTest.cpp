@@ -43,7 +43,7 @@ TEST_F(Phone, uploadsFilesOfEverySize)
             = phone({u"upload"_s, home_.pairingLink(), u"--name=Pixel 8"_s, own(name, content)});
         EXPECT_EQ(run.exitCode, 0) << run.errors.constData();
         EXPECT_TRUE(run.output.startsWith(
-            name.toUtf8() + ": OK SHA256, " + QByteArray::number(size) + " bytes in "))
+            name.toUtf8() + ": stored and verified, " + QByteArray::number(size) + " bytes in "))
             << run.output.constData();
         EXPECT_EQ(home_.received(u"Pixel 8/"_s + name), content) << size;
         EXPECT_TRUE(program_.log().contains("  Secure V4 received " + QByteArray::number(size)
@@ -118,7 +118,7 @@ TEST_F(Phone, tellsByItsExitCodeWhatWentWrong)
         // The answer comes long before the last byte has been sent.
         {{u"upload"_s, u"--skip-identify"_s, wrongLink(), big}, 5, "Authentication failed"},
         {{u"upload"_s, u"--local"_s, home_.ownFile(u"missing"_s)}, 6, "No such file"},
-        {{u"upload"_s, u"--local"_s, home_.path()}, 6, "not a regular file"},
+        {{u"upload"_s, u"--local"_s, home_.path()}, 6, "Could not read file size"},
     };
     for (const Row& row : rows) {
         const PhoneRun run = phone(row.arguments);

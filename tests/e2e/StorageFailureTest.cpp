@@ -47,36 +47,3 @@ TEST_F(StorageFailure, fullDiskIsTheUploadsFailureAndTheLogSaysWhy)
     EXPECT_EQ(support::PrivateHome::contentOf(folder + u"/Pixel 8/small.bin"_s),
         support::testContent(1'000'000));
 }
-
-TEST_F(StorageFailure, withoutAReceiveFolderNoUploadBegins)
-{
-    support::PrivateHome::write(home_.receiveFolder(), "a file in its place");
-    ASSERT_TRUE(program_.start());
-    const QByteArray failure
-        = plainAnswer("500 Internal Server Error", "Cannot create destination");
-    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), failure);
-    EXPECT_EQ(readiness(), ready);
-    EXPECT_EQ(support::PrivateHome::contentOf(home_.receiveFolder()), "a file in its place");
-
-    ASSERT_TRUE(QFile::remove(home_.receiveFolder()));
-    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), stored) << "as soon as it can be made";
-}
-
-TEST_F(StorageFailure, whatTheFileSystemRefusesIsNotKept)
-{
-    ASSERT_TRUE(program_.start());
-    const QByteArray failure
-        = plainAnswer("500 Internal Server Error", "Cannot finalize destination");
-    EXPECT_EQ(answerToUpload(QString(256, u'x'), "content"), failure);
-    EXPECT_TRUE(program_.log().contains("File name too long")) << program_.log().constData();
-    EXPECT_TRUE(
-        program_.log().contains("  Secure V4 receive failed: Cannot finalize destination\n"));
-
-    // Something else is where the sender's folder belongs.
-    ASSERT_TRUE(QDir(home_.receiveFolder()).rmdir(u"Pixel 8"_s));
-    support::PrivateHome::write(home_.receiveFolder() + u"/Pixel 8"_s, "not a folder");
-    EXPECT_EQ(answerToUpload(u"a.bin"_s, "content"), failure);
-    EXPECT_EQ(home_.receivedFiles(), QStringList(u"Pixel 8"_s));
-    EXPECT_EQ(home_.received(u"Pixel 8"_s), "not a folder");
-    expectNoTrace();
-}

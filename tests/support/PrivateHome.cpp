@@ -38,6 +38,9 @@ QProcessEnvironment PrivateHome::environment() const
         if (name.startsWith(QStringLiteral("XDG_"))) environment.remove(name);
     }
     environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    // Nothing is announced on the real network.
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"),
+        QStringLiteral("unix:path=") + path() + QStringLiteral("/no-bus"));
     environment.insert(QStringLiteral("HOME"), path());
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), path());
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
