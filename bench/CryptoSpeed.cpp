@@ -43,6 +43,14 @@ CryptoSpeed::Figures measureOpening(const QByteArray& content)
     });
 }
 
+CryptoSpeed::Figures measureSealing(const QByteArray& content)
+{
+    const platform::GcmNonce nonce{};
+    platform::Aes256Gcm cipher(support::testKey());
+    std::vector<std::byte> sealed(pieceBytes + platform::gcmTagBytes);
+    return measure([&] { cipher.seal(nonce, {}, platform::bytesOf(content), sealed); });
+}
+
 CryptoSpeed::Figures measureHashing(const QByteArray& content)
 {
     platform::Sha256 sha256;
@@ -53,10 +61,11 @@ CryptoSpeed::Figures measureHashing(const QByteArray& content)
 
 } // namespace
 
-CryptoSpeed measureCrypto()
+CryptoSpeed measureCrypto(CipherUse use)
 {
     const QByteArray content = support::testContent(static_cast<qsizetype>(pieceBytes));
-    return {measureOpening(content), measureHashing(content)};
+    const auto cipher = use == CipherUse::open ? measureOpening(content) : measureSealing(content);
+    return {cipher, measureHashing(content)};
 }
 
 } // namespace bench

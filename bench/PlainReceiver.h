@@ -1,10 +1,8 @@
 #pragma once
 
+#include "bench/LoopbackServer.h"
+
 #include <QString>
-
-#include <cstdint>
-
-#include <sys/types.h>
 
 namespace bench {
 
@@ -13,27 +11,14 @@ namespace bench {
 /// of the socket and of the file.
 class PlainReceiver {
 public:
-    /// Forks: call it before any thread starts, and before this process takes much memory. Throws
-    /// std::system_error. Each upload is written to `file` anew.
+    /// Forks, see LoopbackServer. Each upload is written to `file` anew.
     explicit PlainReceiver(const QString& file);
-    /// Ends the process.
-    ~PlainReceiver();
-    PlainReceiver(const PlainReceiver&) = delete;
-    PlainReceiver& operator=(const PlainReceiver&) = delete;
 
-    [[nodiscard]] std::uint16_t port() const { return port_; }
-    [[nodiscard]] pid_t processId() const { return process_; }
+    [[nodiscard]] std::uint16_t port() const { return server_.port(); }
+    [[nodiscard]] pid_t processId() const { return server_.processId(); }
 
 private:
-    struct Listener {
-        int descriptor;
-        std::uint16_t port;
-    };
-    static Listener listenOnLoopback();
-    PlainReceiver(Listener listener, const QString& file);
-
-    std::uint16_t port_;
-    pid_t process_;
+    LoopbackServer server_;
 };
 
 } // namespace bench

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace bench {
@@ -23,6 +24,11 @@ QByteArray contentOf(qint64 process, const char* fileName)
     return file.readAll();
 }
 
+double secondsOf(const timeval& time)
+{
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
 } // namespace
 
 Process::ProcessorTime Process::processorTime() const
@@ -33,6 +39,13 @@ Process::ProcessorTime Process::processorTime() const
     const auto fields = stat.sliced(stat.lastIndexOf(')') + 2).split(' ');
     const auto ticksPerSecond = static_cast<double>(sysconf(_SC_CLK_TCK));
     return {fields[11].toDouble() / ticksPerSecond, fields[12].toDouble() / ticksPerSecond};
+}
+
+Process::ProcessorTime Process::ownProcessorTime()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return {secondsOf(usage.ru_utime), secondsOf(usage.ru_stime)};
 }
 
 void Process::resetPeakMemory() const

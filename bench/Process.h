@@ -9,13 +9,21 @@ namespace bench {
 class Process {
 public:
     struct ProcessorTime {
-        double user;   ///< seconds, in steps of 10 ms
-        double system; ///< seconds, in steps of 10 ms
+        double user;   ///< seconds
+        double system; ///< seconds
+
+        [[nodiscard]] ProcessorTime operator-(const ProcessorTime& earlier) const
+        {
+            return {user - earlier.user, system - earlier.system};
+        }
     };
 
     explicit Process(qint64 id) : id_(id) {}
 
+    /// In steps of 10 ms.
     [[nodiscard]] ProcessorTime processorTime() const;
+    /// Of the calling process, in steps of a microsecond.
+    [[nodiscard]] static ProcessorTime ownProcessorTime();
     /// MiB in memory now.
     [[nodiscard]] double memory() const { return mebibytes("VmRSS"); }
     /// Most MiB in memory since the last resetPeakMemory().

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 namespace bench {
@@ -14,5 +15,17 @@ constexpr double bytesPerGigabyte = 1e9;
 /// The smallest value that `percent` of all values do not exceed (nearest rank).
 [[nodiscard]] double percentile(std::vector<double> values, double percent);
 [[nodiscard]] double maximum(const std::vector<double>& values);
+
+/// The median of one value (a member, or what a function gives) of each item.
+template <typename Item, typename Value>
+[[nodiscard]] double medianOf(const std::vector<Item>& items, const Value& value)
+{
+    std::vector<double> values;
+    values.reserve(items.size());
+    for (const Item& item : items) {
+        values.push_back(std::invoke(value, item));
+    }
+    return median(values);
+}
 
 } // namespace bench

@@ -1,21 +1,18 @@
 // How fast the service receives, and what that takes; see --help.
 
+#include "bench/CommonOptions.h"
 #include "bench/HalfHeads.h"
 #include "bench/Interruption.h"
 #include "bench/SmallUploads.h"
 #include "bench/Throughput.h"
 #include "support/PrivateNetwork.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <cstdio>
 #include <exception>
-#include <stdexcept>
 
 namespace {
-
-constexpr qint64 mebibyte = 1048576;
 
 constexpr const char* description
     = "Measures the receiver service: the program itself, in a process and a home of its own, "
@@ -31,32 +28,9 @@ constexpr const char* description
       "MB and GB are decimal. Run it while nothing else runs; --size 4096 needs 9 GB of memory.";
 
 struct Options {
-    bench::ThroughputPlan throughput;
-    bool json = false;
+    bench::CommonOptions common;
+    QString program;
 };
-
-const QCommandLineOption& sizeOption()
-{
-    static const QCommandLineOption option(QStringLiteral("size"),
-        QStringLiteral("Size of a big upload (default 1024)."), QStringLiteral("MiB"),
-        QStringLiteral("1024"));
-    return option;
-}
-
-const QCommandLineOption& runsOption()
-{
-    static const QCommandLineOption option(QStringLiteral("runs"),
-        QStringLiteral("Number of timed big uploads (default 5)."), QStringLiteral("N"),
-        QStringLiteral("5"));
-    return option;
-}
-
-const QCommandLineOption& jsonOption()
-{
-    static const QCommandLineOption option(
-        QStringLiteral("json"), QStringLiteral("Print one line of JSON in place of the table."));
-    return option;
-}
 
 const QCommandLineOption& programOption()
 {
@@ -66,40 +40,26 @@ const QCommandLineOption& programOption()
     return option;
 }
 
-int positive(const QCommandLineParser& parser, const QCommandLineOption& option)
-{
-    const int value = parser.value(option).toInt();
-    if (value < 1) {
-        throw std::runtime_error(
-            "--" + option.names().first().toStdString() + " takes a number of at least 1");
-    }
-    return value;
-}
-
 Options readOptions(const QCoreApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromLatin1(description));
     parser.addHelpOption();
-    parser.addOptions({sizeOption(), runsOption(), jsonOption(), programOption()});
+    bench::CommonOptions::addTo(parser);
+    parser.addOption(programOption());
     parser.process(application);
-    return {{parser.value(programOption()), positive(parser, sizeOption()) * mebibyte,
-                positive(parser, runsOption())},
-        parser.isSet(jsonOption())};
+    return {bench::CommonOptions::of(parser), parser.value(programOption())};
 }
 
 void measure(const Options& options)
 {
-    const auto& throughput = options.throughput;
-    bench::Report report(QStringLiteral("Receiving %1 MiB, %2 runs")
-                             .arg(throughput.size / mebibyte)
-                             .arg(throughput.runs));
-    bench::measureThroughput(throughput, report);
-    bench::measureSmallUploads({throughput.program, QStringLiteral(FERRYLANE_DISK_FOLDER)}, report);
-    bench::measureHalfHeads(throughput.program, report);
-
-    const QByteArray text = options.json ? report.json() : report.table().toUtf8();
-    std::fputs(text.constData(), stdout);
+    const auto& [size, runs, json] = options.common;
+    bench::Report report(
+        QStringLiteral("Receiving %1 MiB, %2 runs").arg(size / bench::mebibyte).arg(runs));
+    bench::measureThroughput({options.program, size, runs}, report);
+    bench::measureSmallUploads({options.program, QStringLiteral(FERRYLANE_DISK_FOLDER)}, report);
+    bench::measureHalfHeads(options.program, report);
+    options.common.print(report);
 }
 
 } // namespace
