@@ -1,18 +1,18 @@
-#include "core/DeviceName.h"
 #include "core/Log.h"
 #include "core/Notifications.h"
-#include "discovery/UdpResponder.h"
+#include "discovery/FerrylaneDeviceDiscovery.h"
+#include "pairing/PairedTargets.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Tcp.h"
 #include "platform/TerminationSignals.h"
 #include "receiver/HTTPServer.h"
+#include "service/NetworkPresence.h"
 #include "transferlog/TransferLog.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
 
-#include <atomic>
 #include <cstdio>
 #include <optional>
 #include <system_error>
@@ -20,26 +20,6 @@
 namespace {
 
 using ferrylane::HTTPServer;
-
-/// The UDP responder, as the service drives it.
-class Responder final : public HTTPServer::DiscoveryResponder {
-public:
-    void start() override { responder_.start(); }
-    void stop() override { responder_.stop(); }
-    void setVisible(bool visible) override { visible_ = visible; }
-
-private:
-    std::atomic<bool> visible_ = true;
-    ferrylane::UdpResponder responder_{
-        [this] { return visible_.load(); }, [] { return ferrylane::ferrylaneDeviceSuffix(); }};
-};
-
-/// Phones find this computer by UDP alone.
-class NoAdvertiser final : public HTTPServer::Advertiser {
-public:
-    void advertise(const QString& /*name*/) override {}
-    void withdraw() override {}
-};
 
 void logReceivedFile(const HTTPServer& server, platform::NotificationCenter& notifications)
 {
@@ -58,13 +38,17 @@ int run()
     platform::NotificationCenter notifications(mainQueue);
     const platform::SteadyClock clock;
     const auto network = platform::TcpNetwork::create("ferrylane.conn");
-    Responder responder;
-    NoAdvertiser advertiser;
+    ferrylane::NetworkPresence presence;
+    ferrylane::FerrylaneDeviceDiscovery discovery(
+        ferrylane::FerrylaneDeviceDiscovery::Parts::ofSystem(mainQueue, clock));
+    // A phone that has moved to another address is found there.
+    discovery.setOnAddress(ferrylane::refreshFerrylanePairedTargetAddress);
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     try {
-        const HTTPServer server({*network, mainQueue, notifications, clock, responder, advertiser});
+        const HTTPServer server({*network, mainQueue, notifications, clock, presence, presence});
         const auto observation = notifications.observe(ferrylane::FerrylaneReceived,
             [&](const auto&) { logReceivedFile(server, notifications); });
+        discovery.start();
         return QCoreApplication::exec();
     } catch (const std::system_error& error) {
         ferrylane::flLog(QStringLiteral("Could not start Ferrylane: ")

@@ -3,7 +3,6 @@
 #include "core/Base64Url.h"
 #include "core/DeviceName.h"
 #include "core/Log.h"
-#include "core/Service.h"
 #include "core/StoragePaths.h"
 #include "pairing/ReceiverKeyStore.h"
 #include "receiver/PartialFile.h"
@@ -28,8 +27,9 @@ QString describe(const std::error_code& error)
 
 } // namespace
 
-HTTPServer::HTTPServer(const Collaborators& collaborators)
+HTTPServer::HTTPServer(const Collaborators& collaborators, std::uint16_t tcpPort)
     : with_(collaborators)
+    , tcpPort_(tcpPort)
     , context_(std::make_shared<ReceiverContext>(
           loadOrCreateFerrylaneKey(), with_.mainQueue, with_.notifications, with_.clock))
     , sessionKeyB64_(base64URLEncode(context_->sessionKey.bytes()))
@@ -47,7 +47,7 @@ HTTPServer::~HTTPServer()
 
 void HTTPServer::startListener()
 {
-    listener_ = with_.network.listener(port);
+    listener_ = with_.network.listener(tcpPort_);
     const std::weak_ptr weak(listener_);
     listener_->start(
         [this, weak](State state, const std::error_code& error) {
@@ -88,7 +88,7 @@ void HTTPServer::listenerChanged(State state, const std::error_code& error)
     switch (state) {
     case State::ready:
         flLog(QStringLiteral("Server ready on port %1; Bonjour visible=%2")
-                  .arg(QString::number(port), isVisible_ ? u"true" : u"false"));
+                  .arg(QString::number(tcpPort_), isVisible_ ? u"true" : u"false"));
         removeStalePartialsOnce();
         return;
     case State::waiting:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Service.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Tcp.h"
 #include "receiver/ReceiverContext.h"
@@ -61,7 +62,7 @@ public:
     /// Loads or creates the receiver key and starts the service. A port that is in use is logged
     /// when the listener finds it so; std::system_error is thrown when discovery cannot be
     /// answered.
-    explicit HTTPServer(const Collaborators& collaborators);
+    explicit HTTPServer(const Collaborators& collaborators, std::uint16_t tcpPort = port);
     ~HTTPServer();
     HTTPServer(const HTTPServer&) = delete;
     HTTPServer& operator=(const HTTPServer&) = delete;
@@ -97,7 +98,9 @@ private:
     /// On the listener's queue.
     void listenerChanged(platform::TcpListener::State state, const std::error_code& error);
     void removeStalePartialsOnce();
+
     Collaborators with_;
+    std::uint16_t tcpPort_;
     std::shared_ptr<ReceiverContext> context_;
     QString sessionKeyB64_;
     /// Shared for the sake of those that ask on the main queue whether it is still the listener.

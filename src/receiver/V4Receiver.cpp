@@ -135,8 +135,9 @@ void V4Receiver::finalizeIfDone()
         [context = upload_.context, file = ReceivedFile{*path, static_cast<qint64>(size)}] {
             context->lastReceivedFile = file;
         });
+    leave();
     progress_.stored(size, QFileInfo(*path).fileName());
-    end({statuses::ok, "OK SHA256"});
+    answer({statuses::ok, "OK SHA256"});
 }
 
 void V4Receiver::fail(const QString& text, QByteArrayView status)
@@ -144,16 +145,20 @@ void V4Receiver::fail(const QString& text, QByteArrayView status)
     // What the worker has not got to yet came earlier, and so did its failure.
     const auto earlier = worker_->settle();
     const QString reason = earlier ? QString(earlier->text) : text;
-    worker_.reset(); // with it the partial file goes, before anybody hears of the failure
+    leave();
     flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
     progress_.stopped(reason);
-    end({earlier ? statuses::badRequest : status, reason.toUtf8()});
+    answer({earlier ? statuses::badRequest : status, reason.toUtf8()});
 }
 
-void V4Receiver::end(const HttpAnswer& answer)
+void V4Receiver::leave()
 {
-    worker_.reset();
+    worker_.reset(); // and with it a partial file
     upload_.context->admission.release(*upload_.connection);
+}
+
+void V4Receiver::answer(const HttpAnswer& answer)
+{
     upload_.connection->sendLast(answer.toBytes());
 }
 

@@ -47,8 +47,9 @@ private:
     void finalizeIfDone();
     void fail(const QString& text, QByteArrayView status = statuses::badRequest);
     void fail(StreamFailure failure) { fail(QString(failure.text)); }
-    /// Leaves the service free and answers.
-    void end(const HttpAnswer& answer);
+    /// Leaves the service free for the next upload, before anybody hears of the end of this one.
+    void leave();
+    void answer(const HttpAnswer& answer);
 
     AdmittedUpload upload_;
     platform::ByteBuffer bodyBuffer_;

@@ -1,7 +1,9 @@
 #include "phone/Arguments.h"
 
+#include "pairing/PairingQR.h"
 #include "phone/Failure.h"
 #include "phone/HelpTexts.h"
+#include "platform/HostName.h"
 
 #include <QCommandLineParser>
 
@@ -16,16 +18,19 @@ Failure wrongUsage(const QString& what, const QString& help)
     return {ExitCode::usage, what + QStringLiteral("\n\n") + usage};
 }
 
-/// The options of both commands, and what is left of the command line without them.
+/// A command's options, and what is left of the command line without them.
 class CommandLine {
 public:
     explicit CommandLine(QString help) : help_(std::move(help))
     {
-        parser_.addOptions(
-            {{{QStringLiteral("h"), QStringLiteral("help")}, {}}, {QStringLiteral("local"), {}}});
+        parser_.addOption({{QStringLiteral("h"), QStringLiteral("help")}, {}});
     }
 
-    void add(const QCommandLineOption& option) { parser_.addOption(option); }
+    void addFlag(const char* option) { parser_.addOption({QString::fromLatin1(option), {}}); }
+    void addValue(const char* option, const QString& fallback = QString())
+    {
+        parser_.addOption({QString::fromLatin1(option), {}, QStringLiteral("VALUE"), fallback});
+    }
 
     /// False when help is wanted.
     [[nodiscard]] bool parse(const QStringList& arguments)
@@ -46,6 +51,20 @@ public:
         return parser_.value(QString::fromLatin1(option));
     }
 
+    /// A decimal number.
+    [[nodiscard]] int number(const char* option, int minimum, int maximum) const
+    {
+        bool isNumber = false;
+        const int number = value(option).toInt(&isNumber);
+        if (!isNumber || number < minimum || number > maximum) {
+            fail(QStringLiteral("--%1 takes a number from %2 to %3.")
+                     .arg(QString::fromLatin1(option))
+                     .arg(minimum)
+                     .arg(maximum));
+        }
+        return number;
+    }
+
     /// The link, in front of everything else; none with --local.
     [[nodiscard]] std::optional<QString> takeLink()
     {
@@ -54,6 +73,10 @@ public:
         return rest_.takeFirst();
     }
     [[nodiscard]] const QStringList& rest() const { return rest_; }
+    void expectNoMore() const
+    {
+        if (!rest_.isEmpty()) fail(QStringLiteral("One argument too many: ") + rest_.first());
+    }
 
     [[noreturn]] void fail(const QString& what) const { throw wrongUsage(what, help_); }
 
@@ -63,27 +86,24 @@ private:
     QStringList rest_;
 };
 
-std::variant<Arguments, Help> parseIdentify(const QStringList& arguments)
+Arguments parseIdentify(const QStringList& arguments)
 {
     CommandLine line(identifyHelp());
+    line.addFlag("local");
     if (!line.parse(arguments)) return Help{identifyHelp()};
-    Arguments parsed;
-    parsed.command = Arguments::Command::identify;
-    parsed.link = line.takeLink();
-    if (!line.rest().isEmpty()) {
-        line.fail(QStringLiteral("One argument too many: ") + line.rest().first());
-    }
+    const IdentifyArguments parsed{line.takeLink()};
+    line.expectNoMore();
     return parsed;
 }
 
-std::variant<Arguments, Help> parseUpload(const QStringList& arguments)
+Arguments parseUpload(const QStringList& arguments)
 {
     CommandLine line(uploadHelp());
-    line.add({QStringLiteral("skip-identify"), {}});
-    line.add({QStringLiteral("name"), {}, QStringLiteral("NAME")});
+    line.addFlag("local");
+    line.addFlag("skip-identify");
+    line.addValue("name");
     if (!line.parse(arguments)) return Help{uploadHelp()};
-    Arguments parsed;
-    parsed.command = Arguments::Command::upload;
+    UploadArguments parsed;
     parsed.link = line.takeLink();
     parsed.files = line.rest();
     parsed.skipsIdentify = line.isSet("skip-identify");
@@ -92,9 +112,31 @@ std::variant<Arguments, Help> parseUpload(const QStringList& arguments)
     return parsed;
 }
 
+Arguments parseReceive(const QStringList& arguments)
+{
+    CommandLine line(receiveHelp());
+    line.addValue("dir", QStringLiteral("received"));
+    line.addValue("name", platform::localizedHostName() + QStringLiteral(" phone"));
+    line.addValue("port", QString::number(phonePort));
+    line.addValue("busy", QStringLiteral("0"));
+    if (!line.parse(arguments)) return Help{receiveHelp()};
+    line.expectNoMore();
+    return ReceiveArguments{line.value("dir"), line.value("name"),
+        static_cast<std::uint16_t>(line.number("port", 1, 65535)), line.number("busy", 0, 1000000)};
+}
+
+Arguments parseDiscover(const QStringList& arguments)
+{
+    CommandLine line(discoverHelp());
+    line.addValue("time", QStringLiteral("3"));
+    if (!line.parse(arguments)) return Help{discoverHelp()};
+    line.expectNoMore();
+    return DiscoverArguments{std::chrono::seconds(line.number("time", 1, 3600))};
+}
+
 } // namespace
 
-std::variant<Arguments, Help> parseArguments(const QStringList& arguments)
+Arguments parseArguments(const QStringList& arguments)
 {
     if (arguments.size() < 2) {
         throw Failure(ExitCode::usage, generalHelp().trimmed());
@@ -103,6 +145,8 @@ std::variant<Arguments, Help> parseArguments(const QStringList& arguments)
     const QStringList forCommand = arguments.sliced(1);
     if (command == u"identify") return parseIdentify(forCommand);
     if (command == u"upload") return parseUpload(forCommand);
+    if (command == u"receive") return parseReceive(forCommand);
+    if (command == u"discover") return parseDiscover(forCommand);
     if (command == u"--help" || command == u"-h") return Help{generalHelp()};
     throw Failure(ExitCode::usage,
         QStringLiteral("Unknown command '%1'; see ferrylane-phone --help").arg(command));

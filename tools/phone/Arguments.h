@@ -3,27 +3,46 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
 #include <variant>
 
 namespace ferrylane::phone {
 
-/// What the command line asks for.
-struct Arguments {
-    enum class Command { identify, upload };
+// What the command line asks for. A link that is none stands for this user's own receiver
+// (--local).
 
-    Command command = Command::identify;
-    std::optional<QString> link; ///< none: this user's own receiver (--local)
+struct IdentifyArguments {
+    std::optional<QString> link;
+};
+
+struct UploadArguments {
+    std::optional<QString> link;
     QStringList files;
     bool skipsIdentify = false;
     std::optional<QString> senderName;
+};
+
+struct ReceiveArguments {
+    QString folder;
+    QString name;
+    std::uint16_t port = 0;
+    int busyTimes = 0;
+};
+
+struct DiscoverArguments {
+    std::chrono::seconds time{};
 };
 
 struct Help {
     QString text;
 };
 
+using Arguments
+    = std::variant<Help, IdentifyArguments, UploadArguments, ReceiveArguments, DiscoverArguments>;
+
 /// `arguments`: with the program's name in front. Throws Failure (usage).
-[[nodiscard]] std::variant<Arguments, Help> parseArguments(const QStringList& arguments);
+[[nodiscard]] Arguments parseArguments(const QStringList& arguments);
 
 } // namespace ferrylane::phone

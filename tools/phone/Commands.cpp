@@ -3,32 +3,20 @@
 #include "core/Service.h"
 #include "core/Text.h"
 #include "pairing/ReceiverKeyStore.h"
+#include "phone/DiscoverCommand.h"
 #include "phone/Failure.h"
-#include "phone/FileUpload.h"
-#include "phone/HttpExchange.h"
 #include "phone/Identify.h"
-#include "phone/UploadProgress.h"
+#include "phone/Output.h"
+#include "phone/PhoneFolders.h"
+#include "phone/ReceiveCommand.h"
+#include "phone/UploadCommand.h"
+#include "platform/Clock.h"
 #include "platform/Files.h"
-#include "platform/HostName.h"
-
-#include <cstdio>
+#include "platform/Tcp.h"
 
 namespace ferrylane::phone {
 
 namespace {
-
-void print(const QString& line)
-{
-    std::printf("%s\n", line.toUtf8().constData());
-    // Each line is out before the next file begins, also in a pipe.
-    std::fflush(stdout);
-}
-
-/// The computer's words, on one line: they must not steer the terminal.
-QString printable(const QByteArray& text)
-{
-    return onOneLine(QString::fromUtf8(text));
-}
 
 /// This user's own receiver. Its key is only read: creating one is the receiver's business.
 PairingLink localLink()
@@ -44,10 +32,10 @@ PairingLink localLink()
     return {QStringLiteral("127.0.0.1"), port, std::move(*key)};
 }
 
-PairingLink linkOf(const Arguments& arguments)
+PairingLink linkOf(const std::optional<QString>& text)
 {
-    if (!arguments.link) return localLink();
-    auto link = parsePairingLink(*arguments.link);
+    if (!text) return localLink();
+    auto link = parsePairingLink(*text);
     if (!link) {
         throw Failure(ExitCode::usage,
             QStringLiteral("This is not a pairing link (http://HOST:PORT/?flkey=KEY)"));
@@ -55,85 +43,48 @@ PairingLink linkOf(const Arguments& arguments)
     return std::move(*link);
 }
 
-Failure busy()
-{
-    return {ExitCode::busy, QStringLiteral("the computer is busy with another transfer")};
-}
-
-Failure refused(const QString& what, const HttpResponse& answer)
-{
-    return {ExitCode::refused,
-        QStringLiteral("%1: %2: %3")
-            .arg(what, printable(answer.statusText), printable(answer.body))};
-}
-
-void checkReady(platform::TcpNetwork& network, const PairingLink& link)
-{
-    const HttpResponse answer = get(network, link, "/transfer-status");
-    if (answer.status == 409) throw busy();
-    if (answer.status != 200) throw refused(QStringLiteral("/transfer-status"), answer);
-}
-
-class Upload {
+/// Runs each command with what it needs. The link comes from the user's own folders, all else is
+/// the phone's.
+class Runner {
 public:
-    Upload(const Arguments& arguments, platform::TcpNetwork& network, const platform::Clock& clock)
-        : link_(linkOf(arguments))
-        , senderName_(arguments.senderName.value_or(platform::localizedHostName()))
-        , skipsIdentify_(arguments.skipsIdentify)
-        , network_(network)
-        , clock_(clock)
+    void operator()(const Help& help) const { print(help.text.trimmed()); }
+
+    void operator()(const IdentifyArguments& arguments) const
     {
+        const PairingLink link = linkOf(arguments.link);
+        usePhoneFolders();
+        print(onOneLine(identify(*network(), link)));
     }
 
-    void put(const QString& path)
+    void operator()(const UploadArguments& arguments) const
     {
-        SourceFile file(path);
-        checkReady(network_, link_);
-        if (!skipsIdentify_) (void)identify(network_, link_);
-        send(file);
+        const PairingLink link = linkOf(arguments.link);
+        usePhoneFolders();
+        upload(arguments, link, *network(), clock_);
     }
+
+    void operator()(const ReceiveArguments& arguments) const
+    {
+        usePhoneFolders();
+        receive(arguments, *network(), clock_);
+    }
+
+    void operator()(const DiscoverArguments& arguments) const { discover(arguments, clock_); }
 
 private:
-    void send(SourceFile& file)
+    [[nodiscard]] static std::unique_ptr<platform::TcpNetwork> network()
     {
-        const QString name = onOneLine(file.name());
-        HttpResponse answer;
-        platform::Duration elapsed{};
-        {
-            UploadProgress progress(name, file.size(), clock_);
-            answer = uploadFile(network_, link_, file, senderName_,
-                [&progress](qint64 done) { progress.advanced(done); });
-            elapsed = progress.elapsed();
-        }
-        if (answer.status == 409) throw busy();
-        if (answer.status != 200) throw refused(name, answer);
-        print(QStringLiteral("%1: %2, %3 bytes in %4 s, %5")
-                  .arg(name, printable(answer.body), QString::number(file.size()),
-                      QString::number(platform::seconds(elapsed), 'f', 2),
-                      speedText(file.size(), elapsed)));
+        return platform::TcpNetwork::create("ferrylane.phone");
     }
 
-    PairingLink link_;
-    QString senderName_;
-    bool skipsIdentify_;
-    platform::TcpNetwork& network_;
-    const platform::Clock& clock_;
+    platform::SteadyClock clock_;
 };
 
 } // namespace
 
-void run(const Arguments& arguments, platform::TcpNetwork& network, const platform::Clock& clock)
+void run(const Arguments& arguments)
 {
-    switch (arguments.command) {
-    case Arguments::Command::identify:
-        print(onOneLine(identify(network, linkOf(arguments))));
-        return;
-    case Arguments::Command::upload:
-        Upload upload(arguments, network, clock);
-        for (const QString& path : arguments.files) {
-            upload.put(path);
-        }
-    }
+    std::visit(Runner(), arguments);
 }
 
 } // namespace ferrylane::phone

@@ -3,7 +3,7 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 #include "phone/Failure.h"
-#include "phone/HttpExchange.h"
+#include "phone/HttpGet.h"
 #include "platform/Crypto.h"
 
 #include <array>

@@ -1,9 +1,7 @@
 #include "phone/PairingLink.h"
 
 #include "core/Base64Url.h"
-
-#include <QUrl>
-#include <QUrlQuery>
+#include "pairing/PairingUrl.h"
 
 namespace ferrylane::phone {
 
@@ -14,18 +12,15 @@ QString PairingLink::hostInHeader() const
 
 std::optional<PairingLink> parsePairingLink(const QString& text)
 {
-    const QUrl url(text, QUrl::StrictMode);
-    const int port = url.port();
-    if (!url.isValid() || url.scheme() != u"http" || url.host().isEmpty() || port < 1) {
-        return std::nullopt;
-    }
-    const QString keyText
-        = QUrlQuery(url).queryItemValue(QStringLiteral("flkey"), QUrl::FullyDecoded);
-    const auto keyBytes = base64URLDecode(keyText);
-    if (!keyBytes) return std::nullopt;
-    auto key = platform::SecretKey::fromBytes(platform::bytesOf(*keyBytes));
+    const auto url = parsePairingUrl(text);
+    if (!url || url->port == 0) return std::nullopt;
+    const auto keyBytes = base64URLDecode(url->keyText);
+    auto key
+        = keyBytes ? platform::SecretKey::fromBytes(platform::bytesOf(*keyBytes)) : std::nullopt;
     if (!key) return std::nullopt;
-    return PairingLink{url.host(), static_cast<std::uint16_t>(port), std::move(*key)};
+    const bool isIPv6 = url->host.startsWith(u'[');
+    const QString host = isIPv6 ? url->host.sliced(1).chopped(1) : url->host;
+    return PairingLink{host, url->port, std::move(*key)};
 }
 
 } // namespace ferrylane::phone

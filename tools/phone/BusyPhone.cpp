@@ -1,0 +1,57 @@
+#include "phone/BusyPhone.h"
+
+#include "phone/Failure.h"
+#include "phone/Output.h"
+
+namespace ferrylane::phone {
+
+namespace {
+
+// The answers of the receiver service are laid out like this.
+constexpr const char* busyAnswer = "HTTP/1.1 409 Conflict\r\n"
+                                   "Content-Type: text/plain\r\n"
+                                   "Content-Length: 4\r\n"
+                                   "Cache-Control: no-store\r\n"
+                                   "Connection: close\r\n"
+                                   "\r\n"
+                                   "BUSY";
+constexpr std::size_t headReceive = 4096;
+
+} // namespace
+
+BusyPhone::BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQueue,
+    std::uint16_t tcpPort, int times, std::function<void()> onDone)
+    : mainQueue_(mainQueue)
+    , listener_(network.listener(tcpPort))
+    , timesLeft_(times)
+    , onDone_(std::move(onDone))
+{
+    listener_->start(
+        [tcpPort](platform::TcpListener::State state, const std::error_code& error) {
+            if (state != platform::TcpListener::State::failed) return;
+            tell(QStringLiteral("Cannot open port %1: %2")
+                     .arg(tcpPort)
+                     .arg(QString::fromStdString(error.message())));
+        },
+        [this](const std::shared_ptr<platform::TcpConnection>& connection) { refuse(connection); });
+}
+
+void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connection)
+{
+    if (timesLeft_ == 0) return;
+    if (--timesLeft_ == 0) mainQueue_.async([this] { finish(); });
+    // The request is waited for: an answer before it might be lost.
+    const auto request = std::make_shared<platform::ByteBuffer>();
+    connection->receive(
+        *request, 1, headReceive, [connection, request](bool /*end*/, const std::error_code&) {
+            connection->sendLast(busyAnswer);
+        });
+}
+
+void BusyPhone::finish()
+{
+    listener_->cancel();
+    onDone_();
+}
+
+} // namespace ferrylane::phone
