@@ -28,14 +28,14 @@ bool Cancellation::isCancelled() const
 
 void Cancellation::check() const
 {
-    if (isCancelled()) throw sendErrors::stopped();
+    if (isCancelled()) throw send_errors::stopped();
 }
 
 void Cancellation::sleepFor(platform::Duration duration) const
 {
     std::unique_lock lock(mutex_);
     if (changed_.wait_for(lock, duration, [this] { return cancelled_; })) {
-        throw sendErrors::stopped();
+        throw send_errors::stopped();
     }
 }
 
@@ -44,7 +44,7 @@ Cancellation::Watch::Watch(
     : cancellation_(cancellation)
 {
     const std::lock_guard lock(cancellation_.mutex_);
-    if (cancellation_.cancelled_) throw sendErrors::stopped();
+    if (cancellation_.cancelled_) throw send_errors::stopped();
     cancellation_.activeConnection_ = std::move(connection);
 }
 

@@ -16,14 +16,14 @@ platform::SecretKey keyOf(const FerrylanePairedTarget& target)
 {
     const auto bytes = base64URLDecode(target.keyB64);
     auto key = bytes ? platform::SecretKey::fromBytes(platform::bytesOf(*bytes)) : std::nullopt;
-    if (!key) throw sendErrors::invalidKey();
+    if (!key) throw send_errors::invalidKey();
     return std::move(*key);
 }
 
 TargetAddress addressOf(const FerrylanePairedTarget& target)
 {
     const auto address = parseTargetAddress(target.baseURL);
-    if (!address) throw sendErrors::invalidAddress();
+    if (!address) throw send_errors::invalidAddress();
     return *address;
 }
 
@@ -73,7 +73,7 @@ FerrylaneV4Sender::Result FerrylaneV4Sender::run(const Job& job)
         return static_cast<int>(job.files.size());
     } catch (const SendError& error) {
         // Closing the connection is how a job is stopped, so its errors then mean just that.
-        if (cancellation_.isCancelled()) return sendErrors::stopped();
+        if (cancellation_.isCancelled()) return send_errors::stopped();
         return error;
     } catch (const std::exception& error) {
         return SendError(SendError::Domain::file, 0, QString::fromUtf8(error.what()));

@@ -15,7 +15,7 @@ V4Transfer newTransfer(const SourceFile& file)
     transfer.id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
     transfer.fileName = file.name();
     transfer.fileSize = file.size();
-    if (!platform::fillWithRandomBytes(transfer.noncePrefix)) throw sendErrors::noNonce();
+    if (!platform::fillWithRandomBytes(transfer.noncePrefix)) throw send_errors::noNonce();
     return transfer;
 }
 
@@ -24,11 +24,11 @@ void checkAnswer(const PhoneConnection::Answer& answer, bool isAllSent)
 {
     const auto response = parsePhoneResponse(platform::bytesOf(answer.bytes));
     if (response && !response->isSuccess()) {
-        throw sendErrors::phoneReturned(response->status, response->body);
+        throw send_errors::phoneReturned(response->status, response->body);
     }
     // A success counts only when it came to its end, and after all of the file.
     if (answer.error) throw SendError::network(answer.error);
-    if (!response || !isAllSent) throw sendErrors::invalidResponse();
+    if (!response || !isAllSent) throw send_errors::invalidResponse();
 }
 
 } // namespace
@@ -62,7 +62,7 @@ void FileSender::connect(PhoneConnection& phone, const SendTarget& target)
     const auto& [host, port] = target.address;
     const QString where = QStringLiteral("%1:%2").arg(host, QString::number(port));
     if (!phone.connect(times_.connectLimit, where)) {
-        throw sendErrors::connectTimedOut(target.name, host, port);
+        throw send_errors::connectTimedOut(target.name, host, port);
     }
 }
 
@@ -79,7 +79,7 @@ bool FileSender::sendBody(
         if (!sendPiece(phone, sealer, room.first(count))) return false;
         sentBytes += static_cast<qint64>(count);
         // The index after the last one is the final record's.
-        if (sealer.recordCount() == finalRecordIndex) throw sendErrors::tooManyRecords();
+        if (sealer.recordCount() == finalRecordIndex) throw send_errors::tooManyRecords();
         progress.advanced(sentBytes);
         cancellation_.check();
     }

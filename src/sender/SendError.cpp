@@ -19,10 +19,10 @@ SendError SendError::network(const std::error_code& error)
 
 bool SendError::isStopped() const
 {
-    return domain_ == Domain::ferrylane && code_ == sendErrors::stoppedCode;
+    return domain_ == Domain::ferrylane && code_ == send_errors::stoppedCode;
 }
 
-namespace sendErrors {
+namespace send_errors {
 
 namespace {
 
@@ -81,6 +81,6 @@ SendError phoneReturned(int status, const QString& body)
     return own(status, body.isEmpty() ? text : text + QStringLiteral(": ") + body);
 }
 
-} // namespace sendErrors
+} // namespace send_errors
 
 } // namespace ferrylane

@@ -11,7 +11,7 @@ namespace ferrylane {
 class SendError final : public std::exception {
 public:
     enum class Domain {
-        ferrylane, ///< `code` is one of sendErrors or the phone's HTTP status
+        ferrylane, ///< `code` is one of send_errors or the phone's HTTP status
         network,   ///< `code` is the system's
         file       ///< the file could not be read, or changed while it was; `code` is 0
     };
@@ -35,7 +35,7 @@ private:
 };
 
 /// The errors of sending. Their codes are fixed.
-namespace sendErrors {
+namespace send_errors {
 
 /// The codes below are HTTP statuses.
 inline constexpr int firstCode = 2430;
@@ -53,6 +53,6 @@ inline constexpr int stoppedCode = 2431;
 /// The code is the status. `body` may be empty.
 [[nodiscard]] SendError phoneReturned(int status, const QString& body);
 
-} // namespace sendErrors
+} // namespace send_errors
 
 } // namespace ferrylane

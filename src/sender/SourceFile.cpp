@@ -22,7 +22,7 @@ SourceFile::SourceFile(const QString& path) : file_(path)
 {
     // Looked at before it is opened: opening a FIFO waits for its writer. Only regular files have a
     // size that tells how much there is to read.
-    if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) throw sendErrors::noFileSize();
+    if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) throw send_errors::noFileSize();
     if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw failure(file_, file_.errorString());
     }

@@ -30,8 +30,8 @@ ExitCode exitCodeOf(const SendError& error)
         break;
     }
     if (error.code() == busyStatus) return ExitCode::busy;
-    if (error.code() < sendErrors::firstCode) return ExitCode::refused; // another HTTP status
-    if (error.code() == sendErrors::noFileSize().code()) return ExitCode::localFile;
+    if (error.code() < send_errors::firstCode) return ExitCode::refused; // another HTTP status
+    if (error.code() == send_errors::noFileSize().code()) return ExitCode::localFile;
     return ExitCode::noConnection;
 }
 

@@ -6,7 +6,6 @@
 #include <asio/connect.hpp>
 #include <asio/dispatch.hpp>
 #include <asio/post.hpp>
-#include <asio/write.hpp>
 
 #include <algorithm>
 #include <array>
@@ -146,11 +145,35 @@ void AsioConnection::send(QByteArray message, SendHandler handler)
 
 void AsioConnection::sendView(ByteView message, SendHandler handler)
 {
-    asio::post(strand_, [self = shared_from_this(), message, handler = std::move(handler)] {
-        asio::async_write(self->socket_, asio::buffer(message.data(), message.size()),
-            [self, handler](
-                const std::error_code& error, std::size_t) { handler(systemError(error)); });
-    });
+    // Posted even on the strand, as receiving is.
+    asio::post(
+        strand_, [self = shared_from_this(), message, handler = std::move(handler)]() mutable {
+            self->sendSome(message, std::move(handler));
+        });
+}
+
+void AsioConnection::sendSome(ByteView rest, SendHandler handler)
+{
+    std::error_code error;
+    // The system is given all that is left at a time. asio::async_write() would hand it over in
+    // pieces of 64 KiB and go through its queue between them.
+    while (!rest.empty() && !error) {
+        rest = rest.subspan(socket_.write_some(asio::buffer(rest.data(), rest.size()), error));
+        if (error == asio::error::interrupted) error.clear();
+    }
+    if (error != asio::error::would_block) {
+        handler(systemError(cancelled_ ? asio::error::operation_aborted : error));
+        return;
+    }
+    socket_.async_wait(asio::ip::tcp::socket::wait_write,
+        [self = shared_from_this(), rest, handler = std::move(handler)](
+            const std::error_code& waitError) mutable {
+            if (waitError) {
+                handler(systemError(waitError));
+            } else {
+                self->sendSome(rest, std::move(handler));
+            }
+        });
 }
 
 void AsioConnection::sendLast(QByteArray message)

@@ -66,6 +66,7 @@ private:
 
     void receiveSome(const std::shared_ptr<Receive>& receive);
     void waitForBytes(const std::shared_ptr<Receive>& receive);
+    void sendSome(ByteView rest, SendHandler handler);
     void closeGently();
     void discardIncoming();
 
