@@ -50,7 +50,9 @@ public:
             } else if (delayed_.empty()) {
                 changed_.wait(lock);
             } else {
-                changed_.wait_until(lock, delayed_.begin()->first);
+                // A copy: the entry may go while this waits.
+                const TimePoint due = delayed_.begin()->first;
+                changed_.wait_until(lock, due);
             }
         }
         return std::nullopt;

@@ -72,6 +72,17 @@ TEST(ThreadQueue, delayedTasksComeInTheOrderOfTheirTimesUnlessCancelled)
     EXPECT_GE(SteadyClock().now() - begin, 60ms);
 }
 
+TEST(ThreadQueue, endsWhileItWaitsForADelayedTask)
+{
+    bool ran = false;
+    {
+        ThreadQueue queue("test.wait");
+        queue.after(1h, [&] { ran = true; });
+        std::this_thread::sleep_for(20ms); // into the wait
+    }
+    EXPECT_FALSE(ran);
+}
+
 TEST(ThreadQueue, aDelayedTaskMayBeCancelledAfterItsQueueHasGone)
 {
     std::shared_ptr<DelayedTask> task;
