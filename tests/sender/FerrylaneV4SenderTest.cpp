@@ -28,11 +28,16 @@ namespace {
 const QByteArray ready = httpAnswer("200 OK", "READY");
 const QByteArray busy = httpAnswer("409 Conflict", "BUSY");
 
-void takeFile(Upload& upload)
+/// Reads all of an upload, then answers.
+FakePhone::Part answering(const QByteArray& answer)
 {
-    static_cast<void>(upload.body());
-    upload.answer(httpAnswer("200 OK", "OK SHA256"));
+    return [answer](Upload& upload) {
+        static_cast<void>(upload.body());
+        upload.answer(answer);
+    };
 }
+
+const FakePhone::Part takeFile = answering(httpAnswer("200 OK", "OK SHA256"));
 
 class FerrylaneV4SenderTest : public ::testing::Test {
 protected:
@@ -154,31 +159,28 @@ TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
 TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
 {
     const QByteArray longAnswer = "HTTP/1.1 200 OK\r\n\r\n" + QByteArray(70000, 'x');
+    const QByteArray noHttp = "2438 Invalid HTTP response from phone.";
     const struct {
         const char* name;
         FakePhone::Part part;
-        const char* outcome;
+        QByteArray outcome;
     } rows[] = {
-        {"refused after all",
-            [](Upload& u) {
-                u.body(), u.answer(httpAnswer("400 Bad Request", " Authentication failed\n"));
-            },
+        {"refused after all", answering(httpAnswer("400 Bad Request", " Authentication failed\n")),
             "400 Phone returned 400: Authentication failed"},
         {"refused before the end", [](Upload& u) { u.answer(busy); },
             "409 Phone returned 409: BUSY"},
-        {"refused without a reason",
-            [](Upload& u) { u.body(), u.answer("HTTP/1.1 507 x\r\n\r\n"); },
-            "507 Phone returned 507"},
-        {"accepted before the end", [](Upload& u) { u.answer(ready); },
-            "2438 Invalid HTTP response from phone."},
-        {"not HTTP", [](Upload& u) { u.body(), u.answer("hello\r\n"); },
-            "2438 Invalid HTTP response from phone."},
-        {"no number", [](Upload& u) { u.body(), u.answer("HTTP/1.1 fine\r\n\r\n"); },
-            "2438 Invalid HTTP response from phone."},
-        {"not UTF-8", [](Upload& u) { u.body(), u.answer("HTTP/1.1 200 \xff\r\n\r\n"); },
-            "2438 Invalid HTTP response from phone."},
-        {"no answer", [](Upload& u) { u.body(); }, "2438 Invalid HTTP response from phone."},
-        {"too long an answer", [&](Upload& u) { u.body(), u.answer(longAnswer), u.stall(); }, "1"},
+        {"refused without a reason", answering("HTTP/1.1 507 x\r\n\r\n"), "507 Phone returned 507"},
+        {"accepted before the end", [](Upload& u) { u.answer(ready); }, noHttp},
+        {"not HTTP", answering("hello\r\n"), noHttp},
+        {"no number", answering("HTTP/1.1 fine\r\n\r\n"), noHttp},
+        {"not UTF-8", answering("HTTP/1.1 200 \xff\r\n\r\n"), noHttp},
+        {"no answer", answering({}), noHttp},
+        {"too long an answer",
+            [&](Upload& u) {
+                answering(longAnswer)(u);
+                u.stall();
+            },
+            "1"},
     };
     const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
     for (const auto& row : rows) {
@@ -285,17 +287,32 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
     const FullPort full;
     std::atomic<bool> waiting = false;
     FakePhone busyPhone(takeFile, {busy});
-    FakePhone stalling([&](Upload& upload) { waiting = true, upload.stall(); });
-    FakePhone silent([&](Upload& upload) { upload.body(), waiting = true, upload.stall(); });
+    FakePhone stalling([&](Upload& upload) {
+        waiting = true;
+        upload.stall();
+    });
+    FakePhone silent([&](Upload& upload) {
+        static_cast<void>(upload.body());
+        waiting = true;
+        upload.stall();
+    });
     const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
     const struct {
         const char* name;
         QString url;
         std::function<bool()> isThere;
     } rows[] = {
-        {"busy", busyPhone.baseURL(), [&] { return queue_.runAll(), waits_ > 0; }},
+        {"busy", busyPhone.baseURL(),
+            [&] {
+                queue_.runAll();
+                return waits_ > 0;
+            }},
         {"status", full.baseURL(), [] { return true; }},
-        {"connection", full.baseURL(), [] { return std::this_thread::sleep_for(500ms), true; }},
+        {"connection", full.baseURL(),
+            [] {
+                std::this_thread::sleep_for(500ms);
+                return true;
+            }},
         {"chunk", stalling.baseURL(), [&] { return waiting.load(); }},
         {"answer", silent.baseURL(), [&] { return waiting.load(); }},
     };
