@@ -47,7 +47,7 @@ struct PhoneConnection::Exchange : std::enable_shared_from_this<Exchange> {
     explicit Exchange(std::shared_ptr<platform::TcpConnection> tcp) : connection(std::move(tcp)) {}
 
     void start(const QString& where);
-    void reached(TcpState state, const std::error_code& why);
+    void reached(TcpState reachedState, const std::error_code& why);
     void receiveMore();
     void received(bool endOfStream, const std::error_code& why);
     std::error_code sendAndWait(platform::ByteView bytes);
@@ -74,12 +74,12 @@ void PhoneConnection::Exchange::start(const QString& where)
     });
 }
 
-void PhoneConnection::Exchange::reached(TcpState now, const std::error_code& why)
+void PhoneConnection::Exchange::reached(TcpState reachedState, const std::error_code& why)
 {
     const std::lock_guard lock(mutex);
     // A connection that is cancelled later was connected all the same.
     if (state) return;
-    state = now;
+    state = reachedState;
     error = why;
     changed.notify_all();
 }
