@@ -1,7 +1,7 @@
 # Everything that comes from outside, found once. Imported targets are SYSTEM for their users.
 # A new dependency also goes into packaging/debian-packages.txt.
 
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Widgets)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(CURL REQUIRED)
 
@@ -32,4 +32,5 @@ target_link_libraries(ferrylane_qrencode INTERFACE "${FERRYLANE_QRENCODE}")
 
 if(FERRYLANE_TESTS)
     find_package(GTest REQUIRED)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
 endif()

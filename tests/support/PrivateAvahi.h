@@ -1,8 +1,6 @@
 #pragma once
 
-#include "support/ChildProcess.h"
-
-#include <QTemporaryDir>
+#include "support/PrivateBus.h"
 
 namespace support {
 
@@ -16,7 +14,7 @@ public:
     explicit PrivateAvahi(QString hostName, QString networkNamespace = {});
 
     /// Each waits until it serves, and throws std::runtime_error if it does not.
-    void startBus();
+    void startBus() { bus_.start(); }
     void startDaemon();
 
     void killDaemon() { daemon_.kill(); }
@@ -26,9 +24,9 @@ public:
     void signalDaemon(int number) const { daemon_.signal(number); }
 
     /// The same from the start, and before there is a bus.
-    [[nodiscard]] QString busAddress() const;
+    [[nodiscard]] QString busAddress() const { return bus_.address(); }
     /// This process's, with the bus in place of the system's.
-    [[nodiscard]] QProcessEnvironment environment() const;
+    [[nodiscard]] QProcessEnvironment environment() const { return bus_.environment(); }
 
 private:
     [[nodiscard]] QString file(const QString& name) const { return folder_.filePath(name); }
@@ -36,7 +34,7 @@ private:
     QTemporaryDir folder_;
     QString hostName_;
     QString networkNamespace_;
-    ChildProcess bus_;
+    PrivateBus bus_;
     ChildProcess daemon_;
 };
 

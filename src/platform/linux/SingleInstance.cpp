@@ -1,0 +1,152 @@
+#include "platform/SingleInstance.h"
+
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/RuntimeFolder.h"
+
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <thread>
+
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace platform {
+
+namespace {
+
+constexpr auto socketName = "requests";
+constexpr char answer = '!';
+/// For the other process to begin to listen, or to end.
+constexpr auto pauseBetweenAttempts = std::chrono::milliseconds(20);
+
+FileDescriptor newSocket()
+{
+    return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+/// By way of the open folder, because an address has room for 107 bytes only (unix(7)).
+sockaddr_un socketAddress(const FileDescriptor& folder)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(
+        address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder.get(), socketName);
+    return address;
+}
+
+/// Listens in the place of a process that has had the claim before; not open when it fails.
+FileDescriptor listeningSocket(const FileDescriptor& folder)
+{
+    ::unlinkat(folder.get(), socketName, 0);
+    const sockaddr_un address = socketAddress(folder);
+    FileDescriptor socket = newSocket();
+    const bool listens
+        = ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
+        && ::listen(socket.get(), SOMAXCONN) == 0;
+    return listens ? std::move(socket) : FileDescriptor();
+}
+
+/// Whether the process that has the claim answers by `deadline`. False at once when there is none,
+/// or when it ends.
+bool isAnswered(const FileDescriptor& folder, TimePoint deadline)
+{
+    const sockaddr_un address = socketAddress(folder);
+    const FileDescriptor socket = newSocket();
+    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        return false;
+    }
+    const auto remaining
+        = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock().now());
+    pollfd wait{socket.get(), POLLIN, 0};
+    ::poll(&wait, 1, static_cast<int>(std::max<std::int64_t>(remaining.count(), 0)));
+    char received = 0;
+    return ::recv(socket.get(), &received, 1, 0) == 1 && received == answer;
+}
+
+} // namespace
+
+/// The lock, which the kernel takes back from a process that ends, and the socket. (A lock on a
+/// folder also keeps those who clean up old files out of it.)
+class SingleInstance::Claim {
+public:
+    /// None when another process has it, and then the folder stays with the caller.
+    static std::unique_ptr<Claim> on(FileDescriptor& folder)
+    {
+        if (::flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno == EWOULDBLOCK) return nullptr;
+            throw std::system_error(lastError());
+        }
+        FileDescriptor socket = listeningSocket(folder);
+        return std::unique_ptr<Claim>(new Claim(std::move(folder), std::move(socket)));
+    }
+
+    [[nodiscard]] const FileDescriptor& socket() const { return socket_; }
+
+private:
+    Claim(FileDescriptor folder, FileDescriptor socket)
+        : folder_(std::move(folder)), socket_(std::move(socket))
+    {
+    }
+
+    FileDescriptor folder_;
+    FileDescriptor socket_;
+};
+
+/// Whoever connects asks to be shown the first process; there is nothing more to say.
+class SingleInstance::Requests {
+public:
+    Requests(int socket, std::function<void()> onShow)
+        : onShow_(std::move(onShow)), notifier_(socket, QSocketNotifier::Read)
+    {
+        QObject::connect(
+            &notifier_, &QSocketNotifier::activated, &notifier_, [this, socket] { take(socket); });
+    }
+
+private:
+    void take(int socket)
+    {
+        const FileDescriptor peer(::accept4(socket, nullptr, nullptr, SOCK_CLOEXEC));
+        if (peer.isOpen() && ::send(peer.get(), &answer, 1, MSG_NOSIGNAL) == 1) onShow_();
+    }
+
+    std::function<void()> onShow_;
+    QSocketNotifier notifier_;
+};
+
+SingleInstance::SingleInstance(const QString& program, Duration patience)
+{
+    const TimePoint deadline = SteadyClock().now() + patience;
+    FileDescriptor folder = openRuntimeFolder(program);
+    if (!folder.isOpen()) {
+        throw std::system_error(lastError());
+    }
+    while (true) {
+        claim_ = Claim::on(folder);
+        if (claim_) {
+            outcome_ = Outcome::first;
+            return;
+        }
+        if (isAnswered(folder, deadline)) {
+            outcome_ = Outcome::handedOver;
+            return;
+        }
+        if (SteadyClock().now() >= deadline) return;
+        std::this_thread::sleep_for(pauseBetweenAttempts);
+    }
+}
+
+SingleInstance::~SingleInstance() = default;
+
+void SingleInstance::setShowHandler(std::function<void()> onShow)
+{
+    if (claim_ && claim_->socket().isOpen()) {
+        requests_ = std::make_unique<Requests>(claim_->socket().get(), std::move(onShow));
+    }
+}
+
+} // namespace platform
