@@ -1,5 +1,6 @@
 #include "core/Text.h"
 
+#include <QLocale>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -71,6 +72,15 @@ QString onOneLine(const QString& text)
         }
     }
     return line;
+}
+
+QString fileSizeText(qint64 bytes)
+{
+    if (bytes == 1) return QStringLiteral("1 byte");
+    constexpr int decimals = 1;
+    // Qt takes the absolute value, which the lowest integer has not.
+    return QLocale().formattedDataSize(
+        std::max<qint64>(bytes, 0), decimals, QLocale::DataSizeSIFormat);
 }
 
 } // namespace ferrylane

@@ -20,4 +20,8 @@ namespace ferrylane {
 /// the result is for people to read, not to be turned back.
 [[nodiscard]] QString onOneLine(const QString& text);
 
+/// A size in decimal units, as file managers show it: "1 byte", "12 bytes", "1.2 MB". Below 0,
+/// which a damaged file may say, it is none.
+[[nodiscard]] QString fileSizeText(qint64 bytes);
+
 } // namespace ferrylane

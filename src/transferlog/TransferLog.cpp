@@ -7,7 +7,6 @@
 #include "platform/Files.h"
 #include "transferlog/TransferLogJson.h"
 
-#include <QLocale>
 #include <QStringList>
 
 #include <algorithm>
@@ -32,22 +31,13 @@ QList<FerrylaneTransferLogEntry> newest(const QList<FerrylaneTransferLogEntry>& 
     return entries.last(std::min(entries.size(), keptTransferLogEntries));
 }
 
-/// In decimal units, as file managers show sizes.
-QString sizeText(qint64 bytes)
-{
-    constexpr int decimals = 1;
-    // Of a damaged log; Qt takes the absolute value, which the lowest integer has not.
-    const qint64 size = std::max<qint64>(bytes, 0);
-    return QLocale().formattedDataSize(size, decimals, QLocale::DataSizeSIFormat);
-}
-
 QString lineOf(const FerrylaneTransferLogEntry& entry)
 {
     QStringList parts{entry.date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
         entry.direction, entry.fileName};
     if (!entry.peer.isEmpty()) parts << entry.peer;
     parts << entry.result;
-    if (entry.size) parts << sizeText(*entry.size);
+    if (entry.size) parts << fileSizeText(*entry.size);
     return onOneLine(parts.join(QStringLiteral(" \u00B7 ")));
 }
 

@@ -1,0 +1,269 @@
+#include "app/AppDelegate.h"
+
+#include "app/QRImage.h"
+#include "app/TransferTexts.h"
+#include "core/DeviceName.h"
+#include "core/LocalAddresses.h"
+#include "core/Log.h"
+#include "core/StoragePaths.h"
+#include "pairing/PairedTargets.h"
+#include "pairing/PairingLink.h"
+#include "transferlog/TransferLog.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QUrl>
+
+#include <system_error>
+
+namespace ferrylane {
+
+namespace {
+
+void openReceivedFiles()
+{
+    QDesktopServices::openUrl(QUrl::fromLocalFile(receiveDir()));
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(const Collaborators& collaborators)
+    : with_(collaborators)
+    , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(with_.mainQueue, with_.clock))
+    , control_(
+          std::make_unique<ServiceControl>(*this, with_.mainQueue, [this] { showServiceState(); }))
+    , sendFlow_(std::make_unique<SendFlow>(sendCollaborators()))
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+SendFlow::Collaborators AppDelegate::sendCollaborators()
+{
+    return {{with_.network, with_.mainQueue, with_.clock}, with_.notifications, *this,
+        [this] { return availableDeviceNames_; }, [](const SendFlow::PairedHandler& /*paired*/) {},
+        [this](bool busy) {
+            if (server_) server_->setOutboundBusy(busy);
+        },
+        [this] { refreshHistory(); }};
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    createServer();
+    deviceDiscovery_.setOnChange(
+        [this](const QStringList& names) { availableDeviceNames_ = names; });
+    deviceDiscovery_.setOnAddress(refreshFerrylanePairedTargetAddress);
+    control_->begin();
+    createStatusItem();
+    inbound_ = std::make_unique<InboundTransfer>(with_.notifications, with_.mainQueue, *this,
+        [this](const QString& fileName) { received(fileName); });
+    show();
+}
+
+void AppDelegate::createServer()
+{
+    try {
+        server_.emplace(HTTPServer::Collaborators{with_.network, with_.mainQueue,
+            with_.notifications, with_.clock, presence_, presence_});
+    } catch (const std::system_error& error) {
+        const QString reason = QString::fromStdString(error.code().message());
+        flLog(QStringLiteral("Could not start Ferrylane: ") + reason);
+        alert(QStringLiteral("Ferrylane cannot receive files"),
+            QStringLiteral("The receiver service could not be started: %1.\n\nIf another program "
+                           "uses UDP port 8789, end it and start Ferrylane again. Sending files "
+                           "works all the same.")
+                .arg(reason));
+    }
+}
+
+void AppDelegate::createStatusItem()
+{
+    statusItem_ = std::make_unique<StatusItem>(StatusItem::Intents{
+        .show = [this] { show(); },
+        .openReceivedFiles = openReceivedFiles,
+        .pairDevice = {},
+        .showPairedDevices = {},
+        .restart = {},
+        .quit = [] { QApplication::quit(); },
+        .toggleService = [this] { control_->setServiceRunning(!control_->serviceRunning()); },
+    });
+    statusItem_->setTitle(idleTitle());
+    statusItem_->setServiceRunning(control_->serviceRunning());
+}
+
+void AppDelegate::createPanel()
+{
+    panel_ = std::make_unique<MainPanel>(MainPanel::Intents{
+        .showSettings = {},
+        .nameDevice = {},
+        .enlargeQRCode = {},
+        .openReceivedFiles = openReceivedFiles,
+        .chooseFiles = [this] { chooseFilesToSend(); },
+        .closed = {},
+        .serviceSwitched = [this](bool isOn) { control_->setServiceRunning(isOn); },
+        .filesDropped
+        = [this](const QStringList& paths) { sendFlow_->chooseReceiverAndSend(paths); },
+    });
+    panel_->setContextMenu(&statusItem_->menu());
+    panel_->setKeepsInTaskbar(!statusItem_->hasHost());
+    panel_->setDeviceName(ferrylaneDeviceSuffix());
+    panel_->setSendStatus(QStringLiteral("Choose or drop files, then select a destination"), true);
+    if (server_) {
+        panel_->setPairingCode(qr(
+            ferrylanePairingLink(ferrylaneLocalHostForURL(), port, server_->sessionKeyB64()), 1));
+    }
+    showServiceState();
+    refreshHistory();
+}
+
+void AppDelegate::show()
+{
+    if (!panel_) createPanel();
+    panel_->present();
+}
+
+void AppDelegate::showServiceState()
+{
+    const bool isOn = control_->serviceRunning();
+    if (statusItem_) statusItem_->setServiceRunning(isOn);
+    if (panel_) panel_->setServiceState(isOn, QString());
+}
+
+void AppDelegate::refreshHistory()
+{
+    if (panel_) panel_->setHistory(historyRows(loadFerrylaneTransferLog()));
+}
+
+void AppDelegate::received(const QString& fileName)
+{
+    const auto file = server_ ? server_->lastReceivedFile() : std::nullopt;
+    appendFerrylaneTransferLog({.direction = QStringLiteral("Received"),
+                                   .fileName = fileName,
+                                   .size = file ? std::optional(file->size) : std::nullopt},
+        with_.notifications);
+    refreshHistory();
+    if (panel_ && panel_->isVisible()) {
+        panel_->setTitle(QStringLiteral("Ferrylane \u2014 Received ") + fileName);
+    }
+}
+
+void AppDelegate::stopCurrentTransfer()
+{
+    if (server_) server_->cancelActiveTransfer();
+    inbound_->reset();
+    flLog(QStringLiteral("Transfer stopped by user"));
+}
+
+void AppDelegate::chooseFilesToSend()
+{
+    QFileDialog dialog(panel_.get(), QStringLiteral("Choose files to send"));
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Send"));
+    if (dialog.exec() == QDialog::Accepted) {
+        sendFlow_->chooseReceiverAndSend(dialog.selectedFiles());
+    }
+}
+
+void AppDelegate::setStatusTitle(const QString& title)
+{
+    statusItem_->setTitle(title);
+}
+
+void AppDelegate::setReceiveStatus(const QString& text)
+{
+    if (panel_) panel_->setReceiveStatus(text);
+}
+
+void AppDelegate::showProgressWindow()
+{
+    if (!transferHUD_) {
+        transferHUD_ = std::make_unique<TransferHUD>([this] { stopCurrentTransfer(); });
+    }
+    transferHUD_->present();
+}
+
+void AppDelegate::setProgress(const QString& fileName, double percent, const QString& text)
+{
+    if (transferHUD_) transferHUD_->setTransfer(fileName, percent, text);
+}
+
+void AppDelegate::closeProgressWindow()
+{
+    // Not destroyed here: its button may be what asked for this.
+    if (!transferHUD_) return;
+    transferHUD_->hide();
+    transferHUD_.release()->deleteLater();
+}
+
+SendChoice AppDelegate::chooseReceiver(const QString& question, const QList<SendChoice>& choices)
+{
+    return askForReceiver(panel_.get(), question, choices);
+}
+
+void AppDelegate::alert(const QString& title, const QString& text)
+{
+    QMessageBox box(
+        QMessageBox::Warning, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, panel_.get());
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(text);
+    box.exec();
+}
+
+void AppDelegate::setSendStatus(const QString& text, bool isShown)
+{
+    if (panel_) panel_->setSendStatus(text, isShown);
+}
+
+void AppDelegate::setSendProgress(double percent, bool isShown)
+{
+    if (panel_) panel_->setSendProgress(percent, isShown);
+}
+
+void AppDelegate::start()
+{
+    if (server_) server_->startService();
+}
+
+void AppDelegate::stop()
+{
+    if (server_) server_->stopService();
+}
+
+void AppDelegate::setVisible(bool visible)
+{
+    if (server_) server_->setVisible(visible);
+}
+
+void AppDelegate::rebind(const QString& reason)
+{
+    if (server_) server_->rebindAfterNetworkChange(reason);
+}
+
+void AppDelegate::startDiscovery()
+{
+    deviceDiscovery_.start();
+}
+
+void AppDelegate::stopDiscovery()
+{
+    deviceDiscovery_.stop();
+}
+
+void AppDelegate::cancelSend()
+{
+    sendFlow_->cancel();
+}
+
+void AppDelegate::refreshPairingCode()
+{
+    if (!panel_ || !server_) return;
+    panel_->setPairingCode(qr(ferrylanePairingLink(ferrylaneLocalHostForURL(), port,
+                                  server_->sessionKeyB64(), ferrylaneDeviceSuffix()),
+        1));
+}
+
+} // namespace ferrylane

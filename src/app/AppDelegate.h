@@ -1,0 +1,96 @@
+#pragma once
+
+#include "app/InboundTransfer.h"
+#include "app/MainPanel.h"
+#include "app/ReceiverChooser.h"
+#include "app/SendFlow.h"
+#include "app/ServiceControl.h"
+#include "app/StatusItem.h"
+#include "app/TransferHUD.h"
+#include "discovery/FerrylaneDeviceDiscovery.h"
+#include "receiver/HTTPServer.h"
+#include "service/NetworkPresence.h"
+
+#include <memory>
+#include <optional>
+
+namespace ferrylane {
+
+/// The application: owns the receiver service, the discovery of phones, the status item and every
+/// window, and lets each know of the others. On the main thread.
+class AppDelegate final : public InboundTransfer::Views,
+                          public SendFlow::Views,
+                          public ServiceControl::Service {
+public:
+    /// All must outlive the application.
+    struct Collaborators {
+        platform::TcpNetwork& network;
+        platform::SerialQueue& mainQueue;
+        platform::NotificationCenter& notifications;
+        const platform::Clock& clock;
+    };
+
+    explicit AppDelegate(const Collaborators& collaborators);
+    ~AppDelegate() override;
+
+    /// Starts everything and shows the main panel. A service that cannot be made is told to the
+    /// user; the rest serves without it.
+    void applicationDidFinishLaunching();
+    /// Shows the main panel.
+    void show();
+
+    /// What the system tells.
+    void networkPathSatisfied() { control_->networkPathSatisfied(); }
+    void systemDidWake() { control_->systemDidWake(); }
+
+private:
+    // InboundTransfer::Views
+    void setStatusTitle(const QString& title) override;
+    void setReceiveStatus(const QString& text) override;
+    void showProgressWindow() override;
+    void setProgress(const QString& fileName, double percent, const QString& text) override;
+    void closeProgressWindow() override;
+
+    // SendFlow::Views
+    SendChoice chooseReceiver(const QString& question, const QList<SendChoice>& choices) override;
+    void alert(const QString& title, const QString& text) override;
+    void setSendStatus(const QString& text, bool isShown) override;
+    void setSendProgress(double percent, bool isShown) override;
+
+    // ServiceControl::Service
+    void start() override;
+    void stop() override;
+    void setVisible(bool visible) override;
+    void rebind(const QString& reason) override;
+    void startDiscovery() override;
+    void stopDiscovery() override;
+    void cancelSend() override;
+    void refreshPairingCode() override;
+
+    void createServer();
+    void createStatusItem();
+    void createPanel();
+    [[nodiscard]] SendFlow::Collaborators sendCollaborators();
+
+    void showServiceState();
+    void refreshHistory();
+    void received(const QString& fileName);
+    void stopCurrentTransfer();
+    void chooseFilesToSend();
+
+    Collaborators with_;
+    NetworkPresence presence_;
+    std::optional<HTTPServer> server_; ///< none when it cannot be made
+    FerrylaneDeviceDiscovery deviceDiscovery_;
+    QStringList availableDeviceNames_;
+
+    std::unique_ptr<StatusItem> statusItem_;
+    std::unique_ptr<MainPanel> panel_;
+    std::unique_ptr<TransferHUD> transferHUD_;
+
+    std::unique_ptr<ServiceControl> control_;
+    std::unique_ptr<InboundTransfer> inbound_;
+    std::unique_ptr<SendFlow> sendFlow_;
+};
+
+} // namespace ferrylane

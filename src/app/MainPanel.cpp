@@ -1,0 +1,292 @@
+#include "app/MainPanel.h"
+
+#include "app/Appearance.h"
+#include "app/Card.h"
+#include "app/FerrylaneActionButton.h"
+#include "app/FerrylaneDropView.h"
+#include "app/FerrylaneHoverLabel.h"
+#include "app/MiddleElidedLabel.h"
+#include "app/QRCodeButton.h"
+#include "app/SwitchButton.h"
+#include "app/ThinProgressBar.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QScreen>
+
+namespace ferrylane {
+
+namespace {
+
+constexpr QSize sizeInPoints(318, 555);
+constexpr double cardX = 14;
+constexpr double cardWidth = 290;
+constexpr double deviceCardHeight = 159;
+constexpr double sendCardHeight = 168;
+constexpr double historyCardHeight = 92;
+
+/// A size and a weight of the text, and its colour.
+struct TextLook {
+    double points;
+    QFont::Weight weight;
+    QColor color;
+};
+constexpr TextLook cardTitle{11, QFont::Bold, colors::dark};
+
+void setLook(QWidget& widget, const TextLook& look)
+{
+    widget.setFont(textFont(look.points, look.weight));
+    setTextColor(widget, look.color);
+}
+
+QLabel* addText(QWidget& parent, const QString& text, const TextLook& look)
+{
+    auto* const label = new QLabel(text, &parent);
+    label->setTextFormat(Qt::PlainText);
+    setLook(*label, look);
+    return label;
+}
+
+} // namespace
+
+MainPanel::MainPanel(Intents intents)
+    : QWidget(nullptr,
+        Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+            | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint)
+    , intents_(std::move(intents))
+{
+    setTitle(QStringLiteral("Ferrylane"));
+    setPalette(lightPalette());
+    setFixedSize(scaled(sizeInPoints));
+    // In the order in which the Tab key goes through them.
+    addHeader();
+    addDeviceCard();
+    addSendCard();
+    addHistoryCard();
+    addReceiveStatus();
+}
+
+void MainPanel::addHeader()
+{
+    constexpr double height = sizeInPoints.height();
+    auto* const picture = new QLabel(this);
+    picture->setPixmap(logo().pixmap(scaled(QSize(40, 40)), devicePixelRatioF()));
+    place(*picture, {18, 497, 40, 40}, height);
+
+    QLabel* const name
+        = addText(*this, QStringLiteral("Ferrylane"), {21, QFont::Bold, colors::dark});
+    place(*name, {67, 511, 185, 28}, height);
+    QLabel* const maker
+        = addText(*this, QStringLiteral("by TARROWBY"), {8.5, QFont::Normal, colors::grey});
+    place(*maker, {68, 496, 184, 14}, height);
+
+    auto* const settings
+        = new FerrylaneActionButton(QStringLiteral("\u2699"), intents_.showSettings, this);
+    settings->setLook(FerrylaneActionButton::Look::borderless);
+    settings->setFont(textFont(22));
+    settings->setToolTip(QStringLiteral("Settings"));
+    settings->setAccessibleName(QStringLiteral("Settings"));
+    place(*settings, {260, 495, 44, 44}, height);
+}
+
+void MainPanel::addDeviceCard()
+{
+    auto* const card = new Card(this);
+    place(*card, {cardX, 324, cardWidth, deviceCardHeight}, sizeInPoints.height());
+
+    QLabel* const title = addText(*card, QStringLiteral("My Device:"), cardTitle);
+    place(*title, {16, 128, 140, 18}, deviceCardHeight);
+
+    deviceName_ = new FerrylaneHoverLabel(intents_.nameDevice, card);
+    deviceName_->setFont(textFont(12, QFont::Bold));
+    deviceName_->normalTextColor = colors::dark;
+    deviceName_->hoverTextColor = colors::blue;
+    deviceName_->setAccessibleDescription(QStringLiteral("Name this device"));
+    title->setBuddy(deviceName_);
+    // Its text begins 4 points further to the right.
+    place(*deviceName_, {12, 106, 146, 21}, deviceCardHeight);
+
+    pairingCode_ = new QRCodeButton(card);
+    pairingCode_->setToolTip(QStringLiteral("Click to enlarge QR"));
+    pairingCode_->setAccessibleName(QStringLiteral("Pairing QR code"));
+    if (intents_.enlargeQRCode) {
+        connect(pairingCode_, &QAbstractButton::clicked, this, intents_.enlargeQRCode);
+    }
+    place(*pairingCode_, {171, 27, 105, 105}, deviceCardHeight);
+
+    addServiceSwitch(*card);
+
+    auto* const received = new FerrylaneActionButton(
+        QStringLiteral("Received Files"), intents_.openReceivedFiles, card);
+    received->setFont(textFont(11));
+    place(*received, {16, 14, 140, 28}, deviceCardHeight);
+}
+
+void MainPanel::addServiceSwitch(QWidget& card)
+{
+    serviceSwitch_ = new SwitchButton(&card);
+    serviceSwitch_->setAccessibleName(QStringLiteral("Receiver service"));
+    if (intents_.serviceSwitched) {
+        connect(serviceSwitch_, &QAbstractButton::clicked, this, intents_.serviceSwitched);
+    }
+    place(*serviceSwitch_, {13, 59, 54, 30}, deviceCardHeight);
+
+    serviceState_ = addText(card, QString(), {13, QFont::Bold, colors::stateText});
+    serviceState_->setAlignment(Qt::AlignCenter);
+    place(*serviceState_, {70, 63, 38, 22}, deviceCardHeight);
+}
+
+void MainPanel::addSendCard()
+{
+    auto* const card = new Card(this);
+    place(*card, {cardX, 151, cardWidth, sendCardHeight}, sizeInPoints.height());
+    QLabel* const title = addText(*card, QStringLiteral("Send files"), cardTitle);
+    place(*title, {16, 138, 258, 18}, sendCardHeight);
+    addDropView(*card);
+
+    sendStatus_ = new MiddleElidedLabel(card);
+    setLook(*sendStatus_, {9.5, QFont::Normal, colors::grey});
+    sendStatus_->setAlignment(Qt::AlignCenter);
+    sendStatus_->setText(QStringLiteral("Choose or drop files, then select a destination"));
+    place(*sendStatus_, {10, 28, 270, 16}, sendCardHeight);
+
+    sendProgress_ = new ThinProgressBar(card);
+    sendProgress_->setAccessibleName(QStringLiteral("Send progress"));
+    sendProgress_->hide();
+    place(*sendProgress_, {14, 16, 262, 4}, sendCardHeight);
+}
+
+void MainPanel::addDropView(QWidget& card)
+{
+    constexpr double height = 76;
+    auto* const area = new FerrylaneDropView(&card);
+    area->onFiles = intents_.filesDropped;
+    place(*area, {14, 54, 262, height}, sendCardHeight);
+
+    auto* const choose = new FerrylaneActionButton(
+        QStringLiteral("Drop or select files"), intents_.chooseFiles, area);
+    choose->setLook(FerrylaneActionButton::Look::filled);
+    choose->setFont(textFont(10.5, QFont::DemiBold));
+    choose->setCornerRadius(12);
+    place(*choose, {46, 22, 170, 32}, height);
+}
+
+void MainPanel::addHistoryCard()
+{
+    auto* const card = new Card(this);
+    place(*card, {cardX, 54, cardWidth, historyCardHeight}, sizeInPoints.height());
+    QLabel* const title = addText(*card, QStringLiteral("Recent transfers"), cardTitle);
+    place(*title, {16, 64, 258, 18}, historyCardHeight);
+
+    double y = 41;
+    for (MiddleElidedLabel*& row : history_) {
+        row = new MiddleElidedLabel(card);
+        row->setFont(textFont(10));
+        place(*row, {16, y, 258, 16}, historyCardHeight);
+        y -= 18;
+    }
+    setHistory(historyRows({}));
+}
+
+void MainPanel::addReceiveStatus()
+{
+    receiveStatus_ = addText(*this, QString(), {9.5, QFont::Normal, colors::grey});
+    receiveStatus_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    receiveStatus_->hide();
+    // To the left there is room for fonts that are wide and networks that are fast.
+    place(*receiveStatus_, {14, 0, 290, 16}, sizeInPoints.height());
+}
+
+void MainPanel::setTitle(const QString& title)
+{
+    setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
+}
+
+void MainPanel::setDeviceName(const QString& name)
+{
+    deviceName_->setLabel(name);
+}
+
+void MainPanel::setPairingCode(const QImage& code)
+{
+    pairingCode_->setCode(code);
+}
+
+void MainPanel::setServiceState(bool isOn, const QString& toolTip)
+{
+    serviceState_->setText(isOn ? QStringLiteral("ON") : QStringLiteral("OFF"));
+    serviceSwitch_->setChecked(isOn);
+    serviceState_->setToolTip(toolTipText(toolTip));
+    serviceSwitch_->setToolTip(toolTipText(toolTip));
+    serviceSwitch_->setAccessibleDescription(toolTip);
+}
+
+void MainPanel::setSendStatus(const QString& text, bool isShown)
+{
+    sendStatus_->setText(text);
+    sendStatus_->setVisible(isShown);
+}
+
+void MainPanel::setSendProgress(double percent, bool isShown)
+{
+    sendProgress_->setPercent(percent);
+    sendProgress_->setVisible(isShown);
+}
+
+void MainPanel::setReceiveStatus(const QString& text)
+{
+    receiveStatus_->setText(text);
+    receiveStatus_->setVisible(!text.isEmpty());
+}
+
+void MainPanel::setHistory(const std::array<HistoryRow, historyRowCount>& rows)
+{
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        history_[i]->setText(rows[i].text);
+        setTextColor(*history_[i], rows[i].isPlaceholder ? colors::faint : colors::dark);
+    }
+}
+
+void MainPanel::setContextMenu(QMenu* menu)
+{
+    for (QAction* const action : actions()) {
+        removeAction(action);
+    }
+    menu_ = menu;
+    if (menu_) addActions(menu_->actions());
+}
+
+void MainPanel::setKeepsInTaskbar(bool keeps)
+{
+    keepsInTaskbar_ = keeps;
+}
+
+void MainPanel::present()
+{
+    if (!wasCentred_) {
+        move(screen()->availableGeometry().center() - rect().center());
+        wasCentred_ = true;
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainPanel::closeEvent(QCloseEvent* event)
+{
+    if (keepsInTaskbar_ && event->spontaneous()) {
+        event->ignore();
+        showMinimized();
+        return;
+    }
+    event->accept();
+    if (intents_.closed) intents_.closed();
+}
+
+void MainPanel::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (menu_) menu_->popup(event->globalPos());
+}
+
+} // namespace ferrylane

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "app/TransferTexts.h"
+
+#include <QWidget>
+
+#include <array>
+#include <functional>
+
+class QLabel;
+class QMenu;
+
+namespace ferrylane {
+
+class FerrylaneHoverLabel;
+class MiddleElidedLabel;
+class QRCodeButton;
+class SwitchButton;
+class ThinProgressBar;
+
+/// The main window: this device with its pairing code, the place to drop files, and the recent
+/// transfers. It shows what it is told and reports what people do; it decides nothing.
+///
+/// Main thread. 318 x 555 points and not resizable; a point is a pixel at a text scale of 100 %
+/// and grows with it. Closing hides the window, and showing it again shows it as it was left.
+/// A close that came from the window system minimises instead while setKeepsInTaskbar() is on.
+class MainPanel final : public QWidget {
+public:
+    /// What people ask for. Members left empty are ignored.
+    struct Intents {
+        std::function<void()> showSettings;
+        std::function<void()> nameDevice;
+        std::function<void()> enlargeQRCode;
+        std::function<void()> openReceivedFiles;
+        std::function<void()> chooseFiles;
+        /// The window was closed and is hidden; not when it was minimised instead.
+        std::function<void()> closed;
+        /// The switch was turned by hand; setServiceState() does not report.
+        std::function<void(bool isOn)> serviceSwitched;
+        /// Dropped files without the folders among them; may be empty.
+        std::function<void(const QStringList& paths)> filesDropped;
+    };
+
+    explicit MainPanel(Intents intents);
+
+    /// As setWindowTitle(), which would take "[*]" in a file name for a mark of its own.
+    void setTitle(const QString& title);
+    void setDeviceName(const QString& name);
+    /// One pixel a module, without a quiet zone: the card around it is white. Null shows none.
+    void setPairingCode(const QImage& code);
+    /// The tool tip says more about the state and may be empty.
+    void setServiceState(bool isOn, const QString& toolTip);
+    void setSendStatus(const QString& text, bool isShown);
+    /// 0 to 100.
+    void setSendProgress(double percent, bool isShown);
+    /// Hidden while empty.
+    void setReceiveStatus(const QString& text);
+    void setHistory(const std::array<HistoryRow, historyRowCount>& rows);
+    /// Also opens by a right-click here; its shortcuts work while this window has the focus. The
+    /// menu must outlive the panel or be taken away with null.
+    void setContextMenu(QMenu* menu);
+    /// For desktops without a tray: where nothing else would bring the window back.
+    void setKeepsInTaskbar(bool keeps);
+    /// Shows, unfolds and activates; in the middle of the screen the first time.
+    void present();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    void addHeader();
+    void addDeviceCard();
+    void addServiceSwitch(QWidget& card);
+    void addSendCard();
+    void addDropView(QWidget& card);
+    void addHistoryCard();
+    void addReceiveStatus();
+
+    Intents intents_;
+    QMenu* menu_ = nullptr;
+    bool keepsInTaskbar_ = false;
+    bool wasCentred_ = false;
+    FerrylaneHoverLabel* deviceName_ = nullptr;
+    QRCodeButton* pairingCode_ = nullptr;
+    QLabel* serviceState_ = nullptr;
+    SwitchButton* serviceSwitch_ = nullptr;
+    MiddleElidedLabel* sendStatus_ = nullptr;
+    ThinProgressBar* sendProgress_ = nullptr;
+    QLabel* receiveStatus_ = nullptr;
+    std::array<MiddleElidedLabel*, historyRowCount> history_{};
+};
+
+} // namespace ferrylane

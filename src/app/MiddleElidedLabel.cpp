@@ -1,0 +1,41 @@
+#include "app/MiddleElidedLabel.h"
+
+#include "app/Appearance.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+namespace ferrylane {
+
+MiddleElidedLabel::MiddleElidedLabel(QWidget* parent) : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+}
+
+QString MiddleElidedLabel::shownText() const
+{
+    return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width());
+}
+
+QSize MiddleElidedLabel::minimumSizeHint() const
+{
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+bool MiddleElidedLabel::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip || shownText() == text()) return QLabel::event(event);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTipText(text()), this);
+    return true;
+}
+
+void MiddleElidedLabel::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(
+        contentsRect(), static_cast<int>(alignment() | Qt::TextSingleLine), shownText());
+}
+
+} // namespace ferrylane

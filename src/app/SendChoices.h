@@ -1,0 +1,35 @@
+#pragma once
+
+#include "pairing/PairedTarget.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace ferrylane {
+
+/// One way that the question where to send offers.
+struct SendChoice {
+    enum class Kind { sendTo, pair, pairByCode, cancel };
+
+    Kind kind = Kind::cancel;
+    QString text;                                ///< of its button
+    std::optional<FerrylanePairedTarget> target; ///< of sendTo
+
+    bool operator==(const SendChoice&) const = default;
+};
+
+/// All of them in order: the paired phones, the visible devices that are not paired, pairing by a
+/// code, and none of these. Both lists are sorted for people; this computer is in neither.
+[[nodiscard]] QList<SendChoice> sendChoices(const QList<FerrylanePairedTarget>& paired,
+    const QStringList& visibleNames, const QString& ownName);
+
+/// "2 files selected. Choose a paired device, or pair a visible one."
+[[nodiscard]] QString sendQuestionText(qsizetype fileCount);
+
+/// The paths that are not those of folders, in their order.
+[[nodiscard]] QStringList withoutFolders(const QStringList& paths);
+
+} // namespace ferrylane

@@ -1,0 +1,151 @@
+#include "app/SendFlow.h"
+
+#include "app/TransferTexts.h"
+#include "core/DeviceName.h"
+#include "core/Text.h"
+#include "pairing/PairedTargets.h"
+#include "transferlog/TransferLog.h"
+
+#include <QFileInfo>
+
+#include <chrono>
+#include <utility>
+
+namespace ferrylane {
+
+namespace {
+
+constexpr auto doneTime = std::chrono::milliseconds(1500);
+
+} // namespace
+
+SendFlow::SendFlow(Collaborators collaborators) : with_(std::move(collaborators)) {}
+
+SendFlow::~SendFlow()
+{
+    if (pendingClose_) pendingClose_->cancel();
+}
+
+void SendFlow::chooseReceiverAndSend(const QStringList& paths)
+{
+    const QStringList files = withoutFolders(paths);
+    if (files.isEmpty()) return;
+    const SendChoice choice = with_.views.chooseReceiver(sendQuestionText(files.size()),
+        sendChoices(loadFerrylanePairedTargets(), with_.visibleNames(), ferrylaneDeviceSuffix()));
+
+    const auto sendTo = [this, files](const FerrylanePairedTarget& target) {
+        selectFerrylanePairedTarget(target);
+        sendFilesToPairedPhone(files);
+    };
+    switch (choice.kind) {
+    case SendChoice::Kind::sendTo:
+        sendTo(*choice.target);
+        return;
+    case SendChoice::Kind::pair:
+    case SendChoice::Kind::pairByCode:
+        with_.pairDeviceThen(sendTo);
+        return;
+    case SendChoice::Kind::cancel:
+        return;
+    }
+}
+
+void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
+{
+    const QStringList files = withoutFolders(paths);
+    if (files.isEmpty()) return;
+    const auto target = loadFerrylanePairedTarget();
+    if (!target) {
+        with_.views.alert(QStringLiteral("No paired phone"),
+            QStringLiteral("Pair an Android device before sending files."));
+    } else if (sender_) {
+        with_.views.alert(QStringLiteral("Transfer already running"),
+            QStringLiteral("Wait for the current send to finish."));
+    } else {
+        start(files, *target);
+    }
+}
+
+void SendFlow::start(const QStringList& files, const FerrylanePairedTarget& target)
+{
+    if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
+    sender_ = std::make_unique<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+    sender_->onWaiting = [this] {
+        with_.views.setSendStatus(
+            QStringLiteral("Device transferring \u2014 waiting until it finishes\u2026"), true);
+    };
+    with_.setOutboundBusy(true);
+    with_.views.setSendProgress(0, true);
+    with_.views.setSendStatus(connectingText(target.name), true);
+    sender_->send(
+        files, target,
+        [this](const FerrylaneV4Sender::Progress& progress) {
+            with_.views.setSendProgress(progress.fraction * 100, true);
+            with_.views.setSendStatus(sendingText(progress.fileIndex, progress.fileCount,
+                                          progress.fileName, progress.fraction, progress.speed),
+                true);
+        },
+        [this, files, target](const Result& result) { completed(files, target, result); });
+}
+
+void SendFlow::cancel()
+{
+    // The completion, which comes, forgets the sender.
+    if (sender_) sender_->cancel();
+}
+
+void SendFlow::completed(
+    const QStringList& files, const FerrylanePairedTarget& target, const Result& result)
+{
+    // Not destroyed here: this runs within one of its callbacks.
+    const std::shared_ptr<FerrylaneV4Sender> finished = std::move(sender_);
+    with_.sending.mainQueue.async([finished] {});
+    with_.setOutboundBusy(false);
+    const auto* const error = std::get_if<SendError>(&result);
+    record(files, target, error ? QStringLiteral("Failed") : QStringLiteral("Completed"));
+    if (error) {
+        failed(*error);
+    } else {
+        succeeded(std::get<int>(result), target);
+    }
+}
+
+void SendFlow::succeeded(int fileCount, const FerrylanePairedTarget& target)
+{
+    with_.views.setSendProgress(100, true);
+    with_.views.setSendStatus(sentText(fileCount, target.name), true);
+    pendingClose_ = with_.sending.mainQueue.after(doneTime, [this] {
+        with_.views.setSendProgress(0, false);
+        with_.views.setSendStatus({}, false);
+    });
+}
+
+void SendFlow::failed(const SendError& error)
+{
+    with_.views.setSendProgress(0, false);
+    if (error.isStopped()) {
+        with_.views.setSendStatus(QStringLiteral("Transfer stopped"), true);
+        return;
+    }
+    with_.views.setSendStatus(
+        QStringLiteral("Send failed: ") + onOneLine(error.description()), true);
+    with_.views.alert(QStringLiteral("Transfer failed"), error.description());
+}
+
+void SendFlow::record(
+    const QStringList& files, const FerrylanePairedTarget& target, const QString& result)
+{
+    for (const QString& file : files) {
+        const QFileInfo info(file);
+        appendFerrylaneTransferLog(
+            {.direction = QStringLiteral("Sent"),
+                .fileName = info.fileName(),
+                .peer = target.name,
+                .result = result,
+                .size = info.exists() ? std::optional(info.size()) : std::nullopt},
+            with_.notifications);
+    }
+    with_.onLogged();
+}
+
+} // namespace ferrylane

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "app/SendChoices.h"
+#include "platform/NotificationCenter.h"
+#include "platform/SerialQueue.h"
+#include "sender/FerrylaneV4Sender.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace ferrylane {
+
+/// Sends files that the user has dropped or chosen: asks where to, sends, shows how it gets on, and
+/// records the outcome. One send at a time. On the main thread.
+class SendFlow {
+public:
+    /// Where it asks and shows.
+    class Views {
+    public:
+        Views() = default;
+        Views(const Views&) = delete;
+        Views& operator=(const Views&) = delete;
+        virtual ~Views() = default;
+
+        /// Asks, and returns when the user has chosen.
+        virtual SendChoice chooseReceiver(const QString& question, const QList<SendChoice>& choices)
+            = 0;
+        virtual void alert(const QString& title, const QString& text) = 0;
+        virtual void setSendStatus(const QString& text, bool isShown) = 0;
+        virtual void setSendProgress(double percent, bool isShown) = 0;
+    };
+
+    using PairedHandler = std::function<void(const FerrylanePairedTarget&)>;
+
+    /// All references must outlive this.
+    struct Collaborators {
+        FerrylaneV4Sender::Collaborators sending;
+        platform::NotificationCenter& notifications;
+        Views& views;
+        /// The names nearby.
+        std::function<QStringList()> visibleNames;
+        /// Lets the user pair a phone, and calls the handler if one has been paired.
+        std::function<void(PairedHandler)> pairDeviceThen;
+        /// While busy, phones are refused.
+        std::function<void(bool)> setOutboundBusy;
+        /// The transfer log has new entries.
+        std::function<void()> onLogged;
+    };
+
+    explicit SendFlow(Collaborators collaborators);
+    ~SendFlow();
+    SendFlow(const SendFlow&) = delete;
+    SendFlow& operator=(const SendFlow&) = delete;
+
+    /// Asks for the receiver of these files and sends them. Folders are left out.
+    void chooseReceiverAndSend(const QStringList& paths);
+    /// Sends to the selected phone.
+    void sendFilesToPairedPhone(const QStringList& paths);
+    /// Stops what is being sent, if anything.
+    void cancel();
+
+    [[nodiscard]] bool isSending() const { return sender_ != nullptr; }
+
+private:
+    using Result = FerrylaneV4Sender::Result;
+
+    void start(const QStringList& files, const FerrylanePairedTarget& target);
+    void completed(
+        const QStringList& files, const FerrylanePairedTarget& target, const Result& result);
+    void succeeded(int fileCount, const FerrylanePairedTarget& target);
+    void failed(const SendError& error);
+    void record(
+        const QStringList& files, const FerrylanePairedTarget& target, const QString& result);
+
+    Collaborators with_;
+    std::unique_ptr<FerrylaneV4Sender> sender_;
+    std::shared_ptr<platform::DelayedTask> pendingClose_;
+};
+
+} // namespace ferrylane

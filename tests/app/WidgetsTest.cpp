@@ -1,0 +1,123 @@
+#include "app/Appearance.h"
+#include "app/FerrylaneActionButton.h"
+#include "app/FerrylaneDropView.h"
+#include "app/FerrylaneHoverLabel.h"
+#include "app/MiddleElidedLabel.h"
+
+#include "Controls.h"
+#include "support/QtPrinting.h"
+
+#include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+using namespace ferrylane;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+TEST(FerrylaneDropView, TakesFilesOnly)
+{
+    const QTemporaryDir folder;
+    const QUrl directory = QUrl::fromLocalFile(folder.path());
+    const QUrl first = QUrl::fromLocalFile(u"/somewhere/b c.txt"_s);
+    const QUrl second = QUrl::fromLocalFile(u"/somewhere/a.txt"_s);
+    const QUrl web(u"https://example.org/a.txt"_s);
+    struct Row {
+        QList<QUrl> dropped;
+        std::optional<QStringList> passedOn;
+    };
+    const Row rows[]{
+        {{first, second}, QStringList({first.toLocalFile(), second.toLocalFile()})},
+        {{directory, second, web}, QStringList(second.toLocalFile())},
+        {{directory}, QStringList()},
+        {{web}, std::nullopt},
+        {{}, std::nullopt},
+    };
+
+    FerrylaneDropView view;
+    std::optional<QStringList> passedOn;
+    view.onFiles = [&](const QStringList& paths) { passedOn = paths; };
+    for (const Row& row : rows) {
+        QMimeData data;
+        data.setText(u"/somewhere/text.txt"_s);
+        data.setUrls(row.dropped);
+        const auto actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&view, &enter);
+        EXPECT_EQ(enter.isAccepted(), row.passedOn.has_value());
+
+        passedOn.reset();
+        QDropEvent drop({5, 5}, actions, &data, Qt::LeftButton, Qt::NoModifier);
+        drop.setDropAction(Qt::MoveAction);
+        QApplication::sendEvent(&view, &drop);
+        EXPECT_EQ(passedOn, row.passedOn);
+        EXPECT_EQ(drop.dropAction(), row.passedOn ? Qt::CopyAction : Qt::MoveAction);
+    }
+}
+
+TEST(Elision, KeepsBothEnds)
+{
+    const QString whole = u"IMG_0042 on the ferry <b>& back.jpeg"_s;
+    MiddleElidedLabel line;
+    line.setText(whole);
+    FerrylaneHoverLabel name({});
+    name.setLabel(whole);
+    line.resize(120, 20);
+    name.resize(120, 20);
+    for (const QString& shown : {line.shownText(), name.shownText()}) {
+        EXPECT_TRUE(shown.startsWith(u"IMG_"_s)) << shown.toStdString();
+        EXPECT_TRUE(shown.contains(u'\u2026')) << shown.toStdString();
+        EXPECT_TRUE(shown.endsWith(u".jpeg"_s)) << shown.toStdString();
+    }
+    line.resize(900, 20);
+    name.resize(900, 20);
+    EXPECT_EQ(line.shownText(), whole);
+    EXPECT_EQ(name.shownText(), whole);
+    EXPECT_EQ(app_test::accessibleName(name), whole);
+}
+
+TEST(FerrylaneHoverLabel, ColourFollowsThePointerInTheActiveWindow)
+{
+    FerrylaneHoverLabel label({});
+    label.normalTextColor = Qt::black;
+    label.hoverTextColor = Qt::blue;
+    QEnterEvent enter({1, 1}, {1, 1}, {1, 1});
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&label, &enter);
+    EXPECT_EQ(label.textColor(), Qt::black);
+
+    label.show();
+    label.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&label));
+    QApplication::sendEvent(&label, &enter);
+    EXPECT_EQ(label.textColor(), Qt::blue);
+    QApplication::sendEvent(&label, &leave);
+    EXPECT_EQ(label.textColor(), Qt::black);
+}
+
+TEST(FerrylaneActionButton, PressesOnceAndShowsAmpersands)
+{
+    int presses = 0;
+    FerrylaneActionButton button(u"Send to A & B"_s, [&] { ++presses; });
+    EXPECT_EQ(button.title(), u"Send to A & B"_s);
+    EXPECT_EQ(app_test::accessibleName(button), u"Send to A & B"_s);
+    button.click();
+    EXPECT_EQ(presses, 1);
+    button.onPress = {};
+    button.click();
+    EXPECT_EQ(presses, 1);
+}
+
+TEST(ToolTips, ShowFileNamesAsTheyAre)
+{
+    EXPECT_EQ(toolTipText(u"a < b & c"_s), u"a < b & c"_s);
+    EXPECT_TRUE(toolTipText(u"<img src=\"http://10.0.0.1/\">.jpg"_s).contains(u"&lt;img"_s));
+}
+
+} // namespace
