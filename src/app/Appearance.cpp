@@ -1,6 +1,8 @@
 #include "app/Appearance.h"
 
 #include <QApplication>
+#include <QCursor>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QStyleFactory>
@@ -58,9 +60,9 @@ QPalette lightPalette()
     return palette;
 }
 
-void useLightAppearance(QApplication& application)
+void useLightAppearance()
 {
-    application.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(lightPalette());
     QToolTip::setPalette(lightPalette());
     QApplication::setWindowIcon(applicationIcon());
@@ -129,6 +131,12 @@ QString toolTipText(const QString& text)
 {
     if (!Qt::mightBeRichText(text)) return text;
     return QStringLiteral("<span style=\"white-space: pre\">%1</span>").arg(text.toHtmlEscaped());
+}
+
+QPoint toolTipPosition(const QEvent& event)
+{
+    const auto* const help = dynamic_cast<const QHelpEvent*>(&event);
+    return help ? help->globalPos() : QCursor::pos();
 }
 
 void drawFrame(QPainter& painter, const QRectF& area, const Frame& frame)

@@ -6,7 +6,7 @@
 #include <QPalette>
 #include <QRect>
 
-class QApplication;
+class QEvent;
 class QPainter;
 class QWidget;
 
@@ -39,7 +39,7 @@ inline constexpr QColor focusRing{10, 60, 160};
 } // namespace colors
 
 /// Call once, before the first window: style, colours and icon of the whole program.
-void useLightAppearance(QApplication& application);
+void useLightAppearance();
 [[nodiscard]] QPalette lightPalette();
 [[nodiscard]] QIcon applicationIcon();
 /// "FerrylaneLogo", 40 points on each side; empty when the resource is missing.
@@ -59,11 +59,14 @@ void place(QWidget& widget, const Place& where, double parentHeight);
 void setTextColor(QWidget& widget, const QColor& color);
 /// Plain text as a tool tip shows it: a file name never becomes markup.
 [[nodiscard]] QString toolTipText(const QString& text);
+/// Where the tool tip belongs that an event of type QEvent::ToolTip asks for.
+[[nodiscard]] QPoint toolTipPosition(const QEvent& event);
 
 /// A filled rectangle with round corners and a border that lies wholly within it.
 struct Frame {
     QColor fill, border;
-    double borderWidth, cornerRadius;
+    double borderWidth = 0;
+    double cornerRadius = 0;
 };
 void drawFrame(QPainter& painter, const QRectF& area, const Frame& frame);
 /// Around the control that has the focus, once people have used the keyboard.

@@ -2,7 +2,7 @@
 
 #include "app/Appearance.h"
 
-#include <QHelpEvent>
+#include <QEvent>
 #include <QPainter>
 #include <QToolTip>
 
@@ -54,7 +54,7 @@ bool FerrylaneHoverLabel::event(QEvent* event)
     if (event->type() != QEvent::ToolTip || shownText() == label_) {
         return PaintedButton::event(event);
     }
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTipText(label_), this);
+    QToolTip::showText(toolTipPosition(*event), toolTipText(label_), this);
     return true;
 }
 

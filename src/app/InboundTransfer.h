@@ -52,7 +52,7 @@ private:
     void started(const Payload& name);
     void progressed(const Payload& fraction);
     void spedUp(const Payload& speed);
-    void received(const Payload& name);
+    void received(const Payload& payload);
 
     void refresh();
     void forgetTransfer();

@@ -27,8 +27,8 @@ constexpr double historyCardHeight = 92;
 
 /// A size and a weight of the text, and its colour.
 struct TextLook {
-    double points;
-    QFont::Weight weight;
+    double points = 0;
+    QFont::Weight weight = QFont::Normal;
     QColor color;
 };
 constexpr TextLook cardTitle{11, QFont::Bold, colors::dark};

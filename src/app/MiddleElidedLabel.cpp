@@ -2,7 +2,7 @@
 
 #include "app/Appearance.h"
 
-#include <QHelpEvent>
+#include <QEvent>
 #include <QPainter>
 #include <QToolTip>
 
@@ -26,7 +26,7 @@ QSize MiddleElidedLabel::minimumSizeHint() const
 bool MiddleElidedLabel::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip || shownText() == text()) return QLabel::event(event);
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTipText(text()), this);
+    QToolTip::showText(toolTipPosition(*event), toolTipText(text()), this);
     return true;
 }
 

@@ -14,8 +14,8 @@ int main(int argc, char** argv)
     std::signal(SIGPIPE, SIG_IGN);
     ::testing::InitGoogleTest(&argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    ferrylane::useLightAppearance(application);
+    ferrylane::useLightAppearance();
     return RUN_ALL_TESTS();
 }

@@ -2,9 +2,15 @@
 
 #include "platform/linux/AsioConnection.h"
 #include "platform/linux/AsioError.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <asio/ip/v6_only.hpp>
 #include <asio/post.hpp>
+
+#include <climits>
+
+#include <fcntl.h>
+#include <sys/resource.h>
 
 namespace platform {
 
@@ -14,6 +20,23 @@ namespace {
 
 // How long accepting rests when the system is out of descriptors or memory.
 constexpr auto acceptPause = std::chrono::milliseconds(100);
+
+// Descriptors that connections leave to the rest of the program: a file that is being received
+// needs some in the end.
+constexpr int reservedDescriptors = 16;
+
+/// Whether the next descriptor would be one of the reserved. `latest` is that of the latest
+/// connection, `any` an open one.
+bool isShortOfDescriptors(int latest, int any)
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur > INT_MAX) return false;
+    const int firstReserved = static_cast<int>(limit.rlim_cur) - reservedDescriptors;
+    // The system always gives the lowest one, so trying is needed only near the end.
+    if (latest < firstReserved - 1) return false;
+    const FileDescriptor next(fcntl(any, F_DUPFD_CLOEXEC, 0));
+    return !next.isOpen() || next.get() >= firstReserved;
+}
 
 /// Errors of one connection that went away before it was accepted (accept(2)); the port is fine.
 bool concernsOneConnection(const std::error_code& error)
@@ -95,6 +118,10 @@ private:
 
     void acceptNext()
     {
+        if (isShortOfDescriptors(latestDescriptor_, acceptor_.native_handle())) {
+            rest(std::make_error_code(std::errc::too_many_files_open));
+            return;
+        }
         AsioConnection::Strand strand(context_.get_executor());
         acceptor_.async_accept(strand,
             [self = shared_from_this(), strand](const std::error_code& error, tcp::socket socket) {
@@ -112,6 +139,7 @@ private:
             return;
         }
         if (std::exchange(resting_, false)) onState_(State::ready, {});
+        if (!error) latestDescriptor_ = socket.native_handle();
         if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
         acceptNext();
     }
@@ -136,6 +164,7 @@ private:
     ConnectionHandler onConnection_;
     bool cancelled_ = false;
     bool resting_ = false;
+    int latestDescriptor_ = -1;
 };
 
 AsioListener::AsioListener(asio::io_context& context, std::uint16_t port)
