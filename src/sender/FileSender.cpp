@@ -26,9 +26,10 @@ void checkAnswer(const PhoneConnection::Answer& answer, bool isAllSent)
     if (response && !response->isSuccess()) {
         throw send_errors::phoneReturned(response->status, response->body);
     }
-    // A success counts only when it came to its end, and after all of the file.
+    // A success counts only after all of the file, and when it came to its end.
+    if (response && !isAllSent) throw send_errors::invalidResponse();
     if (answer.error) throw SendError::network(answer.error);
-    if (!response || !isAllSent) throw send_errors::invalidResponse();
+    if (!response) throw send_errors::invalidResponse();
 }
 
 } // namespace
