@@ -26,7 +26,7 @@ ReceiveFolder ReceiveFolder::below(const QString& parent)
 }
 
 ReceiveFolder::ReceiveFolder(const QString& parent)
-    : dir_(parent + QStringLiteral("/ferrylane-bench-XXXXXX"))
+    : dir_(parent + QStringLiteral("/ferrylane-bench-"))
 {
     if (!dir_.isValid()) {
         throw std::runtime_error("cannot create a folder in " + parent.toStdString());

@@ -1,20 +1,12 @@
 #include "phone/BusyPhone.h"
 
-#include "phone/Failure.h"
 #include "phone/Output.h"
+#include "receiver/HttpAnswer.h"
 
 namespace ferrylane::phone {
 
 namespace {
 
-// The answers of the receiver service are laid out like this.
-constexpr const char* busyAnswer = "HTTP/1.1 409 Conflict\r\n"
-                                   "Content-Type: text/plain\r\n"
-                                   "Content-Length: 4\r\n"
-                                   "Cache-Control: no-store\r\n"
-                                   "Connection: close\r\n"
-                                   "\r\n"
-                                   "BUSY";
 constexpr std::size_t headReceive = 4096;
 
 } // namespace
@@ -44,7 +36,7 @@ void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connectio
     const auto request = std::make_shared<platform::ByteBuffer>();
     connection->receive(
         *request, 1, headReceive, [connection, request](bool /*end*/, const std::error_code&) {
-            connection->sendLast(busyAnswer);
+            connection->sendLast(HttpAnswer{statuses::conflict, "BUSY"}.toBytes());
         });
 }
 

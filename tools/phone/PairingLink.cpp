@@ -2,12 +2,13 @@
 
 #include "core/Base64Url.h"
 #include "pairing/PairingUrl.h"
+#include "sender/TargetAddress.h"
 
 namespace ferrylane::phone {
 
 QString PairingLink::hostInHeader() const
 {
-    return host.contains(u':') ? u'[' + host + u']' : host;
+    return TargetAddress{host, port}.hostInURL();
 }
 
 std::optional<PairingLink> parsePairingLink(const QString& text)
