@@ -39,12 +39,6 @@ build() {
     exit 1
 }
 
-choose_display() {
-    [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-}${QT_QPA_PLATFORM:-} ]] || return 0
-    say "No display here: Ferrylane runs without visible windows (QT_QPA_PLATFORM=offscreen)."
-    export QT_QPA_PLATFORM=offscreen
-}
-
 program=ferrylane
 case ${1:-} in
     --help | -h)
@@ -59,6 +53,5 @@ esac
 
 "$project/tools/install-packages.sh" build
 build
-[[ $program == ferrylane-phone ]] || choose_display
 # In place of this shell, so that Ctrl-C and SIGTERM reach the program itself.
 exec "$project/build/release/bin/$program" "$@"

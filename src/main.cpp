@@ -1,68 +1,111 @@
+#include "app/AppDelegate.h"
+#include "app/Appearance.h"
 #include "core/Log.h"
-#include "core/Notifications.h"
-#include "discovery/FerrylaneDeviceDiscovery.h"
-#include "pairing/PairedTargets.h"
 #include "platform/MainQueue.h"
+#include "platform/NetworkPathMonitor.h"
 #include "platform/NotificationCenter.h"
+#include "platform/SingleInstance.h"
+#include "platform/SystemSleep.h"
 #include "platform/Tcp.h"
 #include "platform/TerminationSignals.h"
-#include "receiver/HTTPServer.h"
-#include "service/NetworkPresence.h"
-#include "transferlog/TransferLog.h"
+#include "platform/TrayNotices.h"
 
-#include <QFileInfo>
-#include <QGuiApplication>
+#include <QApplication>
 
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <system_error>
 
 namespace {
 
-using ferrylane::HTTPServer;
+using ferrylane::AppDelegate;
+using ferrylane::flLog;
 
-void logReceivedFile(const HTTPServer& server, platform::NotificationCenter& notifications)
+/// Without one, a network that changes is not noticed.
+std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
+    AppDelegate& application, platform::SerialQueue& mainQueue)
 {
-    const auto& file = server.lastReceivedFile();
-    if (!file) return;
-    ferrylane::appendFerrylaneTransferLog({.direction = QStringLiteral("Received"),
-                                              .fileName = QFileInfo(file->path).fileName(),
-                                              .size = file->size},
-        notifications);
+    try {
+        return std::make_unique<platform::NetworkPathMonitor>(
+            "ferrylane.network.path", [&](bool isSatisfied) {
+                if (!isSatisfied) return;
+                mainQueue.async([&application] { application.networkPathSatisfied(); });
+            });
+    } catch (const std::system_error& error) {
+        flLog(QStringLiteral("Could not watch the network: ")
+            + QString::fromStdString(error.code().message()));
+        return nullptr;
+    }
 }
 
-int run()
+/// The event loop of the one instance, and all that lives as long as it does.
+int run(platform::SingleInstance* instance)
 {
     // In this order, so that each goes before what it uses.
     platform::MainQueue mainQueue;
     platform::NotificationCenter notifications(mainQueue);
     const platform::SteadyClock clock;
     const auto network = platform::TcpNetwork::create("ferrylane.conn");
-    ferrylane::NetworkPresence presence;
-    ferrylane::FerrylaneDeviceDiscovery discovery(
-        ferrylane::FerrylaneDeviceDiscovery::Parts::ofSystem(mainQueue, clock));
-    // A phone that has moved to another address is found there.
-    discovery.setOnAddress(ferrylane::refreshFerrylanePairedTargetAddress);
+    platform::SleepInhibitor inhibitor(
+        QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"));
+    AppDelegate application({*network, mainQueue, notifications, clock, [&](bool isNeeded) {
+                                 if (isNeeded) {
+                                     inhibitor.hold();
+                                 } else {
+                                     inhibitor.release();
+                                 }
+                             }});
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
+    application.applicationDidFinishLaunching();
+
+    const auto pathMonitor = watchNetworkPath(application, mainQueue);
+    const platform::WakeNotices wakeNotices([&] { application.systemDidWake(); });
+    const platform::TrayNotices trayNotices([&] { application.trayDidAppear(); });
+    if (instance) instance->setShowHandler([&] { application.show(); });
+    return QApplication::exec();
+}
+
+/// Without a folder for its claim the program runs all the same, unguarded.
+std::unique_ptr<platform::SingleInstance> claimSingleInstance()
+{
     try {
-        const HTTPServer server({*network, mainQueue, notifications, clock, presence, presence});
-        const auto observation = notifications.observe(ferrylane::FerrylaneReceived,
-            [&](const auto&) { logReceivedFile(server, notifications); });
-        discovery.start();
-        return QCoreApplication::exec();
+        return std::make_unique<platform::SingleInstance>(QStringLiteral("ferrylane"));
     } catch (const std::system_error& error) {
-        ferrylane::flLog(QStringLiteral("Could not start Ferrylane: ")
+        flLog(QStringLiteral("Could not look for another instance: ")
             + QString::fromStdString(error.code().message()));
-        std::fprintf(stderr, "ferrylane: cannot start: %s\n", error.code().message().c_str());
-        return 1;
+        return nullptr;
     }
+}
+
+/// Where nobody can see windows, phones are served all the same.
+void doWithoutDisplay()
+{
+    for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(name)) return;
+    }
+    std::fputs("ferrylane: there is no display; running without visible windows\n", stderr);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const QGuiApplication application(argc, argv);
+    using Outcome = platform::SingleInstance::Outcome;
+
+    doWithoutDisplay();
+    const QApplication toolkit(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ferrylane"));
-    return run();
+    QGuiApplication::setDesktopFileName(QStringLiteral("ferrylane"));
+    const auto instance = claimSingleInstance();
+    const Outcome outcome = instance ? instance->outcome() : Outcome::first;
+    if (outcome == Outcome::handedOver) return 0;
+    if (outcome == Outcome::unanswered) {
+        std::fputs("ferrylane: already running, but it does not answer\n", stderr);
+        return 1;
+    }
+    QApplication::setQuitOnLastWindowClosed(false);
+    ferrylane::useLightAppearance();
+    return run(instance.get());
 }

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/QRImage.h"
+#include "app/StorageCheck.h"
 #include "app/TransferTexts.h"
 #include "core/DeviceName.h"
 #include "core/LocalAddresses.h"
@@ -28,13 +29,27 @@ void openReceivedFiles()
     QDesktopServices::openUrl(QUrl::fromLocalFile(receiveDir()));
 }
 
+/// Deletes itself when it is closed.
+QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* parent)
+{
+    auto* const box = new QMessageBox(
+        QMessageBox::Warning, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(text);
+    return box;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(const Collaborators& collaborators)
     : with_(collaborators)
+    , keepAwake_(with_.notifications, with_.keepAwake)
     , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(with_.mainQueue, with_.clock))
     , control_(
           std::make_unique<ServiceControl>(*this, with_.mainQueue, [this] { showServiceState(); }))
+    , inbound_(std::make_unique<InboundTransfer>(with_.notifications, with_.mainQueue, *this,
+          [this](const QString& fileName) { received(fileName); }))
     , sendFlow_(std::make_unique<SendFlow>(sendCollaborators()))
 {
 }
@@ -45,10 +60,7 @@ SendFlow::Collaborators AppDelegate::sendCollaborators()
 {
     return {{with_.network, with_.mainQueue, with_.clock}, with_.notifications, *this,
         [this] { return availableDeviceNames_; }, [](const SendFlow::PairedHandler& /*paired*/) {},
-        [this](bool busy) {
-            if (server_) server_->setOutboundBusy(busy);
-        },
-        [this] { refreshHistory(); }};
+        [this](bool isSending) { setSending(isSending); }, [this] { refreshHistory(); }};
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -59,25 +71,49 @@ void AppDelegate::applicationDidFinishLaunching()
     deviceDiscovery_.setOnAddress(refreshFerrylanePairedTargetAddress);
     control_->begin();
     createStatusItem();
-    inbound_ = std::make_unique<InboundTransfer>(with_.notifications, with_.mainQueue, *this,
-        [this](const QString& fileName) { received(fileName); });
     show();
+    if (health_.isFaulty()) giveUpService();
+    if (const QString problem = storageProblem(); !problem.isEmpty()) {
+        inform(QStringLiteral("Ferrylane cannot keep its files"), problem);
+    }
 }
 
 void AppDelegate::createServer()
 {
     try {
         server_.emplace(HTTPServer::Collaborators{with_.network, with_.mainQueue,
-            with_.notifications, with_.clock, presence_, presence_});
+            with_.notifications, with_.clock, presence_, presence_,
+            [this](platform::Transport transport, const std::error_code& error) {
+                socketChanged(transport, error);
+            }});
     } catch (const std::system_error& error) {
-        const QString reason = QString::fromStdString(error.code().message());
-        flLog(QStringLiteral("Could not start Ferrylane: ") + reason);
-        alert(QStringLiteral("Ferrylane cannot receive files"),
-            QStringLiteral("The receiver service could not be started: %1.\n\nIf another program "
-                           "uses UDP port 8789, end it and start Ferrylane again. Sending files "
-                           "works all the same.")
-                .arg(reason));
+        flLog(QStringLiteral("Could not start Ferrylane: ")
+            + QString::fromStdString(error.code().message()));
+        health_.set(platform::Transport::udp, error.code());
     }
+}
+
+void AppDelegate::socketChanged(platform::Transport transport, const std::error_code& error)
+{
+    health_.set(transport, error);
+    if (health_.isFaulty() && !health_.hasBeenReachable()) {
+        giveUpService();
+    } else {
+        showServiceState();
+    }
+}
+
+void AppDelegate::giveUpService()
+{
+    control_->serviceFailed();
+    inform(QStringLiteral("Ferrylane cannot receive files"),
+        health_.faultText() + QStringLiteral("\n\n") + health_.adviceText());
+}
+
+void AppDelegate::switchService(bool on)
+{
+    health_.reset();
+    control_->setServiceRunning(on);
 }
 
 void AppDelegate::createStatusItem()
@@ -89,7 +125,7 @@ void AppDelegate::createStatusItem()
         .showPairedDevices = {},
         .restart = {},
         .quit = [] { QApplication::quit(); },
-        .toggleService = [this] { control_->setServiceRunning(!control_->serviceRunning()); },
+        .toggleService = [this] { switchService(!control_->serviceRunning()); },
     });
     statusItem_->setTitle(idleTitle());
     statusItem_->setServiceRunning(control_->serviceRunning());
@@ -103,19 +139,15 @@ void AppDelegate::createPanel()
         .enlargeQRCode = {},
         .openReceivedFiles = openReceivedFiles,
         .chooseFiles = [this] { chooseFilesToSend(); },
-        .closed = {},
-        .serviceSwitched = [this](bool isOn) { control_->setServiceRunning(isOn); },
+        .keepsInTaskbar = [this] { return !statusItem_->hasHost(); },
+        .serviceSwitched = [this](bool isOn) { switchService(isOn); },
         .filesDropped
         = [this](const QStringList& paths) { sendFlow_->chooseReceiverAndSend(paths); },
     });
     panel_->setContextMenu(&statusItem_->menu());
-    panel_->setKeepsInTaskbar(!statusItem_->hasHost());
     panel_->setDeviceName(ferrylaneDeviceSuffix());
     panel_->setSendStatus(QStringLiteral("Choose or drop files, then select a destination"), true);
-    if (server_) {
-        panel_->setPairingCode(qr(
-            ferrylanePairingLink(ferrylaneLocalHostForURL(), port, server_->sessionKeyB64()), 1));
-    }
+    showPairingCode();
     showServiceState();
     refreshHistory();
 }
@@ -130,7 +162,20 @@ void AppDelegate::showServiceState()
 {
     const bool isOn = control_->serviceRunning();
     if (statusItem_) statusItem_->setServiceRunning(isOn);
-    if (panel_) panel_->setServiceState(isOn, QString());
+    if (panel_) panel_->setServiceState(isOn, health_.faultText());
+}
+
+void AppDelegate::showPairingCode()
+{
+    if (!panel_ || !server_) return;
+    panel_->setPairingCode(
+        qr(ferrylanePairingLink(ferrylaneLocalHostForURL(), port, server_->sessionKeyB64()), 1));
+}
+
+void AppDelegate::setSending(bool isSending)
+{
+    if (server_) server_->setOutboundBusy(isSending);
+    keepAwake_.setSending(isSending);
 }
 
 void AppDelegate::refreshHistory()
@@ -160,12 +205,12 @@ void AppDelegate::stopCurrentTransfer()
 
 void AppDelegate::chooseFilesToSend()
 {
-    QFileDialog dialog(panel_.get(), QStringLiteral("Choose files to send"));
+    QFileDialog dialog(panel_.get(), QStringLiteral("Choose files to send"), lastFolder_);
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Send"));
-    if (dialog.exec() == QDialog::Accepted) {
-        sendFlow_->chooseReceiverAndSend(dialog.selectedFiles());
-    }
+    if (dialog.exec() != QDialog::Accepted) return;
+    lastFolder_ = dialog.directory().path();
+    sendFlow_->chooseReceiverAndSend(dialog.selectedFiles());
 }
 
 void AppDelegate::setStatusTitle(const QString& title)
@@ -206,11 +251,12 @@ SendChoice AppDelegate::chooseReceiver(const QString& question, const QList<Send
 
 void AppDelegate::alert(const QString& title, const QString& text)
 {
-    QMessageBox box(
-        QMessageBox::Warning, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, panel_.get());
-    box.setTextFormat(Qt::PlainText);
-    box.setInformativeText(text);
-    box.exec();
+    makeAlert(title, text, panel_.get())->exec();
+}
+
+void AppDelegate::inform(const QString& title, const QString& text)
+{
+    makeAlert(title, text, panel_.get())->open();
 }
 
 void AppDelegate::setSendStatus(const QString& text, bool isShown)
@@ -225,7 +271,17 @@ void AppDelegate::setSendProgress(double percent, bool isShown)
 
 void AppDelegate::start()
 {
-    if (server_) server_->startService();
+    if (server_) {
+        server_->startService();
+        return;
+    }
+    createServer();
+    if (server_) {
+        server_->setVisible(control_->visible());
+        showPairingCode();
+    } else {
+        giveUpService();
+    }
 }
 
 void AppDelegate::stop()

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/InboundTransfer.h"
+#include "app/KeepAwake.h"
 #include "app/MainPanel.h"
 #include "app/ReceiverChooser.h"
 #include "app/SendFlow.h"
 #include "app/ServiceControl.h"
+#include "app/ServiceHealth.h"
 #include "app/StatusItem.h"
 #include "app/TransferHUD.h"
 #include "discovery/FerrylaneDeviceDiscovery.h"
@@ -22,18 +24,20 @@ class AppDelegate final : public InboundTransfer::Views,
                           public SendFlow::Views,
                           public ServiceControl::Service {
 public:
-    /// All must outlive the application.
+    /// All references must outlive the application.
     struct Collaborators {
         platform::TcpNetwork& network;
         platform::SerialQueue& mainQueue;
         platform::NotificationCenter& notifications;
         const platform::Clock& clock;
+        /// Called with true when files begin to be sent or received, with false when none are.
+        std::function<void(bool)> keepAwake;
     };
 
     explicit AppDelegate(const Collaborators& collaborators);
     ~AppDelegate() override;
 
-    /// Starts everything and shows the main panel. A service that cannot be made is told to the
+    /// Starts everything and shows the main panel. What could not be started or read is told to the
     /// user; the rest serves without it.
     void applicationDidFinishLaunching();
     /// Shows the main panel.
@@ -42,6 +46,8 @@ public:
     /// What the system tells.
     void networkPathSatisfied() { control_->networkPathSatisfied(); }
     void systemDidWake() { control_->systemDidWake(); }
+    /// The desktop has a tray now.
+    void trayDidAppear() { statusItem_->renew(); }
 
 private:
     // InboundTransfer::Views
@@ -68,11 +74,19 @@ private:
     void refreshPairingCode() override;
 
     void createServer();
+    void socketChanged(platform::Transport transport, const std::error_code& error);
+    /// The service could not start: tells why, and what to do.
+    void giveUpService();
+    void switchService(bool on);
     void createStatusItem();
     void createPanel();
     [[nodiscard]] SendFlow::Collaborators sendCollaborators();
 
+    /// An alert that nothing waits for.
+    void inform(const QString& title, const QString& text);
+    void setSending(bool isSending);
     void showServiceState();
+    void showPairingCode();
     void refreshHistory();
     void received(const QString& fileName);
     void stopCurrentTransfer();
@@ -80,9 +94,13 @@ private:
 
     Collaborators with_;
     NetworkPresence presence_;
-    std::optional<HTTPServer> server_; ///< none when it cannot be made
+    ServiceHealth health_;
+    KeepAwake keepAwake_;
+    std::optional<HTTPServer> server_; ///< none while it cannot be made
     FerrylaneDeviceDiscovery deviceDiscovery_;
     QStringList availableDeviceNames_;
+
+    QString lastFolder_; ///< where files to send were chosen
 
     std::unique_ptr<StatusItem> statusItem_;
     std::unique_ptr<MainPanel> panel_;

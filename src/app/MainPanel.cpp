@@ -256,11 +256,6 @@ void MainPanel::setContextMenu(QMenu* menu)
     if (menu_) addActions(menu_->actions());
 }
 
-void MainPanel::setKeepsInTaskbar(bool keeps)
-{
-    keepsInTaskbar_ = keeps;
-}
-
 void MainPanel::present()
 {
     if (!wasCentred_) {
@@ -275,13 +270,10 @@ void MainPanel::present()
 
 void MainPanel::closeEvent(QCloseEvent* event)
 {
-    if (keepsInTaskbar_ && event->spontaneous()) {
-        event->ignore();
-        showMinimized();
-        return;
-    }
     event->accept();
-    if (intents_.closed) intents_.closed();
+    if (!event->spontaneous() || !intents_.keepsInTaskbar || !intents_.keepsInTaskbar()) return;
+    event->ignore();
+    showMinimized();
 }
 
 void MainPanel::contextMenuEvent(QContextMenuEvent* event)

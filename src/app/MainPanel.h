@@ -23,7 +23,7 @@ class ThinProgressBar;
 ///
 /// Main thread. 318 x 555 points and not resizable; a point is a pixel at a text scale of 100 %
 /// and grows with it. Closing hides the window, and showing it again shows it as it was left.
-/// A close that came from the window system minimises instead while setKeepsInTaskbar() is on.
+/// A close that came from the window system minimises instead where keepsInTaskbar() says so.
 class MainPanel final : public QWidget {
 public:
     /// What people ask for. Members left empty are ignored.
@@ -33,8 +33,9 @@ public:
         std::function<void()> enlargeQRCode;
         std::function<void()> openReceivedFiles;
         std::function<void()> chooseFiles;
-        /// The window was closed and is hidden; not when it was minimised instead.
-        std::function<void()> closed;
+        /// Asked at each close: on a desktop without a tray nothing else would bring the window
+        /// back.
+        std::function<bool()> keepsInTaskbar;
         /// The switch was turned by hand; setServiceState() does not report.
         std::function<void(bool isOn)> serviceSwitched;
         /// Dropped files without the folders among them; may be empty.
@@ -59,8 +60,6 @@ public:
     /// Also opens by a right-click here; its shortcuts work while this window has the focus. The
     /// menu must outlive the panel or be taken away with null.
     void setContextMenu(QMenu* menu);
-    /// For desktops without a tray: where nothing else would bring the window back.
-    void setKeepsInTaskbar(bool keeps);
     /// Shows, unfolds and activates; in the middle of the screen the first time.
     void present();
 
@@ -79,7 +78,6 @@ private:
 
     Intents intents_;
     QMenu* menu_ = nullptr;
-    bool keepsInTaskbar_ = false;
     bool wasCentred_ = false;
     FerrylaneHoverLabel* deviceName_ = nullptr;
     QRCodeButton* pairingCode_ = nullptr;

@@ -72,6 +72,15 @@ void ServiceControl::setServiceRunning(bool on)
     onSwitched_();
 }
 
+void ServiceControl::serviceFailed()
+{
+    serviceRunning_ = false;
+    // Phones are looked for all the same: files can be sent to them.
+    service_.stop();
+    scheduleAutoOff();
+    onSwitched_();
+}
+
 void ServiceControl::setVisible(bool visible)
 {
     visible_ = visible;

@@ -48,6 +48,8 @@ public:
     [[nodiscard]] bool visible() const { return visible_; }
 
     void setServiceRunning(bool on);
+    /// It could not start: it is off for now, which is not kept, and on again with the next launch.
+    void serviceFailed();
     void setVisible(bool visible);
     /// 0 or less: never. Counts from now on.
     void setAutoOffSeconds(qint64 seconds);

@@ -51,11 +51,10 @@ void HTTPServer::startListener()
     const std::weak_ptr weak(listener_);
     listener_->start(
         [this, weak](State state, const std::error_code& error) {
-            listenerChanged(state, error);
-            if (state != State::ready) return;
-            with_.mainQueue.async([this, weak] {
-                // Gone with the server, or replaced: then the next listener announces itself.
-                if (weak.lock() && isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
+            logListener(state, error);
+            with_.mainQueue.async([this, weak, state, error] {
+                // Gone with the server, or replaced: then the next listener speaks for itself.
+                if (weak.lock()) listenerChanged(state, error);
             });
         },
         [context = context_](std::shared_ptr<platform::TcpConnection> connection) {
@@ -77,13 +76,26 @@ void HTTPServer::openSockets()
     with_.responder.start();
 }
 
+bool HTTPServer::openSocketsOrLog(const QString& failure)
+{
+    std::error_code error;
+    try {
+        openSockets();
+    } catch (const std::system_error& thrown) {
+        error = thrown.code();
+        flLog(failure + describe(error));
+    }
+    with_.onSocket(platform::Transport::udp, error);
+    return !error;
+}
+
 void HTTPServer::closeSockets()
 {
     stopListener();
     with_.responder.stop();
 }
 
-void HTTPServer::listenerChanged(State state, const std::error_code& error)
+void HTTPServer::logListener(State state, const std::error_code& error)
 {
     switch (state) {
     case State::ready:
@@ -100,6 +112,14 @@ void HTTPServer::listenerChanged(State state, const std::error_code& error)
     }
 }
 
+void HTTPServer::listenerChanged(State state, const std::error_code& error)
+{
+    // Accepting that pauses goes on by itself.
+    if (state == State::waiting) return;
+    with_.onSocket(platform::Transport::tcp, error);
+    if (state == State::ready && isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
+}
+
 void HTTPServer::removeStalePartialsOnce()
 {
     // The port is ours for the first time, so no upload of ours, and none of another instance that
@@ -112,11 +132,8 @@ void HTTPServer::startService()
     if (serviceRunning_) return;
     serviceRunning_ = true;
     context_->admission.setOpen(true);
-    try {
-        openSockets();
+    if (openSocketsOrLog(QStringLiteral("Could not start Ferrylane service: "))) {
         flLog(QStringLiteral("Ferrylane service started"));
-    } catch (const std::system_error& error) {
-        flLog(QStringLiteral("Could not start Ferrylane service: ") + describe(error.code()));
     }
 }
 
@@ -145,11 +162,8 @@ void HTTPServer::rebindAfterNetworkChange(const QString& reason)
     closeSockets();
     flLog(QStringLiteral("Rebinding Ferrylane after ") + reason);
     pendingRebind_ = with_.mainQueue.after(rebindDelay, [this] {
-        try {
-            openSockets();
+        if (openSocketsOrLog(QStringLiteral("Ferrylane network rebind failed: "))) {
             flLog(QStringLiteral("Ferrylane network rebind completed"));
-        } catch (const std::system_error& error) {
-            flLog(QStringLiteral("Ferrylane network rebind failed: ") + describe(error.code()));
         }
     });
 }

@@ -2,14 +2,17 @@
 
 #include "core/Service.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PortHolder.h"
 #include "platform/Tcp.h"
 #include "receiver/ReceiverContext.h"
 
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 namespace ferrylane {
 
@@ -49,7 +52,11 @@ public:
         virtual void withdraw() = 0;
     };
 
-    /// All must outlive the server.
+    /// Told on the main thread, after each try, whether the service's socket of that kind is open
+    /// (no error) or could not be opened. Not told of what the constructor throws.
+    using SocketHandler = std::function<void(platform::Transport, const std::error_code&)>;
+
+    /// All references must outlive the server.
     struct Collaborators {
         platform::TcpNetwork& network;
         platform::SerialQueue& mainQueue;
@@ -57,6 +64,7 @@ public:
         const platform::Clock& clock;
         DiscoveryResponder& responder;
         Advertiser& advertiser;
+        SocketHandler onSocket = [](platform::Transport, const std::error_code&) {};
     };
 
     /// Loads or creates the receiver key and starts the service. A port that is in use is logged
@@ -94,10 +102,14 @@ private:
     void startListener();
     void stopListener();
     void openSockets();
+    /// Logs a failure with these words before it; returns whether all went well.
+    bool openSocketsOrLog(const QString& failure);
     void closeSockets();
     /// On the listener's queue.
-    void listenerChanged(platform::TcpListener::State state, const std::error_code& error);
+    void logListener(platform::TcpListener::State state, const std::error_code& error);
     void removeStalePartialsOnce();
+    /// On the main thread.
+    void listenerChanged(platform::TcpListener::State state, const std::error_code& error);
 
     Collaborators with_;
     std::uint16_t tcpPort_;
