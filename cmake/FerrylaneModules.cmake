@@ -63,13 +63,16 @@ function(ferrylane_add_program name)
     target_link_libraries(${name} PRIVATE ${arg_LINK})
 endfunction()
 
-# ferrylane_add_test_program(<module> [LABEL <label>] [LINK <library>...] [DEFINE <definition>...]
-#                            [PROPERTIES <name> <value>...])
+# ferrylane_add_test_program(<module> [LABEL <label>] [EXCLUDE <file>...] [LINK <library>...]
+#                            [DEFINE <definition>...] [PROPERTIES <name> <value>...])
 #
 # Makes ferrylane_test_<module> of this folder's sources and tells CTest of each case in it.
 function(ferrylane_add_test_program module)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "LINK;DEFINE;PROPERTIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "EXCLUDE;LINK;DEFINE;PROPERTIES")
     ferrylane_sources(sources)
+    foreach(file IN LISTS arg_EXCLUDE)
+        list(REMOVE_ITEM sources "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    endforeach()
     set(translation_units ${sources})
     list(FILTER translation_units INCLUDE REGEX "\\.cpp$")
     if(NOT translation_units)

@@ -42,6 +42,7 @@ TEST_F(Lifecycle, aSecondProgramOnThePortSaysSoAndLivesOn)
     support::ProgramUnderTest second(receiverProgram, otherHome);
     ASSERT_TRUE(second.startUntilLogged("  Server listener failed: "));
     EXPECT_TRUE(second.waitForLog("Address already in use")) << second.log().constData();
+    EXPECT_TRUE(second.waitForLog("Ferrylane service stopped")) << second.log().constData();
     EXPECT_TRUE(second.isRunning());
 
     EXPECT_EQ(readiness(), ready) << "the first one serves on";
@@ -49,15 +50,16 @@ TEST_F(Lifecycle, aSecondProgramOnThePortSaysSoAndLivesOn)
     EXPECT_EQ(program_.terminate(), 0);
 }
 
-TEST_F(Lifecycle, aSecondProgramLeavesTheRunningUploadAlone)
+TEST_F(Lifecycle, aSecondLaunchEndsAndLeavesTheRunningUploadAlone)
 {
     const auto bytes = upload(u"a.bin"_s, "content");
     support::TcpClient client;
     client.send(bytes.withoutEnd());
     ASSERT_TRUE(support::waitUntil([this] { return !home_.partialFiles().isEmpty(); }));
 
-    support::ProgramUnderTest second(receiverProgram, home_);
-    ASSERT_TRUE(second.startUntilLogged("  Server listener failed: "));
+    support::ChildProcess second;
+    second.start({.program = receiverProgram, .environment = home_.environment()});
+    EXPECT_EQ(second.waitForEnd(support::patience), 0);
     client.send(bytes.end());
     EXPECT_EQ(client.receiveAll(), stored);
     EXPECT_EQ(home_.received(u"Pixel 8/a.bin"_s), "content");

@@ -14,12 +14,12 @@ namespace support {
 /// A program to run, and how.
 struct Command {
     QString program;
-    QStringList arguments;
-    QProcessEnvironment environment;
-    QString outputFile; ///< empty: where this process writes
-    QString errorFile;
+    QStringList arguments{};
+    QProcessEnvironment environment{};
+    QString outputFile{}; ///< empty: where this process writes
+    QString errorFile{};
     /// Runs in the child before the program: no allocation, no locks.
-    std::function<void()> beforeProgram;
+    std::function<void()> beforeProgram{};
 };
 
 /// A program that runs as a child of the test; killed when this goes. (QProcess makes its children

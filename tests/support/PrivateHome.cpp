@@ -11,7 +11,14 @@ namespace support {
 
 namespace {
 
-QStringList filesBelow(const QString& folder)
+bool isPartial(const QString& path)
+{
+    return path.endsWith(QStringLiteral(".ferrylane-v4-part"));
+}
+
+} // namespace
+
+QStringList PrivateHome::filesBelow(const QString& folder)
 {
     const QDir root(folder);
     QStringList files;
@@ -23,13 +30,6 @@ QStringList filesBelow(const QString& folder)
     files.sort();
     return files;
 }
-
-bool isPartial(const QString& path)
-{
-    return path.endsWith(QStringLiteral(".ferrylane-v4-part"));
-}
-
-} // namespace
 
 QProcessEnvironment PrivateHome::environment() const
 {

@@ -38,6 +38,8 @@ public:
     [[nodiscard]] QString ownFile(const QString& name) const;
     [[nodiscard]] QByteArray received(const QString& path) const;
 
+    /// Paths of all files in a folder and those below, below it.
+    [[nodiscard]] static QStringList filesBelow(const QString& folder);
     /// Empty when it cannot be read.
     [[nodiscard]] static QByteArray contentOf(const QString& path);
     /// Makes the folder too.

@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <utility>
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -45,7 +46,13 @@ bool canMount()
 }
 
 ProgramUnderTest::ProgramUnderTest(const QString& program, const PrivateHome& home)
-    : home_(home), program_(program)
+    : ProgramUnderTest(program, home, home.environment())
+{
+}
+
+ProgramUnderTest::ProgramUnderTest(
+    const QString& program, const PrivateHome& home, QProcessEnvironment environment)
+    : home_(home), program_(program), environment_(std::move(environment))
 {
 }
 
@@ -61,7 +68,7 @@ bool ProgramUnderTest::startUntilLogged(const QByteArray& text, const Scarcity& 
     if (!disk.isEmpty()) QDir().mkpath(*scarcity.smallDisk);
     Command command;
     command.program = program_;
-    command.environment = home_.environment();
+    command.environment = environment_;
     command.beforeProgram = [&scarcity, &disk] {
         if (!disk.isEmpty()) mountSmallDisk(disk.constData());
         if (scarcity.descriptors) limit(RLIMIT_NOFILE, *scarcity.descriptors);

@@ -26,6 +26,9 @@ class ProgramUnderTest {
 public:
     /// `home` must outlive this.
     ProgramUnderTest(const QString& program, const PrivateHome& home);
+    /// In another environment than the home's, where its windows can be seen, say.
+    ProgramUnderTest(
+        const QString& program, const PrivateHome& home, QProcessEnvironment environment);
 
     /// Starts it and waits until its log says that the port is open.
     [[nodiscard]] bool start(const Scarcity& scarcity = {});
@@ -49,6 +52,7 @@ public:
 private:
     const PrivateHome& home_;
     QString program_;
+    QProcessEnvironment environment_;
     ChildProcess process_;
     qsizetype logStart_ = 0;
 };
