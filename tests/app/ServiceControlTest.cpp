@@ -142,3 +142,19 @@ TEST_F(ServiceControlTest, wakesUpAndIgnoresChangesWhileOff)
     queue_.advance(10s);
     EXPECT_FALSE(service_.told().contains(u"rebind"_s));
 }
+
+TEST_F(ServiceControlTest, aServiceThatCouldNotStartIsOffForNow)
+{
+    standardDefaults().set(ferrylaneAutoOffSecondsKey, 60);
+    begin();
+    static_cast<void>(service_.told());
+    control_->serviceFailed();
+    EXPECT_EQ(service_.told(), u"stop"_s);
+    EXPECT_EQ(switched_, 1);
+    EXPECT_FALSE(control_->serviceRunning());
+    EXPECT_TRUE(standardDefaults().boolean(ferrylaneServiceRunningKey, true));
+    queue_.advance(61s);
+    EXPECT_EQ(service_.told(), QString());
+    control_->setServiceRunning(true);
+    EXPECT_EQ(service_.told(), u"start, discover"_s);
+}

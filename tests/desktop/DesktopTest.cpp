@@ -1,5 +1,6 @@
 #include "Desktop.h"
 
+#include "platform/Tcp.h"
 #include "support/ProgramUnderTest.h"
 #include "support/QtPrinting.h"
 #include "support/StartDaemon.h"
@@ -14,6 +15,9 @@
 #include <QUrlQuery>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
 
 // The program as a user has it: on a screen, with a pointer and a keyboard.
 
@@ -136,6 +140,35 @@ TEST_F(DesktopTest, WithoutATrayThePanelStaysAtHandUntilOneComes)
     desktop_->click(desktop_->waitForWindow(panelSize).geometry.center());
     desktop_->press({u"ctrl+q"_s});
     EXPECT_TRUE(support::waitUntil([this] { return !program_->isRunning(); }));
+}
+
+TEST_F(DesktopTest, TellsThatThePortIsTakenAndTriesAgain)
+{
+    const auto network = platform::TcpNetwork::create("other");
+    const auto other = network->listener(8788);
+    std::atomic<bool> isTaken = false;
+    other->start([&](auto /*state*/, const auto& error) { isTaken = !error; },
+        [](const auto& /*connection*/) {});
+    ASSERT_TRUE(support::waitUntil([&] { return isTaken.load(); }));
+    desktop_.emplace(home_);
+    program_.emplace(QStringLiteral(FERRYLANE_PROGRAM), home_, desktop_->environment());
+    ASSERT_TRUE(program_->startUntilLogged("Ferrylane service stopped"));
+    const auto isAlertShown = [this] {
+        const QList<Window> windows = desktop_->windows();
+        return std::any_of(windows.begin(), windows.end(), [](const Window& window) {
+            return window.geometry.size() != panelSize && window.geometry.width() > 100;
+        });
+    };
+    ASSERT_TRUE(support::waitUntil(isAlertShown));
+    EXPECT_TRUE(support::waitUntil([&] {
+        desktop_->press({u"Return"_s});
+        return !isAlertShown();
+    }));
+
+    other->cancel();
+    // The switch.
+    desktop_->click(desktop_->waitForWindow(panelSize).geometry.topLeft() + QPoint(54, 157));
+    EXPECT_TRUE(program_->waitForLog("Server ready on port 8788"));
 }
 
 TEST_F(DesktopTest, ShowsAFileThatIsReceived)

@@ -35,6 +35,7 @@ AsioConnection::AsioConnection(Strand strand, asio::ip::tcp::socket socket)
     , resolver_(strand_)
     , closingTimer_(strand_)
 {
+    keepFromOtherPrograms(socket_);
     std::error_code ignored;
     socket_.non_blocking(true, ignored);
 }
@@ -73,6 +74,7 @@ void AsioConnection::connected(const std::error_code& error)
         reach(State::failed, error);
         return;
     }
+    keepFromOtherPrograms(socket_);
     setConnectionOptions(socket_);
     std::error_code ignored;
     socket_.non_blocking(true, ignored);

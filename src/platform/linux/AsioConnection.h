@@ -7,9 +7,16 @@
 #include <asio/steady_timer.hpp>
 #include <asio/strand.hpp>
 
+#include <fcntl.h>
 #include <netinet/tcp.h>
 
 namespace platform {
+
+/// Programs that this one starts do not inherit the socket, as they do by Asio's default.
+template <typename Socket> void keepFromOtherPrograms(Socket& socket)
+{
+    static_cast<void>(fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC));
+}
 
 /// Sets what every connection has, on a connection or on the acceptor from which connections then
 /// inherit it.

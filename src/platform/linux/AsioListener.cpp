@@ -101,6 +101,7 @@ private:
         acceptor_.close(error);
         acceptor_.open(endpoint.protocol(), error);
         if (error) return systemError(error);
+        keepFromOtherPrograms(acceptor_);
         // Connections of an earlier listener that are still closing do not hold the port.
         acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
         if (!error && endpoint.protocol() == tcp::v6()) {
