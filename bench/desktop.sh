@@ -4,6 +4,8 @@
 set -euo pipefail
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck source=tools/private-desktop.sh
+source "$project/tools/private-desktop.sh"
 
 usage() {
     cat << 'END'
@@ -19,57 +21,15 @@ starts=9
 idle_seconds=20
 upload_mebibytes=1024
 
-# In a network of its own, with a loopback interface only, where it may be root of.
 if [[ ${1:-} == --help || ${1:-} == -h ]]; then
     usage
     exit
 fi
-if [[ -z ${FERRYLANE_BENCH_INSIDE:-} ]]; then
-    export FERRYLANE_BENCH_INSIDE=1
-    exec unshare --map-root-user --net --pid --fork --mount-proc "$0" "$@"
-fi
-
 programs=$(cd "$project" && cd "${1:-build/release}/bin" && pwd)
-home=$(mktemp -d)
-trap 'rm -rf "$home"' EXIT # the processes go with their namespace
-export HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=C.UTF-8
-export DBUS_SYSTEM_BUS_ADDRESS=unix:path=$home/no-bus
-unset DBUS_SESSION_BUS_ADDRESS WAYLAND_DISPLAY XDG_CONFIG_HOME XDG_DATA_HOME XDG_STATE_HOME
-log=$home/.local/state/Ferrylane/ferrylane.log
-
-start_screen() {
-    ip link set lo up
-    Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp > "$home/display" 2> /dev/null &
-    until [[ -s $home/display ]]; do sleep 0.05; done
-    DISPLAY=:$(< "$home/display")
-    export DISPLAY
-    icewm > /dev/null 2>&1 &
-    until xdotool search --onlyvisible --name '^TaskBar$' > /dev/null 2>&1; do sleep 0.05; done
-}
+enter_private_desktop "$@"
 
 now_ms() {
     echo $(($(date +%s%N) / 1000000))
-}
-
-panel_shows() {
-    xdotool search --onlyvisible --name '^Ferrylane$' > /dev/null 2>&1
-}
-
-# Starts the program as $program; sets $took.
-start_program() {
-    local begin
-    rm -f "$log"
-    begin=$(now_ms)
-    "$programs/ferrylane" 2> /dev/null &
-    program=$!
-    until grep -q 'Server ready' "$log" 2> /dev/null; do sleep 0.005; done
-    until panel_shows; do sleep 0.005; done
-    took=$(($(now_ms) - begin))
-}
-
-stop_program() {
-    kill "$program"
-    wait "$program" || true
 }
 
 # ticks THREAD: its processor time in ticks, of which there are 100 a second; all of the program's
@@ -86,9 +46,11 @@ percent() {
 
 measure_start() {
     local -a times=()
+    local begin
     for ((i = 0; i < starts; i++)); do
-        start_program
-        times+=("$took")
+        begin=$(now_ms)
+        start_program "$programs"
+        times+=($(($(now_ms) - begin)))
         stop_program
     done
     mapfile -t times < <(printf '%s\n' "${times[@]}" | sort -n)
@@ -118,9 +80,8 @@ measure_receiving() {
         "main thread busy $(percent $(($(ticks "$program") - before)) "$took")"
 }
 
-start_screen
 measure_start
-start_program
+start_program "$programs"
 measure_idle
 measure_receiving
 stop_program
