@@ -19,6 +19,7 @@
 #include <QUrl>
 
 #include <system_error>
+#include <utility>
 
 namespace ferrylane {
 
@@ -42,8 +43,8 @@ QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* paren
 
 } // namespace
 
-AppDelegate::AppDelegate(const Collaborators& collaborators)
-    : with_(collaborators)
+AppDelegate::AppDelegate(Collaborators collaborators)
+    : with_(std::move(collaborators))
     , keepAwake_(with_.notifications, with_.keepAwake)
     , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(with_.mainQueue, with_.clock))
     , control_(

@@ -34,7 +34,7 @@ public:
         std::function<void(bool)> keepAwake;
     };
 
-    explicit AppDelegate(const Collaborators& collaborators);
+    explicit AppDelegate(Collaborators collaborators);
     ~AppDelegate() override;
 
     /// Starts everything and shows the main panel. What could not be started or read is told to the

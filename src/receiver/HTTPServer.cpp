@@ -27,8 +27,8 @@ QString describe(const std::error_code& error)
 
 } // namespace
 
-HTTPServer::HTTPServer(const Collaborators& collaborators, std::uint16_t tcpPort)
-    : with_(collaborators)
+HTTPServer::HTTPServer(Collaborators collaborators, std::uint16_t tcpPort)
+    : with_(std::move(collaborators))
     , tcpPort_(tcpPort)
     , context_(std::make_shared<ReceiverContext>(
           loadOrCreateFerrylaneKey(), with_.mainQueue, with_.notifications, with_.clock))

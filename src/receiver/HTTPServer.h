@@ -70,7 +70,7 @@ public:
     /// Loads or creates the receiver key and starts the service. A port that is in use is logged
     /// when the listener finds it so; std::system_error is thrown when discovery cannot be
     /// answered.
-    explicit HTTPServer(const Collaborators& collaborators, std::uint16_t tcpPort = port);
+    explicit HTTPServer(Collaborators collaborators, std::uint16_t tcpPort = port);
     ~HTTPServer();
     HTTPServer(const HTTPServer&) = delete;
     HTTPServer& operator=(const HTTPServer&) = delete;
