@@ -104,7 +104,7 @@ if(FERRYLANE_SANITIZE)
         set(symbolizer ":external_symbolizer_path=${FERRYLANE_SYMBOLIZER}")
     endif()
     list(APPEND FERRYLANE_TEST_ENVIRONMENT
-        "ASAN_OPTIONS=set:strict_string_checks=1:detect_stack_use_after_return=1${symbolizer}"
+        "ASAN_OPTIONS=set:suppressions=${CMAKE_SOURCE_DIR}/cmake/asan.supp:strict_string_checks=1:detect_stack_use_after_return=1${symbolizer}"
         "UBSAN_OPTIONS=set:print_stacktrace=1${symbolizer}"
         "TSAN_OPTIONS=set:suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:second_deadlock_stack=1:halt_on_error=1${symbolizer}")
 endif()
