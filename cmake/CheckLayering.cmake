@@ -21,7 +21,8 @@ set(may_include_discovery pairing core platform)
 set(may_include_receiver pairing core platform)
 set(may_include_sender pairing core platform receiver/V4Stream.h)
 set(may_include_service receiver discovery core platform)
-set(may_include_app service sender receiver discovery transferlog pairing core platform)
+set(may_include_camera pairing core platform)
+set(may_include_app camera service sender receiver discovery transferlog pairing core platform)
 set(may_include_main.cpp app ${may_include_app})
 set(may_include_phone service sender receiver discovery transferlog pairing core platform)
 
@@ -43,6 +44,9 @@ string(JOIN "|" system_headers
     "asio(\\.hpp|/.*)" "openssl/.*" "curl/.*" "qrencode\\.h" "avahi-.*" "QtDBus(/.*)?" "QDBus.*"
     "sys/(socket|un|ioctl|epoll|eventfd)\\.h" "net/.*" "netinet/.*" "arpa/.*" "netdb\\.h"
     "ifaddrs\\.h" "linux/.*")
+
+# The camera and the finding of codes in pictures.
+set(camera_headers "ZXing/.*|QtMultimedia(/.*)?|QCamera.*|QMedia.*|QVideo.*|QImageCapture")
 
 set(violations "")
 
@@ -78,6 +82,9 @@ function(check_foreign_header file folder include)
     if(include MATCHES "^(${system_headers})$"
             AND NOT file MATCHES "^src/${folder_of_system_headers}/")
         report(${file} ${include} "this belongs to ${folder_of_system_headers}")
+    endif()
+    if(include MATCHES "^(${camera_headers})$" AND NOT folder STREQUAL "camera")
+        report(${file} ${include} "this belongs to camera")
     endif()
     set(violations "${violations}" PARENT_SCOPE)
 endfunction()

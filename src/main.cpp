@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/Appearance.h"
+#include "camera/SystemCameras.h"
 #include "core/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/NetworkPathMonitor.h"
@@ -8,6 +9,7 @@
 #include "platform/SystemSleep.h"
 #include "platform/Tcp.h"
 #include "platform/TerminationSignals.h"
+#include "platform/ThreadQueue.h"
 #include "platform/TrayNotices.h"
 
 #include <QApplication>
@@ -49,13 +51,16 @@ int run(platform::SingleInstance* instance)
     const auto network = platform::TcpNetwork::create("ferrylane.conn");
     platform::SleepInhibitor inhibitor(
         QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"));
-    AppDelegate application({*network, mainQueue, notifications, clock, [&](bool isNeeded) {
-                                 if (isNeeded) {
-                                     inhibitor.hold();
-                                 } else {
-                                     inhibitor.release();
-                                 }
-                             }});
+    platform::ThreadQueue visionQueue("ferrylane.qr.vision");
+    ferrylane::SystemCameras cameras;
+    AppDelegate application(
+        {*network, mainQueue, notifications, visionQueue, clock, cameras, [&](bool isNeeded) {
+             if (isNeeded) {
+                 inhibitor.hold();
+             } else {
+                 inhibitor.release();
+             }
+         }});
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     application.applicationDidFinishLaunching();
 
@@ -97,6 +102,7 @@ int main(int argc, char** argv)
     doWithoutDisplay();
     const QApplication toolkit(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ferrylane"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(FERRYLANE_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("ferrylane"));
     const auto instance = claimSingleInstance();
     const Outcome outcome = instance ? instance->outcome() : Outcome::first;

@@ -1,22 +1,21 @@
 #include "app/AppDelegate.h"
 
+#include "app/Appearance.h"
+#include "app/AskDialog.h"
+#include "app/FerrylaneActionButton.h"
 #include "app/QRImage.h"
 #include "app/StorageCheck.h"
 #include "app/TransferTexts.h"
 #include "core/DeviceName.h"
 #include "core/LocalAddresses.h"
 #include "core/Log.h"
-#include "core/StoragePaths.h"
+#include "core/Notifications.h"
 #include "pairing/PairedTargets.h"
 #include "pairing/PairingLink.h"
-#include "transferlog/TransferLog.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QMessageBox>
-#include <QUrl>
 
 #include <system_error>
 #include <utility>
@@ -25,16 +24,12 @@ namespace ferrylane {
 
 namespace {
 
-void openReceivedFiles()
-{
-    QDesktopServices::openUrl(QUrl::fromLocalFile(receiveDir()));
-}
-
 /// Deletes itself when it is closed.
 QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* parent)
 {
     auto* const box = new QMessageBox(
-        QMessageBox::Warning, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, parent);
+        QMessageBox::NoIcon, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, parent);
+    box->setIconPixmap(applicationIcon().pixmap(scaled(QSize(48, 48))));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
     box->setInformativeText(text);
@@ -45,13 +40,20 @@ QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* paren
 
 AppDelegate::AppDelegate(Collaborators collaborators)
     : with_(std::move(collaborators))
+    , transferLog_(with_.mainQueue, with_.notifications)
+    , transferLogChange_(with_.notifications.observe(
+          FerrylaneTransferLogChanged, [this](const auto& /*payload*/) { refreshHistory(); }))
     , keepAwake_(with_.notifications, with_.keepAwake)
     , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(with_.mainQueue, with_.clock))
     , control_(
           std::make_unique<ServiceControl>(*this, with_.mainQueue, [this] { showServiceState(); }))
     , inbound_(std::make_unique<InboundTransfer>(with_.notifications, with_.mainQueue, *this,
           [this](const QString& fileName) { received(fileName); }))
+    , pairing_(std::make_unique<PairingFlow>(PairingFlow::Collaborators{
+          with_.cameras, with_.visionQueue, with_.mainQueue, with_.clock, *this}))
     , sendFlow_(std::make_unique<SendFlow>(sendCollaborators()))
+    , devices_(std::make_unique<DevicesFlow>(devicesCollaborators()))
+    , settings_(std::make_unique<SettingsFlow>(settingsCollaborators()))
 {
 }
 
@@ -59,16 +61,37 @@ AppDelegate::~AppDelegate() = default;
 
 SendFlow::Collaborators AppDelegate::sendCollaborators()
 {
-    return {{with_.network, with_.mainQueue, with_.clock}, with_.notifications, *this,
-        [this] { return availableDeviceNames_; }, [](const SendFlow::PairedHandler& /*paired*/) {},
-        [this](bool isSending) { setSending(isSending); }, [this] { refreshHistory(); }};
+    return {{with_.network, with_.mainQueue, with_.clock}, *this,
+        [this](const FerrylaneTransfer& transfer) { transferLog_.append(transfer); },
+        [this] { return availableDeviceNames_; },
+        [this](SendFlow::PairedHandler onPaired) { pairing_->pairDeviceThen(std::move(onPaired)); },
+        [this](bool isSending) { setSending(isSending); }};
+}
+
+DevicesFlow::Collaborators AppDelegate::devicesCollaborators()
+{
+    return {[this] { return availableDeviceNames_; },
+        [](const QString& name) {
+            return askWhether(QApplication::activeWindow(),
+                QStringLiteral("Remove pairing with %1?").arg(name),
+                QStringLiteral("This removes only the saved trust record on this Mac."),
+                QStringLiteral("Remove"));
+        },
+        [this] { pairing_->pairDeviceThen({}); }};
+}
+
+SettingsFlow::Collaborators AppDelegate::settingsCollaborators()
+{
+    return {*control_, transferLog_,
+        [this](const QString& title, const QString& text) { alert(title, text); },
+        [this] { devices_->showPairedDevices(); }, [this] { deviceRenamed(); },
+        [this] { endTransfers(); }};
 }
 
 void AppDelegate::applicationDidFinishLaunching()
 {
     createServer();
-    deviceDiscovery_.setOnChange(
-        [this](const QStringList& names) { availableDeviceNames_ = names; });
+    deviceDiscovery_.setOnChange([this](const QStringList& names) { nearbyDevicesChanged(names); });
     deviceDiscovery_.setOnAddress(refreshFerrylanePairedTargetAddress);
     control_->begin();
     createStatusItem();
@@ -121,10 +144,10 @@ void AppDelegate::createStatusItem()
 {
     statusItem_ = std::make_unique<StatusItem>(StatusItem::Intents{
         .show = [this] { show(); },
-        .openReceivedFiles = openReceivedFiles,
-        .pairDevice = {},
-        .showPairedDevices = {},
-        .restart = {},
+        .openReceivedFiles = [this] { settings_->openFolder(); },
+        .pairDevice = [this] { pairing_->pairDeviceThen({}); },
+        .showPairedDevices = [this] { devices_->showPairedDevices(); },
+        .restart = [this] { settings_->restartApp(); },
         .quit = [] { QApplication::quit(); },
         .toggleService = [this] { switchService(!control_->serviceRunning()); },
     });
@@ -135,10 +158,10 @@ void AppDelegate::createStatusItem()
 void AppDelegate::createPanel()
 {
     panel_ = std::make_unique<MainPanel>(MainPanel::Intents{
-        .showSettings = {},
-        .nameDevice = {},
-        .enlargeQRCode = {},
-        .openReceivedFiles = openReceivedFiles,
+        .showSettings = [this] { settings_->showInfo(); },
+        .nameDevice = [this] { settings_->nameThisDevice(panel_.get()); },
+        .enlargeQRCode = [this] { showAccess(); },
+        .openReceivedFiles = [this] { settings_->openDestination(); },
         .chooseFiles = [this] { chooseFilesToSend(); },
         .keepsInTaskbar = [this] { return !statusItem_->hasHost(); },
         .serviceSwitched = [this](bool isOn) { switchService(isOn); },
@@ -181,17 +204,51 @@ void AppDelegate::setSending(bool isSending)
 
 void AppDelegate::refreshHistory()
 {
-    if (panel_) panel_->setHistory(historyRows(loadFerrylaneTransferLog()));
+    transferLog_.read([this](const QList<FerrylaneTransferLogEntry>& entries) {
+        return [this, rows = historyRows(entries)] {
+            if (panel_) panel_->setHistory(rows);
+        };
+    });
+}
+
+void AppDelegate::nearbyDevicesChanged(const QStringList& names)
+{
+    if (std::exchange(availableDeviceNames_, names) != names) devices_->devicesChanged();
+}
+
+void AppDelegate::deviceRenamed()
+{
+    if (server_) server_->refreshAdvertisement();
+    // Not destroyed here: its label may be what asked for this.
+    panel_->hide();
+    panel_.release()->deleteLater();
+    show();
+}
+
+void AppDelegate::endTransfers()
+{
+    sendFlow_->cancel();
+    if (!server_) return;
+    server_->cancelActiveTransfer();
+    server_->setOutboundBusy(false);
+}
+
+void AppDelegate::showAccess()
+{
+    if (!server_) return;
+    const QString host = ferrylaneLocalHostForURL();
+    accessPanel_ = std::make_unique<AccessPanel>(
+        qr(ferrylanePairingLink(host, port, server_->sessionKeyB64()), 1),
+        QStringLiteral("http://%1:%2").arg(host, QString::number(port)));
+    accessPanel_->present();
 }
 
 void AppDelegate::received(const QString& fileName)
 {
     const auto file = server_ ? server_->lastReceivedFile() : std::nullopt;
-    appendFerrylaneTransferLog({.direction = QStringLiteral("Received"),
-                                   .fileName = fileName,
-                                   .size = file ? std::optional(file->size) : std::nullopt},
-        with_.notifications);
-    refreshHistory();
+    transferLog_.append({.direction = QStringLiteral("Received"),
+        .fileName = fileName,
+        .size = file ? std::optional(file->size) : std::nullopt});
     if (panel_ && panel_->isVisible()) {
         panel_->setTitle(QStringLiteral("Ferrylane \u2014 Received ") + fileName);
     }
@@ -258,6 +315,14 @@ void AppDelegate::alert(const QString& title, const QString& text)
 void AppDelegate::inform(const QString& title, const QString& text)
 {
     makeAlert(title, text, panel_.get())->open();
+}
+
+bool AppDelegate::pairsWithoutCamera(const QString& title, const QString& text)
+{
+    AskDialog dialog(panel_.get(), title, text);
+    dialog.addButton(QStringLiteral("OK"));
+    dialog.addButton(QStringLiteral("Pair without camera\u2026"));
+    return dialog.exec() == 2;
 }
 
 void AppDelegate::setSendStatus(const QString& text, bool isShown)

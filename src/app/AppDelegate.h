@@ -1,17 +1,22 @@
 #pragma once
 
+#include "app/AccessPanel.h"
+#include "app/DevicesFlow.h"
 #include "app/InboundTransfer.h"
 #include "app/KeepAwake.h"
 #include "app/MainPanel.h"
+#include "app/PairingFlow.h"
 #include "app/ReceiverChooser.h"
 #include "app/SendFlow.h"
 #include "app/ServiceControl.h"
 #include "app/ServiceHealth.h"
+#include "app/SettingsFlow.h"
 #include "app/StatusItem.h"
 #include "app/TransferHUD.h"
 #include "discovery/FerrylaneDeviceDiscovery.h"
 #include "receiver/HTTPServer.h"
 #include "service/NetworkPresence.h"
+#include "transferlog/TransferLogKeeper.h"
 
 #include <memory>
 #include <optional>
@@ -21,6 +26,7 @@ namespace ferrylane {
 /// The application: owns the receiver service, the discovery of phones, the status item and every
 /// window, and lets each know of the others. On the main thread.
 class AppDelegate final : public InboundTransfer::Views,
+                          public PairingFlow::Views,
                           public SendFlow::Views,
                           public ServiceControl::Service {
 public:
@@ -29,7 +35,9 @@ public:
         platform::TcpNetwork& network;
         platform::SerialQueue& mainQueue;
         platform::NotificationCenter& notifications;
+        platform::SerialQueue& visionQueue; ///< where pictures of pairing codes are looked at
         const platform::Clock& clock;
+        Cameras& cameras;
         /// Called with true when files begin to be sent or received, with false when none are.
         std::function<void(bool)> keepAwake;
     };
@@ -57,7 +65,10 @@ private:
     void setProgress(const QString& fileName, double percent, const QString& text) override;
     void closeProgressWindow() override;
 
-    // SendFlow::Views
+    // PairingFlow::Views
+    bool pairsWithoutCamera(const QString& title, const QString& text) override;
+
+    // SendFlow::Views, and of PairingFlow's
     SendChoice chooseReceiver(const QString& question, const QList<SendChoice>& choices) override;
     void alert(const QString& title, const QString& text) override;
     void setSendStatus(const QString& text, bool isShown) override;
@@ -81,6 +92,13 @@ private:
     void createStatusItem();
     void createPanel();
     [[nodiscard]] SendFlow::Collaborators sendCollaborators();
+    [[nodiscard]] DevicesFlow::Collaborators devicesCollaborators();
+    [[nodiscard]] SettingsFlow::Collaborators settingsCollaborators();
+
+    void nearbyDevicesChanged(const QStringList& names);
+    void deviceRenamed();
+    void endTransfers();
+    void showAccess();
 
     /// An alert that nothing waits for.
     void inform(const QString& title, const QString& text);
@@ -94,6 +112,8 @@ private:
 
     Collaborators with_;
     NetworkPresence presence_;
+    TransferLogKeeper transferLog_;
+    platform::NotificationCenter::Observation transferLogChange_;
     ServiceHealth health_;
     KeepAwake keepAwake_;
     std::optional<HTTPServer> server_; ///< none while it cannot be made
@@ -105,10 +125,14 @@ private:
     std::unique_ptr<StatusItem> statusItem_;
     std::unique_ptr<MainPanel> panel_;
     std::unique_ptr<TransferHUD> transferHUD_;
+    std::unique_ptr<AccessPanel> accessPanel_;
 
     std::unique_ptr<ServiceControl> control_;
     std::unique_ptr<InboundTransfer> inbound_;
+    std::unique_ptr<PairingFlow> pairing_;
     std::unique_ptr<SendFlow> sendFlow_;
+    std::unique_ptr<DevicesFlow> devices_;
+    std::unique_ptr<SettingsFlow> settings_;
 };
 
 } // namespace ferrylane

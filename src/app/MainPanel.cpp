@@ -6,6 +6,7 @@
 #include "app/FerrylaneDropView.h"
 #include "app/FerrylaneHoverLabel.h"
 #include "app/MiddleElidedLabel.h"
+#include "app/PanelWindow.h"
 #include "app/QRCodeButton.h"
 #include "app/SwitchButton.h"
 #include "app/ThinProgressBar.h"
@@ -25,27 +26,7 @@ constexpr double deviceCardHeight = 159;
 constexpr double sendCardHeight = 168;
 constexpr double historyCardHeight = 92;
 
-/// A size and a weight of the text, and its colour.
-struct TextLook {
-    double points = 0;
-    QFont::Weight weight = QFont::Normal;
-    QColor color;
-};
 constexpr TextLook cardTitle{11, QFont::Bold, colors::dark};
-
-void setLook(QWidget& widget, const TextLook& look)
-{
-    widget.setFont(textFont(look.points, look.weight));
-    setTextColor(widget, look.color);
-}
-
-QLabel* addText(QWidget& parent, const QString& text, const TextLook& look)
-{
-    auto* const label = new QLabel(text, &parent);
-    label->setTextFormat(Qt::PlainText);
-    setLook(*label, look);
-    return label;
-}
 
 } // namespace
 
@@ -145,7 +126,7 @@ void MainPanel::addSendCard()
     addDropView(*card);
 
     sendStatus_ = new MiddleElidedLabel(card);
-    setLook(*sendStatus_, {9.5, QFont::Normal, colors::grey});
+    setTextLook(*sendStatus_, {9.5, QFont::Normal, colors::grey});
     sendStatus_->setAlignment(Qt::AlignCenter);
     sendStatus_->setText(QStringLiteral("Choose or drop files, then select a destination"));
     place(*sendStatus_, {10, 28, 270, 16}, sendCardHeight);

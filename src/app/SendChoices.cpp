@@ -1,47 +1,10 @@
 #include "app/SendChoices.h"
 
-#include "core/NameOrder.h"
+#include "app/KnownDevices.h"
 
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace ferrylane {
-
-namespace {
-
-bool sameName(const QString& a, const QString& b)
-{
-    return a.compare(b, Qt::CaseInsensitive) == 0;
-}
-
-QList<FerrylanePairedTarget> offeredTargets(
-    QList<FerrylanePairedTarget> targets, const QString& ownName)
-{
-    targets.removeIf(
-        [&](const FerrylanePairedTarget& target) { return sameName(target.name, ownName); });
-    std::stable_sort(targets.begin(), targets.end(),
-        [order = NameOrder()](const FerrylanePairedTarget& a, const FerrylanePairedTarget& b) {
-            return order(a.name, b.name);
-        });
-    return targets;
-}
-
-QStringList offeredNames(
-    QStringList names, const QList<FerrylanePairedTarget>& offered, const QString& ownName)
-{
-    names.removeIf([&](const QString& name) {
-        return sameName(name, ownName)
-            || std::any_of(
-                offered.begin(), offered.end(), [&](const FerrylanePairedTarget& target) {
-                    return target.name.toLower() == name.toLower();
-                });
-    });
-    std::stable_sort(names.begin(), names.end(), NameOrder());
-    return names;
-}
-
-} // namespace
 
 QList<SendChoice> sendChoices(const QList<FerrylanePairedTarget>& paired,
     const QStringList& visibleNames, const QString& ownName)

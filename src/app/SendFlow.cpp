@@ -4,7 +4,6 @@
 #include "core/DeviceName.h"
 #include "core/Text.h"
 #include "pairing/PairedTargets.h"
-#include "transferlog/TransferLog.h"
 
 #include <QFileInfo>
 
@@ -137,15 +136,12 @@ void SendFlow::record(
 {
     for (const QString& file : files) {
         const QFileInfo info(file);
-        appendFerrylaneTransferLog(
-            {.direction = QStringLiteral("Sent"),
-                .fileName = info.fileName(),
-                .peer = target.name,
-                .result = result,
-                .size = info.exists() ? std::optional(info.size()) : std::nullopt},
-            with_.notifications);
+        with_.log({.direction = QStringLiteral("Sent"),
+            .fileName = info.fileName(),
+            .peer = target.name,
+            .result = result,
+            .size = info.exists() ? std::optional(info.size()) : std::nullopt});
     }
-    with_.onLogged();
 }
 
 } // namespace ferrylane

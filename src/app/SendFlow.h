@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/SendChoices.h"
-#include "platform/NotificationCenter.h"
 #include "platform/SerialQueue.h"
 #include "sender/FerrylaneV4Sender.h"
+#include "transferlog/TransferLog.h"
 
 #include <QStringList>
 
@@ -38,16 +38,15 @@ public:
     /// All references must outlive this.
     struct Collaborators {
         FerrylaneV4Sender::Collaborators sending;
-        platform::NotificationCenter& notifications;
         Views& views;
+        /// Puts a transfer into the log.
+        std::function<void(const FerrylaneTransfer&)> log;
         /// The names nearby.
         std::function<QStringList()> visibleNames;
         /// Lets the user pair a phone, and calls the handler if one has been paired.
         std::function<void(PairedHandler)> pairDeviceThen;
         /// While busy, phones are refused.
         std::function<void(bool)> setOutboundBusy;
-        /// The transfer log has new entries.
-        std::function<void()> onLogged;
     };
 
     explicit SendFlow(Collaborators collaborators);

@@ -7,8 +7,6 @@
 #include "platform/Files.h"
 #include "transferlog/TransferLogJson.h"
 
-#include <QStringList>
-
 #include <algorithm>
 #include <mutex>
 
@@ -88,13 +86,14 @@ void trimFerrylaneTransferLog()
     if (entries.size() > keptTransferLogEntries) saveFerrylaneTransferLog(newest(entries));
 }
 
-QString ferrylaneTransferLogText(const QList<FerrylaneTransferLogEntry>& entries)
+QStringList ferrylaneTransferLogLines(const QList<FerrylaneTransferLogEntry>& entries)
 {
-    if (entries.isEmpty()) return QStringLiteral("No transfers logged yet.");
+    if (entries.isEmpty()) return {QStringLiteral("No transfers logged yet.")};
 
     QStringList lines;
+    lines.reserve(entries.size());
     std::transform(entries.rbegin(), entries.rend(), std::back_inserter(lines), lineOf);
-    return lines.join(u'\n');
+    return lines;
 }
 
 } // namespace ferrylane

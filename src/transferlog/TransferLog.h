@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -54,8 +55,10 @@ void appendFerrylaneTransferLog(
 /// Drops all but the newest entries that are kept, whatever the setting says. Posts nothing.
 void trimFerrylaneTransferLog();
 
-/// For people to read: a line an entry, newest first, times in local time. File and peer names come
-/// from others; what would break a line is shown as in onOneLine().
-[[nodiscard]] QString ferrylaneTransferLogText(const QList<FerrylaneTransferLogEntry>& entries);
+/// For people to read: a line an entry, newest first, times in local time, or one line that there
+/// are none. File and peer names come from others; what would break a line is shown as in
+/// onOneLine().
+[[nodiscard]] QStringList ferrylaneTransferLogLines(
+    const QList<FerrylaneTransferLogEntry>& entries);
 
 } // namespace ferrylane

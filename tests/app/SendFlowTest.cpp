@@ -7,7 +7,6 @@
 #include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
 #include "support/UploadStream.h"
-#include "transferlog/TransferLog.h"
 
 #include <QDir>
 #include <QFile>
@@ -82,32 +81,31 @@ protected:
         EXPECT_FALSE(busy_);
     }
 
-    [[nodiscard]] static QStringList logged()
+    void log(const FerrylaneTransfer& transfer)
     {
-        QStringList lines;
-        for (const auto& entry : loadFerrylaneTransferLog()) {
-            lines.append(QStringList{entry.direction, entry.fileName, entry.peer, entry.result,
-                QString::number(entry.size.value_or(-1))}
-                             .join(u' '));
-        }
-        return lines;
+        logged_.append(QStringList{transfer.direction, transfer.fileName, transfer.peer,
+            transfer.result, QString::number(transfer.size.value_or(-1))}
+                           .join(u' '));
     }
+
+    [[nodiscard]] const QStringList& logged() const { return logged_; }
 
     support::PrivateUserFolders folders_;
     support::ManualQueue queue_;
     platform::SteadyClock clock_;
-    platform::NotificationCenter center_{queue_};
     std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
     FakeViews views_;
     QStringList visible_;
     bool busy_ = false;
+    QStringList logged_;
     std::optional<FerrylanePairedTarget> pairs_; ///< what pairing yields
     std::unique_ptr<SendFlow> flow_ = std::make_unique<SendFlow>(SendFlow::Collaborators{
-        {*network_, queue_, clock_}, center_, views_, [this] { return visible_; },
+        {*network_, queue_, clock_}, views_,
+        [this](const FerrylaneTransfer& transfer) { log(transfer); }, [this] { return visible_; },
         [this](const SendFlow::PairedHandler& paired) {
             if (pairs_) paired(*pairs_);
         },
-        [this](bool busy) { busy_ = busy; }, [] {}});
+        [this](bool busy) { busy_ = busy; }});
 };
 
 void takeFile(FakePhone::Upload& upload)

@@ -1,10 +1,11 @@
-#include "transferlog/TransferLog.h"
+#include "transferlog/TransferLogKeeper.h"
 
 #include "core/Notifications.h"
 #include "core/Settings.h"
 #include "platform/Files.h"
 #include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
+#include "support/QtPrinting.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 using namespace ferrylane;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -157,14 +159,39 @@ TEST_F(TransferLog, losesNoEntryOfSeveralThreads)
     EXPECT_EQ(changeCount(), threadCount * entriesEach);
 }
 
-TEST(TransferLogText, hasALineForEachEntryNewestFirst)
+TEST(TransferLogLines, areThereForEachEntryNewestFirst)
 {
-    EXPECT_EQ(ferrylaneTransferLogText({}), QStringLiteral("No transfers logged yet."));
+    EXPECT_EQ(ferrylaneTransferLogLines({}), QStringList("No transfers logged yet."_L1));
     // Line breaks in names, which come from others, are shown.
-    EXPECT_EQ(ferrylaneTransferLogText({entry(QStringLiteral("old"), QString(), std::nullopt),
+    const QStringList expected{
+        u"2026-03-04 05:06:07 \u00b7 Sent \u00b7 n\\new \u00b7 Pix\\u{2028}el \u00b7 Completed "
+        "\u00b7 1.5 MB"_s,
+        u"2026-03-04 05:06:07 \u00b7 Sent \u00b7 old \u00b7 Completed"_s};
+    EXPECT_EQ(ferrylaneTransferLogLines({entry(QStringLiteral("old"), QString(), std::nullopt),
                   entry(QStringLiteral("n\new"), QStringLiteral("Pix\u2028el"), 1'500'000)}),
-        QStringLiteral(
-            "2026-03-04 05:06:07 \u00b7 Sent \u00b7 n\\new \u00b7 Pix\\u{2028}el \u00b7 Completed "
-            "\u00b7 1.5 MB\n"
-            "2026-03-04 05:06:07 \u00b7 Sent \u00b7 old \u00b7 Completed"));
+        expected);
+}
+
+TEST(TransferLogKeeper, doesAllInOrderAndFinishesIt)
+{
+    const support::PrivateUserFolders folders;
+    support::ManualQueue mainQueue;
+    platform::NotificationCenter notifications(mainQueue);
+    QStringList seen;
+    {
+        TransferLogKeeper keeper(mainQueue, notifications);
+        for (int i = 0; i < 3; ++i) {
+            keeper.append({.fileName = QString::number(i)});
+        }
+        keeper.read([&](const QList<FerrylaneTransferLogEntry>& entries) {
+            return [&seen, name = entries.last().fileName] { seen << name; };
+        });
+        EXPECT_TRUE(mainQueue.waitFor([&] { return !seen.isEmpty(); }));
+        keeper.append({.fileName = u"last"_s});
+        keeper.read([&](const auto& /*entries*/) { return [&seen] { seen << u"too late"_s; }; });
+    }
+    mainQueue.runAll();
+    EXPECT_EQ(seen, QStringList(u"2"_s));
+    EXPECT_EQ(loadFerrylaneTransferLog().last().fileName, u"last"_s);
+    EXPECT_EQ(loadFerrylaneTransferLog().size(), 4);
 }

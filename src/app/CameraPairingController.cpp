@@ -1,0 +1,185 @@
+#include "app/CameraPairingController.h"
+
+#include "app/CameraPanel.h"
+#include "core/Log.h"
+
+#include <QImage>
+
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+namespace ferrylane {
+
+namespace {
+
+// As often as people see a difference; each picture costs a conversion.
+constexpr auto previewInterval = std::chrono::milliseconds(40);
+
+} // namespace
+
+CameraPairingController::CameraPairingController(const Collaborators& collaborators)
+    : with_(collaborators)
+    , scanner_({with_.visionQueue, with_.mainQueue, with_.clock,
+                   [](const LuminanceView& picture) { return detectQRCode(picture); }},
+          {[this] { showInvalidCode(); }, [this](const QString& text) { accept(text); }})
+{
+}
+
+CameraPairingController::~CameraPairingController()
+{
+    *isThere_ = false;
+}
+
+void CameraPairingController::later(std::function<void()> task)
+{
+    with_.mainQueue.async([isThere = isThere_, task = std::move(task)] {
+        if (*isThere) task();
+    });
+}
+
+void CameraPairingController::present()
+{
+    if (panel_) {
+        panel_->present();
+        return;
+    }
+    switch (with_.cameras.access()) {
+    case Cameras::Access::notDetermined:
+        flLog(QStringLiteral("Requesting camera permission"));
+        with_.cameras.requestAccess(
+            [this, isThere = isThere_, &mainQueue = with_.mainQueue](bool isGranted) {
+                flLog(QStringLiteral("Camera permission result granted=")
+                    + (isGranted ? QStringLiteral("true") : QStringLiteral("false")));
+                mainQueue.async([this, isThere, isGranted] {
+                    if (*isThere) accessAnswered(isGranted);
+                });
+            });
+        return;
+    case Cameras::Access::authorized:
+        flLog(QStringLiteral("Camera permission already authorized"));
+        later([this] { open(); });
+        return;
+    case Cameras::Access::denied:
+        showPermissionError();
+        return;
+    }
+}
+
+void CameraPairingController::accessAnswered(bool isGranted)
+{
+    if (isGranted) {
+        open();
+    } else {
+        showPermissionError();
+    }
+}
+
+void CameraPairingController::showPermissionError()
+{
+    doWithoutCamera(QStringLiteral("Camera access needed"),
+        QStringLiteral("Allow Ferrylane to use the camera in System Settings \u2192 Privacy & "
+                       "Security \u2192 Camera, then try Pair Device again."));
+}
+
+void CameraPairingController::open()
+{
+    flLog(QStringLiteral("Opening camera pairing scanner"));
+    if (with_.cameras.hasCamera()) {
+        startCamera();
+    } else {
+        doWithoutCamera(QStringLiteral("No camera found"),
+            QStringLiteral("Ferrylane could not find a camera on this Mac."));
+    }
+}
+
+void CameraPairingController::startCamera()
+{
+    try {
+        camera_ = with_.cameras.start(
+            [this](const auto& frame) {
+                scanner_.offer(frame);
+                showFrame(frame);
+            },
+            [this](const QString& description) {
+                // Not destroyed here: this runs within one of its callbacks.
+                later([this, description] {
+                    camera_ = nullptr;
+                    panel_ = nullptr;
+                    doWithoutCamera(QStringLiteral("Could not start camera"), description);
+                });
+            });
+    } catch (const std::runtime_error& error) {
+        doWithoutCamera(QStringLiteral("Could not start camera"), QString::fromUtf8(error.what()));
+        return;
+    }
+    openWindow();
+}
+
+void CameraPairingController::doWithoutCamera(const QString& title, const QString& text)
+{
+    if (!with_.alerts.pairsWithoutCamera(title, text)) {
+        closed();
+        return;
+    }
+    openWindow();
+    panel_->setNoPicture(
+        QStringLiteral("No camera is used. Paste the pairing link of the phone, or open a picture "
+                       "of its QR code; you can drop one here, too."));
+    panel_->setStatus({});
+}
+
+void CameraPairingController::openWindow()
+{
+    panel_ = std::make_unique<CameraPanel>(CameraPanel::Intents{
+        .linkPasted = [this](const QString& text) { scanner_.offerText(text); },
+        .pictureOpened = [this](const QImage& picture) { acceptPicture(picture); },
+        .closed =
+            [this] {
+                camera_ = nullptr;
+                later([this] { closed(); });
+            },
+    });
+    panel_->present();
+}
+
+void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>& frame)
+{
+    const platform::TimePoint now = with_.clock.now();
+    if (now - lastShown_ < previewInterval) return;
+    lastShown_ = now;
+    later([this, picture = frame->image()] {
+        if (panel_) panel_->setPicture(picture);
+    });
+}
+
+void CameraPairingController::acceptPicture(const QImage& picture)
+{
+    with_.visionQueue.async([this, isThere = isThere_, picture] {
+        const auto text = picture.isNull() ? std::nullopt : detectQRCode(picture);
+        with_.mainQueue.async([this, isThere, text] {
+            if (*isThere) scanner_.offerText(text.value_or(QString()));
+        });
+    });
+}
+
+void CameraPairingController::showInvalidCode()
+{
+    if (panel_) panel_->setStatus(QStringLiteral("That is not a valid Ferrylane pairing QR."));
+}
+
+void CameraPairingController::accept(const QString& text)
+{
+    panel_->setStatus(QStringLiteral("Ferrylane QR found."));
+    panel_->hide();
+    camera_ = nullptr;
+    if (onCode) onCode(text);
+    closed();
+}
+
+void CameraPairingController::closed()
+{
+    if (const auto close = std::exchange(onClose, nullptr)) close();
+}
+
+} // namespace ferrylane

@@ -1,0 +1,116 @@
+#include "app/CameraPanel.h"
+
+#include "app/CameraPreview.h"
+#include "app/FerrylaneActionButton.h"
+
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QImage>
+#include <QLabel>
+#include <QMimeData>
+
+namespace ferrylane {
+
+namespace {
+
+constexpr int margin = 24;
+constexpr int contentWidth = 472;
+
+/// The picture that is dragged, or the file of one; null when it is none.
+QImage pictureIn(const QMimeData& data)
+{
+    if (data.hasImage()) return data.imageData().value<QImage>();
+    const QList<QUrl> urls = data.urls();
+    return urls.isEmpty() ? QImage() : QImage(urls.first().toLocalFile());
+}
+
+} // namespace
+
+CameraPanel::CameraPanel(Intents intents)
+    : PanelWindow(QStringLiteral("Ferrylane \u2014 Pair Device"), {520, 430})
+    , intents_(std::move(intents))
+{
+    setAcceptDrops(true);
+    addTexts();
+    preview_ = new CameraPreview(this);
+    placeHere(*preview_, {margin, 76, contentWidth, 286});
+    addButtons();
+}
+
+void CameraPanel::addTexts()
+{
+    placeHere(*addText(*this, QStringLiteral("Scan the QR on the phone"),
+                  {20, QFont::DemiBold, colors::dark}),
+        {margin, 393, contentWidth, 28});
+    placeHere(*addText(*this,
+                  QStringLiteral("Open Ferrylane on Android and point this Mac at its pairing QR."),
+                  {12, QFont::Normal, colors::grey}),
+        {margin, 370, contentWidth, 18});
+    statusLabel_ = addText(*this, QStringLiteral("Looking for a Ferrylane QR\u2026"),
+        {12, QFont::Medium, colors::dark});
+    statusLabel_->setAlignment(Qt::AlignCenter);
+    placeHere(*statusLabel_, {margin, 50, contentWidth, 18});
+}
+
+void CameraPanel::addButtons()
+{
+    auto* const paste = new FerrylaneActionButton(
+        QStringLiteral("Paste link"),
+        [this] { intents_.linkPasted(QGuiApplication::clipboard()->text().trimmed()); }, this);
+    paste->setToolTip(QStringLiteral("Pair with the phone's link from the clipboard"));
+    placeHere(*paste, {130, 12, 124, 28});
+    auto* const open = new FerrylaneActionButton(
+        QStringLiteral("Open picture\u2026"), [this] { openPicture(); }, this);
+    open->setToolTip(QStringLiteral("Pair with a picture of the phone's QR code"));
+    placeHere(*open, {266, 12, 124, 28});
+    for (FerrylaneActionButton* const button : {paste, open}) {
+        button->setFont(textFont(12));
+    }
+}
+
+void CameraPanel::openPicture()
+{
+    const QString path
+        = QFileDialog::getOpenFileName(this, QStringLiteral("Choose a picture of the QR code"),
+            QString(), QStringLiteral("Pictures (*.png *.jpg *.jpeg *.bmp *.gif *.webp)"));
+    if (!path.isEmpty()) intents_.pictureOpened(QImage(path));
+}
+
+void CameraPanel::setStatus(const QString& text)
+{
+    statusLabel_->setText(text);
+}
+
+void CameraPanel::setPicture(const QImage& picture)
+{
+    preview_->setPicture(picture);
+}
+
+void CameraPanel::setNoPicture(const QString& text)
+{
+    preview_->setText(text);
+    preview_->setPicture({});
+}
+
+void CameraPanel::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    intents_.closed();
+}
+
+void CameraPanel::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasImage() || event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void CameraPanel::dropEvent(QDropEvent* event)
+{
+    event->acceptProposedAction();
+    intents_.pictureOpened(pictureIn(*event->mimeData()));
+}
+
+} // namespace ferrylane

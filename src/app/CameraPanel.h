@@ -1,0 +1,51 @@
+#pragma once
+
+#include "app/PanelWindow.h"
+
+#include <QStringList>
+
+#include <functional>
+
+class QImage;
+
+namespace ferrylane {
+
+class CameraPreview;
+
+/// The window in which a phone's pairing code is scanned. Where there is no camera, or the code
+/// cannot be held before it, the phone's link can be pasted, and a picture of the code be opened
+/// or dropped. 520 x 430 points.
+///
+/// Main thread.
+class CameraPanel final : public PanelWindow {
+public:
+    struct Intents {
+        std::function<void(const QString& text)> linkPasted;
+        std::function<void(const QImage& picture)> pictureOpened; ///< null: it cannot be read
+        /// By the user; not by hide().
+        std::function<void()> closed;
+    };
+
+    explicit CameraPanel(Intents intents);
+
+    void setStatus(const QString& text);
+    void setPicture(const QImage& picture);
+    /// In place of the picture.
+    void setNoPicture(const QString& text);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void addTexts();
+    void addButtons();
+    void openPicture();
+
+    Intents intents_;
+    CameraPreview* preview_ = nullptr;
+    QLabel* statusLabel_ = nullptr;
+};
+
+} // namespace ferrylane

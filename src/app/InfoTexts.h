@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <array>
+
+namespace ferrylane {
+
+struct FerrylaneTransferLogEntry;
+
+/// A choice of when the service switches itself off; 0 seconds: never.
+struct AutoOffChoice {
+    QLatin1StringView title;
+    qint64 seconds;
+};
+inline constexpr std::array<AutoOffChoice, 5> autoOffChoices{{
+    {QLatin1StringView("After 60 seconds"), 60},
+    {QLatin1StringView("After 5 minutes"), 300},
+    {QLatin1StringView("After 20 minutes"), 1200},
+    {QLatin1StringView("After 1 hour"), 3600},
+    {QLatin1StringView("Never"), 0},
+}};
+
+/// This program's version, "unknown" when the build did not tell it.
+[[nodiscard]] QString versionText();
+
+/// "12 · 3.4 MB": how many transfers are logged, and the sum of the sizes that are known.
+[[nodiscard]] QString transferSummary(const QList<FerrylaneTransferLogEntry>& entries);
+
+/// The name to be kept of what somebody has typed as the device's name: without the product's short
+/// prefix, 40 characters at most; empty when there is nothing to keep.
+[[nodiscard]] QString typedDeviceName(const QString& typed);
+
+/// What a mail with feedback says about this program and system, after what was typed.
+[[nodiscard]] QString feedbackDetails(qsizetype loggedTransfers);
+/// A link that opens the user's mail program with a mail to the maker.
+[[nodiscard]] QString feedbackLink(const QString& body);
+
+} // namespace ferrylane

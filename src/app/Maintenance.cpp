@@ -1,0 +1,33 @@
+#include "app/Maintenance.h"
+
+#include "core/Settings.h"
+#include "pairing/PairedTargets.h"
+#include "pairing/ReceiverKeyStore.h"
+#include "platform/Files.h"
+#include "transferlog/TransferLog.h"
+
+#include <QTemporaryFile>
+
+namespace ferrylane {
+
+void removeFerrylaneData()
+{
+    for (const QString& key : standardDefaults().keys()) {
+        if (key.startsWith(u"Ferrylane")) standardDefaults().remove(key);
+    }
+    for (const QString& file : {ferrylanePairedTargetURL(), ferrylanePairedTargetsURL(),
+             ferrylaneTransferLogURL(), ferrylaneKeyURL()}) {
+        platform::removeFile(file);
+    }
+}
+
+QString receiveFolderProblem(const QString& folder)
+{
+    if (const std::error_code error = platform::createFolders(folder)) {
+        return QString::fromStdString(error.message());
+    }
+    QTemporaryFile file(folder + QStringLiteral("/.ferrylane-try"));
+    return file.open() ? QString() : file.errorString();
+}
+
+} // namespace ferrylane

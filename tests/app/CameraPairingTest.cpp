@@ -1,0 +1,250 @@
+#include "Controls.h"
+
+#include "app/CameraPairingController.h"
+#include "app/CameraPanel.h"
+#include "app/QRImage.h"
+#include "support/ManualQueue.h"
+#include "support/PrivateUserFolders.h"
+#include "support/QtPrinting.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMimeData>
+#include <QPainter>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace ferrylane;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+using app_test::buttonNamed;
+
+namespace {
+
+const QString valid = u"http://192.168.1.77:8787/?flkey="_s + QString(43, u'A');
+
+/// A frame with the code of a text.
+class CodeFrame final : public CameraFrame {
+public:
+    explicit CodeFrame(const QString& text) : grey_(640, 480, QImage::Format_Grayscale8)
+    {
+        grey_.fill(Qt::white);
+        QPainter(&grey_).drawImage(100, 60, qr(text, 6));
+    }
+    [[nodiscard]] LuminanceView luminance() const override
+    {
+        return {grey_.constBits(), grey_.width(), grey_.height(),
+            static_cast<int>(grey_.bytesPerLine())};
+    }
+    [[nodiscard]] QImage image() const override { return grey_; }
+
+private:
+    QImage grey_;
+};
+
+/// How it is with a computer's cameras.
+struct Situation {
+    Cameras::Access access = Cameras::Access::authorized;
+    bool isGranted = true;
+    bool isThere = true;
+    QString failsWith{};
+};
+
+class FakeCameras final : public Cameras {
+public:
+    class FakeCamera final : public Camera {
+    public:
+        explicit FakeCamera(bool& isRunning) : isRunning_(isRunning) { isRunning_ = true; }
+        ~FakeCamera() override { isRunning_ = false; }
+        FakeCamera(const FakeCamera&) = delete;
+        FakeCamera& operator=(const FakeCamera&) = delete;
+
+    private:
+        bool& isRunning_;
+    };
+
+    [[nodiscard]] Access access() const override { return situation.access; }
+    void requestAccess(std::function<void(bool)> onAnswer) override
+    {
+        onAnswer(situation.isGranted);
+    }
+    [[nodiscard]] bool hasCamera() const override { return situation.isThere; }
+    [[nodiscard]] std::unique_ptr<Camera> start(
+        Camera::FrameHandler frame, Camera::FailureHandler failure) override
+    {
+        if (!situation.failsWith.isEmpty()) {
+            throw std::runtime_error(situation.failsWith.toStdString());
+        }
+        onFrame = std::move(frame);
+        onFailure = std::move(failure);
+        return std::make_unique<FakeCamera>(isRunning);
+    }
+
+    Situation situation;
+    bool isRunning = false;
+    Camera::FrameHandler onFrame;
+    Camera::FailureHandler onFailure;
+};
+
+class FakeAlerts final : public CameraPairingController::Alerts {
+public:
+    bool pairsWithoutCamera(const QString& title, const QString& /*text*/) override
+    {
+        titles << title;
+        return goesOn;
+    }
+    QStringList titles;
+    bool goesOn = false;
+};
+
+class CameraPairingTest : public ::testing::Test {
+protected:
+    void present()
+    {
+        controller_->onCode = [this](const QString& text) { told_ << text; };
+        controller_->onClose = [this] {
+            told_ << u"closed"_s;
+            controller_.reset();
+        };
+        controller_->present();
+        run();
+    }
+    void run()
+    {
+        main_.runAll();
+        vision_.runAll();
+        main_.runAll();
+    }
+    void show(const QString& text)
+    {
+        clock_.advance(200ms);
+        cameras_.onFrame(std::make_shared<CodeFrame>(text));
+        run();
+    }
+    /// The scanner's window; null when it is not shown.
+    [[nodiscard]] static CameraPanel* panel()
+    {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            auto* const panel = dynamic_cast<CameraPanel*>(widget);
+            if (panel && panel->isVisible()) return panel;
+        }
+        return nullptr;
+    }
+    [[nodiscard]] static bool says(const QString& text)
+    {
+        const auto labels = panel()->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(),
+            [&](const QLabel* label) { return label->text() == text; });
+    }
+
+    support::PrivateUserFolders folders_; ///< for the log
+    support::ManualClock clock_;
+    support::ManualQueue vision_, main_;
+    FakeCameras cameras_;
+    FakeAlerts alerts_;
+    QStringList told_;
+    std::unique_ptr<CameraPairingController> controller_
+        = std::make_unique<CameraPairingController>(
+            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+};
+
+const QString invalidText = u"That is not a valid Ferrylane pairing QR."_s;
+
+} // namespace
+
+TEST_F(CameraPairingTest, goesOnAfterAForeignCodeAndEndsWithThePhones)
+{
+    present();
+    ASSERT_TRUE(panel());
+    EXPECT_TRUE(says(u"Looking for a Ferrylane QR\u2026"_s));
+    show(u"WIFI:S:home;;"_s);
+    EXPECT_TRUE(says(invalidText));
+    EXPECT_TRUE(cameras_.isRunning);
+    show(valid);
+    EXPECT_EQ(told_, (QStringList{valid, u"closed"_s}));
+    EXPECT_FALSE(panel());
+    EXPECT_FALSE(cameras_.isRunning);
+}
+
+TEST_F(CameraPairingTest, closingTheWindowEndsItOnce)
+{
+    present();
+    controller_->present();
+    panel()->close();
+    EXPECT_FALSE(cameras_.isRunning);
+    run();
+    EXPECT_EQ(told_, QStringList(u"closed"_s));
+}
+
+TEST_F(CameraPairingTest, whatIsWrongIsToldAndEndsIt)
+{
+    struct Row {
+        Situation situation;
+        QString alert;
+    };
+    const Row rows[]{
+        {{.access = Cameras::Access::denied}, u"Camera access needed"_s},
+        {{.access = Cameras::Access::notDetermined, .isGranted = false}, u"Camera access needed"_s},
+        {{.isThere = false}, u"No camera found"_s},
+        {{.failsWith = u"broken"_s}, u"Could not start camera"_s},
+    };
+    for (const Row& row : rows) {
+        cameras_.situation = row.situation;
+        controller_ = std::make_unique<CameraPairingController>(
+            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+        present();
+        EXPECT_EQ(std::exchange(alerts_.titles, {}), QStringList(row.alert));
+        EXPECT_EQ(std::exchange(told_, {}), QStringList(u"closed"_s));
+        EXPECT_FALSE(panel());
+    }
+}
+
+TEST_F(CameraPairingTest, aCameraThatFailsLaterIsToldOf)
+{
+    cameras_.situation.access = Cameras::Access::notDetermined;
+    present();
+    ASSERT_TRUE(panel());
+    cameras_.onFailure(u"unplugged"_s);
+    run();
+    EXPECT_EQ(alerts_.titles, QStringList(u"Could not start camera"_s));
+    EXPECT_EQ(told_, QStringList(u"closed"_s));
+}
+
+TEST_F(CameraPairingTest, withoutACameraALinkCanBePasted)
+{
+    cameras_.situation.isThere = false;
+    alerts_.goesOn = true;
+    present();
+    ASSERT_TRUE(panel());
+    QGuiApplication::clipboard()->setText(u"https://example.org"_s);
+    buttonNamed(*panel(), u"Paste link"_s).click();
+    run();
+    EXPECT_TRUE(says(invalidText));
+    QGuiApplication::clipboard()->setText(u" "_s + valid + u"\n"_s);
+    buttonNamed(*panel(), u"Paste link"_s).click();
+    run();
+    EXPECT_EQ(told_, (QStringList{valid, u"closed"_s}));
+}
+
+TEST_F(CameraPairingTest, aPictureOfTheCodeCanBeDropped)
+{
+    present();
+    const auto drop = [](const QImage& picture) {
+        QMimeData data;
+        data.setImageData(picture);
+        QDragEnterEvent enter({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel(), &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent dropped({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel(), &dropped);
+    };
+    drop(QImage(10, 10, QImage::Format_RGB32));
+    run();
+    EXPECT_TRUE(says(invalidText));
+    drop(CodeFrame(valid).image());
+    run();
+    EXPECT_EQ(told_, (QStringList{valid, u"closed"_s}));
+}
