@@ -34,9 +34,16 @@ window() {
     xdotool search --onlyvisible --name "$1" 2> /dev/null
 }
 
-# wait_until COMMAND...: looks again every few milliseconds.
+# wait_until COMMAND...: looks again every few milliseconds; ends the script when it takes too long.
 wait_until() {
-    until "$@" > /dev/null 2>&1; do sleep 0.005; done
+    local begin=$SECONDS
+    until "$@" > /dev/null 2>&1; do
+        if ((SECONDS - begin > 20)); then
+            echo "${0##*/}: waited in vain for: $*" >&2
+            exit 1
+        fi
+        sleep 0.005
+    done
 }
 
 # start_program FOLDER: starts the program of that folder as $program; it is ready afterwards, and

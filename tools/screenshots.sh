@@ -62,7 +62,7 @@ receive() {
     "$programs/ferrylane-phone" upload --local --name 'Pixel 8' "$@" > /dev/null
 }
 
-# widest NAME: of the windows of that name, the one that is NAME's; by its width in points.
+# window_of_width WIDTH: the id of this program's window that is so wide, in points.
 window_of_width() {
     local id
     for id in $(window '^Ferrylane'); do
@@ -106,6 +106,61 @@ shoot_menu() {
     xdotool key Escape
 }
 
+# click_panel X Y: at a place of the main panel.
+click_panel() {
+    xdotool mousemove --window "$(window_of_width "$main_panel")" "$1" "$2" click 1
+}
+
+# shoot_and_close WIDTH FILE
+shoot_and_close() {
+    shoot "$1" "$2"
+    xdotool windowfocus --sync "$(window_of_width "$1")" key Escape
+    sleep 0.3
+}
+
+# shoot_dialog FILE: what has the focus now, and closes it.
+shoot_dialog() {
+    sleep 1
+    import -window "$(xdotool getactivewindow)" "$pictures/$1.png"
+    xdotool key Escape
+    sleep 0.3
+}
+
+shoot_panels() {
+    click_panel 237 152
+    shoot_and_close 360 qr-and-address
+    click_panel 282 38
+    shoot 540 info-and-settings
+    # "Devices..."
+    xdotool mousemove --window "$(window_of_width 540)" 478 296 click 1
+    shoot_and_close 460 devices
+    xdotool windowfocus --sync "$(window_of_width 540)" key Escape
+    click_panel 60 115
+    shoot_dialog device-name
+}
+
+# The menu's fourth entry; without a camera the program asks first.
+shoot_pairing() {
+    local x y
+    eval "$(xdotool getwindowgeometry --shell "$(window_of_width "$main_panel")")"
+    x=$((X + 60)) y=$((Y + 530))
+    xdotool mousemove "$x" "$y" click 3
+    sleep 0.5
+    xdotool key --delay 50 Down Down Down Down Return
+    sleep 1
+    # "Pair without camera..."
+    xdotool key --delay 50 Tab Return
+    shoot_and_close 520 pair-device
+}
+
+shoot_sending() {
+    click_panel 159 312
+    sleep 1
+    xdotool type --delay 20 "$home/files/notes.txt"
+    xdotool key Return
+    shoot_dialog send-to
+}
+
 join_network
 settings
 pair 'Pixel 8' 'Tablet'
@@ -113,4 +168,7 @@ mkdir -p "$pictures"
 start_program "$programs"
 shoot_receiving
 shoot_menu
+shoot_panels
+shoot_pairing
+shoot_sending
 stop_program

@@ -13,8 +13,8 @@ namespace ferrylane {
 
 namespace {
 
-// As often as people see a difference; each picture costs a conversion.
-constexpr auto previewInterval = std::chrono::milliseconds(40);
+// Smooth enough for aiming; each picture costs a conversion.
+constexpr auto previewInterval = std::chrono::milliseconds(60);
 
 } // namespace
 
@@ -148,8 +148,9 @@ void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>
     const platform::TimePoint now = with_.clock.now();
     if (now - lastShown_ < previewInterval) return;
     lastShown_ = now;
-    later([this, picture = frame->image()] {
-        if (panel_) panel_->setPicture(picture);
+    // The toolkit converts on the main thread only.
+    later([this, frame] {
+        if (panel_) panel_->setPicture(frame->image());
     });
 }
 

@@ -10,7 +10,7 @@
 
 namespace ferrylane {
 
-/// A picture that a camera has taken. From any thread.
+/// A picture that a camera has taken.
 class CameraFrame {
 public:
     CameraFrame() = default;
@@ -18,9 +18,9 @@ public:
     CameraFrame& operator=(const CameraFrame&) = delete;
     virtual ~CameraFrame() = default;
 
-    /// Valid as long as the frame.
+    /// From any thread; valid as long as the frame.
     [[nodiscard]] virtual LuminanceView luminance() const = 0;
-    /// With its colours; a conversion.
+    /// With its colours; a conversion. On the main thread.
     [[nodiscard]] virtual QImage image() const = 0;
 };
 

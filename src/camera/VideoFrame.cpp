@@ -89,16 +89,23 @@ private:
     QImage grey_;
 };
 
-QImage greyOf(const QVideoFrame& frame)
+/// Of a mapped frame.
+QImage greyOfMapped(const QVideoFrame& frame)
 {
-    if (const auto offset = luminanceOffset(frame.pixelFormat())) {
-        QVideoFrame mapped = frame;
-        if (!mapped.map(QVideoFrame::ReadOnly)) return {};
-        QImage grey = unmixed(mapped, *offset);
-        mapped.unmap();
-        return grey;
-    }
-    return frame.toImage().convertToFormat(QImage::Format_Grayscale8);
+    if (const auto offset = luminanceOffset(frame.pixelFormat())) return unmixed(frame, *offset);
+    const auto format = QVideoFrameFormat::imageFormatFromPixelFormat(frame.pixelFormat());
+    if (format == QImage::Format_Invalid) return {};
+    return QImage(frame.bits(0), frame.width(), frame.height(), frame.bytesPerLine(0), format)
+        .convertToFormat(QImage::Format_Grayscale8);
+}
+
+QImage greyOf(QVideoFrame frame)
+{
+    if (!frame.map(QVideoFrame::ReadOnly)) return {};
+    QImage grey = greyOfMapped(frame);
+    frame.unmap();
+    // What is left are compressed pictures and the like.
+    return grey.isNull() ? frame.toImage().convertToFormat(QImage::Format_Grayscale8) : grey;
 }
 
 } // namespace
