@@ -42,7 +42,7 @@ std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
 }
 
 /// The event loop of the one instance, and all that lives as long as it does.
-int run(platform::SingleInstance* instance)
+int run(platform::SingleInstance* instance, const QByteArray& action)
 {
     // In this order, so that each goes before what it uses.
     platform::MainQueue mainQueue;
@@ -67,15 +67,33 @@ int run(platform::SingleInstance* instance)
     const auto pathMonitor = watchNetworkPath(application, mainQueue);
     const platform::WakeNotices wakeNotices([&] { application.systemDidWake(); });
     const platform::TrayNotices trayNotices([&] { application.trayDidAppear(); });
-    if (instance) instance->setShowHandler([&] { application.show(); });
+    if (instance) {
+        instance->setRequestHandler(
+            [&](const QByteArray& request) { application.perform(request); });
+    }
+    // The panel shows already.
+    if (action != "show") mainQueue.async([&] { application.perform(action); });
     return QApplication::exec();
 }
 
+constexpr qsizetype longestAction = 64;
+
+/// What a launcher has been asked for; see the actions of the desktop file.
+QByteArray actionOf(const QStringList& arguments)
+{
+    const QString prefix = QStringLiteral("--action=");
+    for (const QString& argument : arguments) {
+        const QByteArray action = argument.mid(prefix.size()).toUtf8();
+        if (argument.startsWith(prefix) && !action.isEmpty()) return action.left(longestAction);
+    }
+    return QByteArrayLiteral("show");
+}
+
 /// Without a folder for its claim the program runs all the same, unguarded.
-std::unique_ptr<platform::SingleInstance> claimSingleInstance()
+std::unique_ptr<platform::SingleInstance> claimSingleInstance(const QByteArray& action)
 {
     try {
-        return std::make_unique<platform::SingleInstance>(QStringLiteral("ferrylane"));
+        return std::make_unique<platform::SingleInstance>(QStringLiteral("ferrylane"), action);
     } catch (const std::system_error& error) {
         flLog(QStringLiteral("Could not look for another instance: ")
             + QString::fromStdString(error.code().message()));
@@ -104,7 +122,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("Ferrylane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(FERRYLANE_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("ferrylane"));
-    const auto instance = claimSingleInstance();
+    const QByteArray action = actionOf(QCoreApplication::arguments());
+    const auto instance = claimSingleInstance(action);
     const Outcome outcome = instance ? instance->outcome() : Outcome::first;
     if (outcome == Outcome::handedOver) return 0;
     if (outcome == Outcome::unanswered) {
@@ -113,5 +132,5 @@ int main(int argc, char** argv)
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
-    return run(instance.get());
+    return run(instance.get(), action);
 }

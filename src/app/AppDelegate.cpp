@@ -182,6 +182,23 @@ void AppDelegate::show()
     panel_->present();
 }
 
+void AppDelegate::perform(const QByteArray& action)
+{
+    if (action == "received-files") {
+        settings_->openFolder();
+    } else if (action == "pair") {
+        pairing_->pairDeviceThen({});
+    } else if (action == "devices") {
+        devices_->showPairedDevices();
+    } else if (action == "restart") {
+        settings_->restartApp();
+    } else if (action == "quit") {
+        QApplication::quit();
+    } else {
+        show();
+    }
+}
+
 void AppDelegate::showServiceState()
 {
     const bool isOn = control_->serviceRunning();

@@ -50,6 +50,9 @@ public:
     void applicationDidFinishLaunching();
     /// Shows the main panel.
     void show();
+    /// Does what the program was started for, or started again: "received-files", "pair",
+    /// "devices", "restart" or "quit"; for any other word the main panel is shown.
+    void perform(const QByteArray& action);
 
     /// What the system tells.
     void networkPathSatisfied() { control_->networkPathSatisfied(); }

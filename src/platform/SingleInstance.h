@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
@@ -10,8 +11,8 @@
 namespace platform {
 
 /// Makes a program run once for each user of this computer. The first process has the claim until
-/// this object goes or the process ends, however it ends; a later one asks the first to show
-/// itself, and is to end.
+/// this object goes or the process ends, however it ends; a later one hands over to the first what
+/// it was started for, and is to end.
 ///
 /// The claim is a lock on a folder named after the program in $XDG_RUNTIME_DIR, or, where that is
 /// unset or not the user's own, on one in the folder for temporary files. A socket in it takes the
@@ -20,7 +21,7 @@ class SingleInstance {
 public:
     enum class Outcome {
         first,      ///< this process has the claim
-        handedOver, ///< another has it, and has been asked to show itself
+        handedOver, ///< another has it, and has been told
         unanswered, ///< another has it, and did not answer in time
     };
     /// Far more than a busy process takes, and than one that ends needs to end.
@@ -28,17 +29,20 @@ public:
 
     /// Blocks for as long as the first process takes to answer, `patience` at most. `program` must
     /// do as a file name. Throws std::system_error when there is no folder for the claim.
-    explicit SingleInstance(const QString& program, Duration patience = usualPatience);
+    /// `request` says what a later process was started for: 64 bytes at most, and not empty.
+    explicit SingleInstance(const QString& program, const QByteArray& request = "show",
+        Duration patience = usualPatience);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
     [[nodiscard]] Outcome outcome() const { return outcome_; }
 
-    /// In the first process: `onShow` is called on the event loop of the calling thread, the main
-    /// thread, for each request, those that already wait included: they are not answered before.
-    /// Once only, and this object goes on the same thread. The handler must not destroy it.
-    void setShowHandler(std::function<void()> onShow);
+    /// In the first process: `onRequest` is called with the request of each later process on the
+    /// event loop of the calling thread, the main thread; those that already wait are included and
+    /// are not answered before. Once only, and this object goes on the same thread. The handler
+    /// must not destroy it.
+    void setRequestHandler(std::function<void(const QByteArray& request)> onRequest);
 
 private:
     class Claim;

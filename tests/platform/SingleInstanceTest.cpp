@@ -37,7 +37,7 @@ protected:
         std::atomic<bool> done = false;
         Outcome outcome = Outcome::first;
         std::thread second([&] {
-            outcome = SingleInstance(program, support::patience).outcome();
+            outcome = SingleInstance(program, "devices", support::patience).outcome();
             done = true;
         });
         EXPECT_TRUE(processEventsUntil([&] { return done.load(); }));
@@ -90,7 +90,10 @@ TEST_F(SingleInstanceTest, ALaterOneHandsOverToTheFirst)
     int shown = 0;
     auto first = std::make_unique<SingleInstance>(program);
     ASSERT_EQ(first->outcome(), Outcome::first);
-    first->setShowHandler([&] { ++shown; });
+    first->setRequestHandler([&](const QByteArray& request) {
+        EXPECT_EQ(request, "devices");
+        ++shown;
+    });
     for (int launches = 1; launches <= 3; ++launches) {
         EXPECT_EQ(launchAgain(), Outcome::handedOver);
         EXPECT_EQ(shown, launches);
@@ -105,9 +108,9 @@ TEST_F(SingleInstanceTest, ALaterOneHandsOverToTheFirst)
 TEST_F(SingleInstanceTest, OnlyADeadProcessLosesItsClaim)
 {
     SilentProcess first;
-    EXPECT_EQ(SingleInstance(program, 100ms).outcome(), Outcome::unanswered);
+    EXPECT_EQ(SingleInstance(program, "show", 100ms).outcome(), Outcome::unanswered);
     first.kill();
-    EXPECT_EQ(SingleInstance(program, 0ms).outcome(), Outcome::first);
+    EXPECT_EQ(SingleInstance(program, "show", 0ms).outcome(), Outcome::first);
 
     SilentProcess next;
     std::thread killer([&] {
@@ -115,7 +118,7 @@ TEST_F(SingleInstanceTest, OnlyADeadProcessLosesItsClaim)
         next.kill();
     });
     // It waits for an answer meanwhile.
-    EXPECT_EQ(SingleInstance(program, support::patience).outcome(), Outcome::first);
+    EXPECT_EQ(SingleInstance(program, "devices", support::patience).outcome(), Outcome::first);
     killer.join();
 }
 
@@ -129,7 +132,8 @@ TEST_F(SingleInstanceTest, OneOfManyThatStartTogetherIsFirst)
         std::vector<std::thread> launches;
         for (std::size_t i = 0; i < instances.size(); ++i) {
             launches.emplace_back([&, i] {
-                instances[i] = std::make_unique<SingleInstance>(program, support::patience);
+                instances[i]
+                    = std::make_unique<SingleInstance>(program, "devices", support::patience);
                 if (instances[i]->outcome() == Outcome::first) {
                     winner = i;
                     ++claims;
@@ -139,7 +143,10 @@ TEST_F(SingleInstanceTest, OneOfManyThatStartTogetherIsFirst)
         }
         EXPECT_TRUE(support::waitUntil([&] { return claims > 0; }));
         int shown = 0;
-        instances[winner]->setShowHandler([&] { ++shown; });
+        instances[winner]->setRequestHandler([&](const QByteArray& request) {
+            EXPECT_EQ(request, "devices");
+            ++shown;
+        });
         EXPECT_TRUE(processEventsUntil([&] { return done == 8; }));
         for (std::thread& launch : launches) {
             launch.join();
@@ -182,7 +189,7 @@ TEST_F(SingleInstanceTest, UsesAFolderOfTheUsersOwnAlone)
         struct stat status {};
         ASSERT_EQ(::stat(QFile::encodeName(expected).constData(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777U, 0700U);
-        first.setShowHandler([] {});
+        first.setRequestHandler([](const QByteArray& /*request*/) {});
         EXPECT_EQ(launchAgain(), Outcome::handedOver);
     }
 

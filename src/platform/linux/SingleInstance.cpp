@@ -21,6 +21,9 @@ namespace {
 
 constexpr auto socketName = "requests";
 constexpr char answer = '!';
+constexpr qsizetype maximumRequest = 64;
+/// Milliseconds between the connection and the request, at most: they are one step.
+constexpr int requestPatience = 200;
 /// For the other process to begin to listen, or to end.
 constexpr auto pauseBetweenAttempts = std::chrono::milliseconds(20);
 
@@ -53,13 +56,15 @@ FileDescriptor listeningSocket(const FileDescriptor& folder)
 
 /// Whether the process that has the claim answers by `deadline`. False at once when there is none,
 /// or when it ends.
-bool isAnswered(const FileDescriptor& folder, TimePoint deadline)
+bool isAnswered(const FileDescriptor& folder, const QByteArray& request, TimePoint deadline)
 {
     const sockaddr_un address = socketAddress(folder);
     const FileDescriptor socket = newSocket();
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         return false;
     }
+    ::send(
+        socket.get(), request.constData(), static_cast<std::size_t>(request.size()), MSG_NOSIGNAL);
     const auto remaining
         = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock().now());
     pollfd wait{socket.get(), POLLIN, 0};
@@ -97,11 +102,11 @@ private:
     FileDescriptor socket_;
 };
 
-/// Whoever connects asks to be shown the first process; there is nothing more to say.
+/// Whoever connects says at once what it wants, and gets a byte for an answer.
 class SingleInstance::Requests {
 public:
-    Requests(int socket, std::function<void()> onShow)
-        : onShow_(std::move(onShow)), notifier_(socket, QSocketNotifier::Read)
+    Requests(int socket, std::function<void(const QByteArray&)> onRequest)
+        : onRequest_(std::move(onRequest)), notifier_(socket, QSocketNotifier::Read)
     {
         QObject::connect(
             &notifier_, &QSocketNotifier::activated, &notifier_, [this, socket] { take(socket); });
@@ -111,14 +116,22 @@ private:
     void take(int socket)
     {
         const FileDescriptor peer(::accept4(socket, nullptr, nullptr, SOCK_CLOEXEC));
-        if (peer.isOpen() && ::send(peer.get(), &answer, 1, MSG_NOSIGNAL) == 1) onShow_();
+        if (!peer.isOpen()) return;
+        pollfd wait{peer.get(), POLLIN, 0};
+        ::poll(&wait, 1, requestPatience);
+        QByteArray request(maximumRequest, '\0');
+        const ssize_t length = ::recv(
+            peer.get(), request.data(), static_cast<std::size_t>(request.size()), MSG_DONTWAIT);
+        // A process that has gone meanwhile has changed its mind.
+        if (length <= 0 || ::send(peer.get(), &answer, 1, MSG_NOSIGNAL) != 1) return;
+        onRequest_(request.first(length));
     }
 
-    std::function<void()> onShow_;
+    std::function<void(const QByteArray&)> onRequest_;
     QSocketNotifier notifier_;
 };
 
-SingleInstance::SingleInstance(const QString& program, Duration patience)
+SingleInstance::SingleInstance(const QString& program, const QByteArray& request, Duration patience)
 {
     const TimePoint deadline = SteadyClock().now() + patience;
     FileDescriptor folder = openRuntimeFolder(program);
@@ -131,7 +144,7 @@ SingleInstance::SingleInstance(const QString& program, Duration patience)
             outcome_ = Outcome::first;
             return;
         }
-        if (isAnswered(folder, deadline)) {
+        if (isAnswered(folder, request, deadline)) {
             outcome_ = Outcome::handedOver;
             return;
         }
@@ -142,10 +155,10 @@ SingleInstance::SingleInstance(const QString& program, Duration patience)
 
 SingleInstance::~SingleInstance() = default;
 
-void SingleInstance::setShowHandler(std::function<void()> onShow)
+void SingleInstance::setRequestHandler(std::function<void(const QByteArray& request)> onRequest)
 {
     if (claim_ && claim_->socket().isOpen()) {
-        requests_ = std::make_unique<Requests>(claim_->socket().get(), std::move(onShow));
+        requests_ = std::make_unique<Requests>(claim_->socket().get(), std::move(onRequest));
     }
 }
 
