@@ -116,6 +116,12 @@ bool Desktop::waitUntilGone(QSize size) const
     });
 }
 
+bool Desktop::waitForFocus(const Window& window) const
+{
+    return support::waitUntil(
+        [&] { return xdotool({u"getwindowfocus"_s}).trimmed() == window.id.toLatin1(); });
+}
+
 void Desktop::click(QPoint place, int button) const
 {
     xdotool({u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s,
@@ -139,6 +145,11 @@ void Desktop::drag(QPoint from, QPoint to) const
 void Desktop::press(const QStringList& keys) const
 {
     xdotool(QStringList{u"key"_s, u"--delay"_s, u"50"_s} + keys);
+}
+
+void Desktop::type(const QString& text) const
+{
+    xdotool({u"type"_s, u"--delay"_s, u"10"_s, text});
 }
 
 } // namespace desktop

@@ -39,11 +39,15 @@ public:
     /// Waits until no window of that size can be seen.
     [[nodiscard]] bool waitUntilGone(QSize size) const;
 
+    /// Waits until keys go to the window.
+    [[nodiscard]] bool waitForFocus(const Window& window) const;
+
     void click(QPoint place, int button = 1) const;
     /// As a person drags: in small steps.
     void drag(QPoint from, QPoint to) const;
     /// Keys by their X names, to the window with the focus.
     void press(const QStringList& keys) const;
+    void type(const QString& text) const;
 
 private:
     QByteArray xdotool(const QStringList& arguments) const;
