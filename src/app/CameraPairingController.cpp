@@ -16,6 +16,17 @@ namespace {
 // Smooth enough for aiming; each picture costs a conversion.
 constexpr auto previewInterval = std::chrono::milliseconds(60);
 
+/// Empty when no code is found.
+QString textIn(const QImage& picture)
+{
+    try {
+        return detectQRCode(picture).value_or(QString());
+    } catch (const std::exception& error) {
+        flLog(QStringLiteral("Vision QR scan error: ") + QString::fromUtf8(error.what()));
+        return {};
+    }
+}
+
 } // namespace
 
 CameraPairingController::CameraPairingController(const Collaborators& collaborators)
@@ -40,10 +51,9 @@ void CameraPairingController::later(std::function<void()> task)
 
 void CameraPairingController::present()
 {
-    if (panel_) {
-        panel_->present();
-        return;
-    }
+    if (stage_ == Stage::scanning) panel_->present();
+    if (stage_ != Stage::idle) return;
+    stage_ = Stage::asking;
     switch (with_.cameras.access()) {
     case Cameras::Access::notDetermined:
         flLog(QStringLiteral("Requesting camera permission"));
@@ -102,12 +112,8 @@ void CameraPairingController::startCamera()
                 showFrame(frame);
             },
             [this](const QString& description) {
-                // Not destroyed here: this runs within one of its callbacks.
-                later([this, description] {
-                    camera_ = nullptr;
-                    panel_ = nullptr;
-                    doWithoutCamera(QStringLiteral("Could not start camera"), description);
-                });
+                // Not at once: this runs within one of the camera's own steps.
+                later([this, description] { cameraFailed(description); });
             });
     } catch (const std::runtime_error& error) {
         doWithoutCamera(QStringLiteral("Could not start camera"), QString::fromUtf8(error.what()));
@@ -116,8 +122,18 @@ void CameraPairingController::startCamera()
     openWindow();
 }
 
+void CameraPairingController::cameraFailed(const QString& description)
+{
+    // Otherwise it has been told already, or does not matter any more.
+    if (stage_ != Stage::scanning) return;
+    camera_ = nullptr;
+    panel_ = nullptr;
+    doWithoutCamera(QStringLiteral("Could not start camera"), description);
+}
+
 void CameraPairingController::doWithoutCamera(const QString& title, const QString& text)
 {
+    stage_ = Stage::asking;
     if (!with_.alerts.pairsWithoutCamera(title, text)) {
         closed();
         return;
@@ -131,11 +147,13 @@ void CameraPairingController::doWithoutCamera(const QString& title, const QStrin
 
 void CameraPairingController::openWindow()
 {
+    stage_ = Stage::scanning;
     panel_ = std::make_unique<CameraPanel>(CameraPanel::Intents{
         .linkPasted = [this](const QString& text) { scanner_.offerText(text); },
         .pictureOpened = [this](const QImage& picture) { acceptPicture(picture); },
         .closed =
             [this] {
+                stage_ = Stage::over;
                 camera_ = nullptr;
                 later([this] { closed(); });
             },
@@ -147,19 +165,21 @@ void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>
 {
     const platform::TimePoint now = with_.clock.now();
     if (now - lastShown_ < previewInterval) return;
+    // A main thread that is busy gets one, not many.
+    if (isFrameWaiting_.exchange(true)) return;
     lastShown_ = now;
     // The toolkit converts on the main thread only.
     later([this, frame] {
+        isFrameWaiting_ = false;
         if (panel_) panel_->setPicture(frame->image());
     });
 }
 
 void CameraPairingController::acceptPicture(const QImage& picture)
 {
-    with_.visionQueue.async([this, isThere = isThere_, picture] {
-        const auto text = picture.isNull() ? std::nullopt : detectQRCode(picture);
-        with_.mainQueue.async([this, isThere, text] {
-            if (*isThere) scanner_.offerText(text.value_or(QString()));
+    with_.visionQueue.async([this, isThere = isThere_, &mainQueue = with_.mainQueue, picture] {
+        mainQueue.async([this, isThere, text = textIn(picture)] {
+            if (*isThere) scanner_.offerText(text);
         });
     });
 }
@@ -171,6 +191,8 @@ void CameraPairingController::showInvalidCode()
 
 void CameraPairingController::accept(const QString& text)
 {
+    if (stage_ != Stage::scanning) return;
+    stage_ = Stage::over;
     panel_->setStatus(QStringLiteral("Ferrylane QR found."));
     panel_->hide();
     camera_ = nullptr;

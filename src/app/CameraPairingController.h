@@ -3,6 +3,7 @@
 #include "camera/Camera.h"
 #include "camera/PairingScanner.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -48,6 +49,7 @@ public:
     std::function<void()> onClose;
 
     /// Checks the right to use the camera and opens the scanner; brings it forward when it is open.
+    /// Once it has ended, nothing happens.
     void present();
 
 private:
@@ -55,6 +57,7 @@ private:
     void open();
     void openWindow();
     void startCamera();
+    void cameraFailed(const QString& description);
     void showPermissionError();
     /// Tells of it; goes on without a camera, or ends.
     void doWithoutCamera(const QString& title, const QString& text);
@@ -66,12 +69,21 @@ private:
     /// Runs on the main queue, unless this is gone by then.
     void later(std::function<void()> task);
 
+    enum class Stage {
+        idle,
+        asking, ///< for the right to use the camera, or what to do without
+        scanning,
+        over
+    };
+
     Collaborators with_;
+    Stage stage_ = Stage::idle;
     std::shared_ptr<bool> isThere_ = std::make_shared<bool>(true);
     PairingScanner scanner_;
     std::unique_ptr<CameraPanel> panel_;
     std::unique_ptr<Camera> camera_;
-    platform::TimePoint lastShown_{}; ///< on the camera's thread
+    platform::TimePoint lastShown_{};          ///< on the camera's thread
+    std::atomic<bool> isFrameWaiting_ = false; ///< to be shown
 };
 
 } // namespace ferrylane

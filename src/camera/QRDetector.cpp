@@ -1,10 +1,24 @@
 #include "camera/QRDetector.h"
 
 #include <QImage>
+#include <QPainter>
 
 #include <ZXing/ReadBarcode.h>
 
 namespace ferrylane {
+
+namespace {
+
+/// What is transparent would become black otherwise.
+QImage onWhite(const QImage& picture)
+{
+    QImage opaque(picture.size(), QImage::Format_RGB32);
+    opaque.fill(Qt::white);
+    QPainter(&opaque).drawImage(0, 0, picture);
+    return opaque;
+}
+
+} // namespace
 
 std::optional<QString> detectQRCode(const LuminanceView& picture)
 {
@@ -23,6 +37,7 @@ std::optional<QString> detectQRCode(const LuminanceView& picture)
 
 std::optional<QString> detectQRCode(const QImage& picture)
 {
+    if (picture.hasAlphaChannel()) return detectQRCode(onWhite(picture));
     const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
     return detectQRCode(LuminanceView{
         grey.constBits(), grey.width(), grey.height(), static_cast<int>(grey.bytesPerLine())});

@@ -173,7 +173,10 @@ TEST_F(CameraPairingTest, closingTheWindowEndsItOnce)
 {
     present();
     controller_->present();
-    panel()->close();
+    clock_.advance(200ms);
+    cameras_.onFrame(std::make_shared<CodeFrame>(valid));
+    vision_.runAll();
+    panel()->close(); // before the code found has come to the main thread
     EXPECT_FALSE(cameras_.isRunning);
     run();
     EXPECT_EQ(told_, QStringList(u"closed"_s));
@@ -208,6 +211,7 @@ TEST_F(CameraPairingTest, aCameraThatFailsLaterIsToldOf)
     present();
     ASSERT_TRUE(panel());
     cameras_.onFailure(u"unplugged"_s);
+    cameras_.onFailure(u"still unplugged"_s);
     run();
     EXPECT_EQ(alerts_.titles, QStringList(u"Could not start camera"_s));
     EXPECT_EQ(told_, QStringList(u"closed"_s));

@@ -82,5 +82,9 @@ TEST(QRDetectorTest, readsWhatThisProgramDraws)
         onPaper.fill(Qt::white);
         QPainter(&onPaper).drawImage(40, 40, code);
         EXPECT_EQ(detectQRCode(onPaper), text);
+        QImage transparent = onPaper.convertToFormat(QImage::Format_ARGB32);
+        transparent.fill(Qt::transparent);
+        QPainter(&transparent).drawImage(40, 40, code);
+        EXPECT_EQ(detectQRCode(transparent), text);
     }
 }
