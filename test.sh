@@ -27,6 +27,8 @@ Steps:
   tsan       Clang build with the thread sanitizer, all tests
   tidy       clang-tidy on src/ and tools/
   fuzz       Clang build of the fuzz targets, each over its seeds and then over new input
+  package    the Debian package of the release build: what it says of itself, and whether the
+             program works where nothing else is installed
 
 Each builds in build/<step>, and installs the Debian packages that are missing (asking sudo
 where it must). The last line counts: a test is one, and so is every other check.
@@ -109,7 +111,7 @@ build_and_test() {
 # --- the steps ---
 
 step_scripts() {
-    check "shellcheck" shellcheck --external-sources run.sh test.sh .ci/run tools/*.sh bench/*.sh resources/*.sh
+    check "shellcheck" shellcheck --external-sources run.sh test.sh .ci/run tools/*.sh bench/*.sh packaging/*.sh resources/*.sh
 }
 
 step_format() {
@@ -129,6 +131,28 @@ step_debug() {
 step_release() {
     check "the release build" build release ferrylane ferrylane-phone
     check "the build of the benchmarks" build bench
+}
+
+step_package() {
+    check "the release build" build release all
+    check "the description for software centres" \
+        appstreamcli validate --no-net packaging/example.tarrowby.ferrylane.metainfo.xml
+    check "the desktop file" desktop-file-validate packaging/ferrylane.desktop
+    check "making the package" make_package
+    check "lintian" lintian --allow-root --tag-display-limit 0 --fail-on error "$(package_file)"
+    check "the package on a bare Debian" packaging/try-package.sh "$(package_file)"
+}
+
+make_package() {
+    rm -f build/release/*.deb
+    (cd build/release && cpack) > build/package.log 2>&1 || {
+        cat build/package.log
+        return 1
+    }
+}
+
+package_file() {
+    find build/release -maxdepth 1 -name '*.deb'
 }
 
 step_asan() {
@@ -206,7 +230,7 @@ fuzz() {
 # A function, so that the shell has read all of this file before it begins: it may be edited
 # while it runs.
 main() {
-    local -a steps=(scripts format layering release asan tsan tidy fuzz) sections=(build test check)
+    local -a steps=(scripts format layering release package asan tsan tidy fuzz) sections=(build test check)
     local step
     case ${1:-} in
         --help | -h)
