@@ -15,10 +15,9 @@ constexpr int textWidth = 340;
 } // namespace
 
 AskDialog::AskDialog(QWidget* parent, const QString& message, const QString& information)
-    : QDialog(parent)
+    : QDialog(parent), layout_(new QVBoxLayout(this)), buttons_(new QHBoxLayout)
 {
     setWindowTitle(QStringLiteral("Ferrylane"));
-    layout_ = new QVBoxLayout(this);
     layout_->setSizeConstraint(QLayout::SetFixedSize);
     const auto addLine = [this](const QString& text, const TextLook& look) {
         QLabel* const label = addText(*this, text, look);
@@ -28,7 +27,6 @@ AskDialog::AskDialog(QWidget* parent, const QString& message, const QString& inf
     };
     addLine(message, {13, QFont::Bold, colors::dark});
     addLine(information, {12, QFont::Normal, colors::dark});
-    buttons_ = new QHBoxLayout;
     buttons_->addStretch();
     layout_->addLayout(buttons_);
 }

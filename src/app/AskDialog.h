@@ -23,8 +23,8 @@ public:
     FerrylaneActionButton& addButton(const QString& title);
 
 private:
-    QVBoxLayout* layout_ = nullptr;
-    QHBoxLayout* buttons_ = nullptr;
+    QVBoxLayout* layout_;
+    QHBoxLayout* buttons_;
     int buttonCount_ = 0;
 };
 

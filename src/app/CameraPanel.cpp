@@ -32,10 +32,10 @@ QImage pictureIn(const QMimeData& data)
 CameraPanel::CameraPanel(Intents intents)
     : PanelWindow(QStringLiteral("Ferrylane \u2014 Pair Device"), {520, 430})
     , intents_(std::move(intents))
+    , preview_(new CameraPreview(this))
 {
     setAcceptDrops(true);
     addTexts();
-    preview_ = new CameraPreview(this);
     placeHere(*preview_, {margin, 76, contentWidth, 286});
     addButtons();
 }
@@ -103,8 +103,8 @@ void CameraPanel::closeEvent(QCloseEvent* event)
 
 void CameraPanel::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (event->mimeData()->hasImage() || event->mimeData()->hasUrls())
-        event->acceptProposedAction();
+    const QMimeData& dragged = *event->mimeData();
+    if (dragged.hasImage() || dragged.hasUrls()) event->acceptProposedAction();
 }
 
 void CameraPanel::dropEvent(QDropEvent* event)

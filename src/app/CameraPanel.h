@@ -44,7 +44,7 @@ private:
     void openPicture();
 
     Intents intents_;
-    CameraPreview* preview_ = nullptr;
+    CameraPreview* preview_;
     QLabel* statusLabel_ = nullptr;
 };
 

@@ -17,11 +17,11 @@ constexpr QColor online(52, 199, 89);
 
 } // namespace
 
-DeviceRowView::DeviceRowView(const Intents& intents, QWidget* parent) : QWidget(parent)
+DeviceRowView::DeviceRowView(const Intents& intents, QWidget* parent)
+    : QWidget(parent), name_(new MiddleElidedLabel(this))
 {
     dot_ = addText(*this, QStringLiteral("\u25CF"), {15, QFont::Bold, online});
     place(*dot_, {12, 15, 18, 22}, rowHeight);
-    name_ = new MiddleElidedLabel(this);
     setTextLook(*name_, {13, QFont::DemiBold, colors::dark});
     place(*name_, {36, 26, 270, 19}, rowHeight);
     status_ = addText(*this, QString(), {11, QFont::Normal, colors::grey});
@@ -38,7 +38,6 @@ DeviceRowView::DeviceRowView(const Intents& intents, QWidget* parent) : QWidget(
             }
         },
         this);
-    button_->setFont(textFont(12));
     place(*button_, {316, 11, 70, 30}, rowHeight);
 }
 
@@ -48,6 +47,7 @@ void DeviceRowView::setRow(const DeviceRow& row)
     setTextColor(*dot_, row.isNearby ? online : colors::faint);
     name_->setText(row.name);
     status_->setText(deviceStatusText(row));
+    button_->setFont(textFont(row.isPaired() ? 16 : 12));
     button_->setTitle(row.isPaired() ? QStringLiteral("\U0001F5D1") : QStringLiteral("Pair"));
     const QString action = row.isPaired() ? QStringLiteral("Remove pairing") : QString();
     button_->setToolTip(action);

@@ -35,7 +35,7 @@ protected:
 private:
     DeviceRow row_;
     QLabel* dot_ = nullptr;
-    MiddleElidedLabel* name_ = nullptr;
+    MiddleElidedLabel* name_;
     QLabel* status_ = nullptr;
     FerrylaneActionButton* button_ = nullptr;
 };

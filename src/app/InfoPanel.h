@@ -45,6 +45,8 @@ public:
 
     /// The list grows in pieces, so that a long one never holds the other windows up.
     void setTransfers(const QString& summary, QStringList lines);
+    /// How many lines of them are in the list by now.
+    [[nodiscard]] qsizetype shownTransfers() const { return shownLines_; }
 
 private:
     void addHeading(QBoxLayout& layout, const State& state);

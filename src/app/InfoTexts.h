@@ -12,7 +12,7 @@ struct FerrylaneTransferLogEntry;
 /// A choice of when the service switches itself off; 0 seconds: never.
 struct AutoOffChoice {
     QLatin1StringView title;
-    qint64 seconds;
+    qint64 seconds = 0;
 };
 inline constexpr std::array<AutoOffChoice, 5> autoOffChoices{{
     {QLatin1StringView("After 60 seconds"), 60},

@@ -2,6 +2,8 @@
 
 #include <QVideoFrame>
 
+#include <utility>
+
 namespace ferrylane {
 
 namespace {
@@ -51,9 +53,9 @@ QImage unmixed(const QVideoFrame& frame, int offset)
 /// A frame that stays mapped.
 class LuminanceFrame final : public CameraFrame {
 public:
-    explicit LuminanceFrame(const QVideoFrame& frame) : frame_(frame)
+    explicit LuminanceFrame(QVideoFrame frame)
+        : frame_(std::move(frame)), isMapped_(frame_.map(QVideoFrame::ReadOnly))
     {
-        isMapped_ = frame_.map(QVideoFrame::ReadOnly);
     }
     ~LuminanceFrame() override { frame_.unmap(); }
     LuminanceFrame(const LuminanceFrame&) = delete;
@@ -69,13 +71,16 @@ public:
 
 private:
     QVideoFrame frame_;
-    bool isMapped_ = false;
+    bool isMapped_;
 };
 
 /// A frame of which the luminance had to be made.
 class ConvertedFrame final : public CameraFrame {
 public:
-    ConvertedFrame(const QVideoFrame& frame, QImage grey) : frame_(frame), grey_(std::move(grey)) {}
+    ConvertedFrame(QVideoFrame frame, QImage grey)
+        : frame_(std::move(frame)), grey_(std::move(grey))
+    {
+    }
 
     [[nodiscard]] LuminanceView luminance() const override
     {

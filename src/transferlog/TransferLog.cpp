@@ -64,14 +64,24 @@ void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries)
         ferrylaneTransferLogURL(), platform::bytesOf(json), ownerOnly));
 }
 
+FerrylaneTransferLogEntry transferLogEntry(const FerrylaneTransfer& transfer)
+{
+    return {QDateTime::currentDateTimeUtc(), transfer.direction, transfer.fileName, transfer.peer,
+        transfer.result, transfer.size};
+}
+
 void appendFerrylaneTransferLog(
     const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications)
 {
+    appendFerrylaneTransferLog(QList{transferLogEntry(transfer)}, notifications);
+}
+
+void appendFerrylaneTransferLog(
+    const QList<FerrylaneTransferLogEntry>& newEntries, platform::NotificationCenter& notifications)
+{
     {
         const std::lock_guard lock(changeMutex());
-        auto entries = loadFerrylaneTransferLog();
-        entries.append({QDateTime::currentDateTimeUtc(), transfer.direction, transfer.fileName,
-            transfer.peer, transfer.result, transfer.size});
+        const auto entries = loadFerrylaneTransferLog() + newEntries;
         const bool continuous
             = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false);
         saveFerrylaneTransferLog(continuous ? entries : newest(entries));

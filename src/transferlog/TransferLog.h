@@ -52,6 +52,12 @@ void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries);
 void appendFerrylaneTransferLog(
     const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications);
 
+/// The entry that a transfer gets now.
+[[nodiscard]] FerrylaneTransferLogEntry transferLogEntry(const FerrylaneTransfer& transfer);
+/// The same for several entries in one step, with one notification.
+void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntries,
+    platform::NotificationCenter& notifications);
+
 /// Drops all but the newest entries that are kept, whatever the setting says. Posts nothing.
 void trimFerrylaneTransferLog();
 

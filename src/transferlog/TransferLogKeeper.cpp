@@ -21,7 +21,19 @@ TransferLogKeeper::~TransferLogKeeper()
 
 void TransferLogKeeper::append(const FerrylaneTransfer& transfer)
 {
-    queue_.async([this, transfer] { appendFerrylaneTransferLog(transfer, notifications_); });
+    const std::lock_guard lock(mutex_);
+    pending_.append(transferLogEntry(transfer));
+    if (pending_.size() == 1) queue_.async([this] { writePending(); });
+}
+
+void TransferLogKeeper::writePending()
+{
+    QList<FerrylaneTransferLogEntry> entries;
+    {
+        const std::lock_guard lock(mutex_);
+        entries.swap(pending_);
+    }
+    appendFerrylaneTransferLog(entries, notifications_);
 }
 
 void TransferLogKeeper::trim()

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace ferrylane {
 
@@ -25,16 +26,21 @@ public:
     TransferLogKeeper(const TransferLogKeeper&) = delete;
     TransferLogKeeper& operator=(const TransferLogKeeper&) = delete;
 
-    /// As appendFerrylaneTransferLog().
+    /// As appendFerrylaneTransferLog(). What comes while another is being written is written in one
+    /// step then.
     void append(const FerrylaneTransfer& transfer);
     /// As trimFerrylaneTransferLog().
     void trim();
     void read(Reader reader);
 
 private:
+    void writePending();
+
     platform::SerialQueue& mainQueue_;
     platform::NotificationCenter& notifications_;
     std::shared_ptr<bool> isThere_ = std::make_shared<bool>(true); ///< on the main thread
+    std::mutex mutex_;
+    QList<FerrylaneTransferLogEntry> pending_; ///< to be written
     platform::ThreadQueue queue_{"ferrylane.transferlog"};
 };
 

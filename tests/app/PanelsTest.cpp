@@ -5,6 +5,7 @@
 #include "app/DevicesPanel.h"
 #include "app/FeedbackDialog.h"
 #include "app/InfoPanel.h"
+#include "app/MainPanel.h"
 #include "app/QRImage.h"
 #include "camera/QRDetector.h"
 #include "support/EventLoop.h"
@@ -88,13 +89,17 @@ TEST(DevicesPanelTest, keepsItsPlaceWhenTheListChanges)
     }));
 }
 
-TEST(AccessPanelTest, showsACodeThatCanBeRead)
+TEST(PairingCodeTest, canBeReadInEveryWindow)
 {
     const QString link = u"http://192.168.1.20:8788/?flkey="_s + QString(43, u'K');
     AccessPanel panel(qr(link, 1), u"http://192.168.1.20:8788"_s);
     panel.present();
     EXPECT_EQ(detectQRCode(panel.grab().toImage()), link);
     EXPECT_EQ(app_test::clippedTexts(panel), QStringList());
+
+    MainPanel mainPanel({});
+    mainPanel.setPairingCode(qr(link, 1));
+    EXPECT_EQ(detectQRCode(mainPanel.grab().toImage()), link);
 }
 
 TEST(InfoPanelTest, showsTheStateAndTellsOfEveryControl)
