@@ -96,12 +96,17 @@ shoot_receiving() {
     shoot "$main_panel" main-panel
 }
 
-shoot_menu() {
-    local x y
+# Opens the menu above the place at $x, $y, which is one of the main panel's.
+open_menu() {
     eval "$(xdotool getwindowgeometry --shell "$(window_of_width "$main_panel")")"
     x=$((X + 60)) y=$((Y + 530))
     xdotool mousemove "$x" "$y" click 3
     sleep 0.5
+}
+
+shoot_menu() {
+    local x y
+    open_menu
     import -window root -crop "240x200+$x+$((y - 190))" +repage "$pictures/menu.png"
     xdotool key Escape
 }
@@ -131,6 +136,9 @@ shoot_panels() {
     shoot_and_close 360 qr-and-address
     click_panel 282 38
     shoot 540 info-and-settings
+    # "Feedback..."
+    xdotool mousemove --window "$(window_of_width 540)" 346 558 click 1
+    shoot_dialog feedback
     # "Devices..."
     xdotool mousemove --window "$(window_of_width 540)" 478 296 click 1
     shoot_and_close 460 devices
@@ -142,10 +150,7 @@ shoot_panels() {
 # The menu's fourth entry; without a camera the program asks first.
 shoot_pairing() {
     local x y
-    eval "$(xdotool getwindowgeometry --shell "$(window_of_width "$main_panel")")"
-    x=$((X + 60)) y=$((Y + 530))
-    xdotool mousemove "$x" "$y" click 3
-    sleep 0.5
+    open_menu
     xdotool key --delay 50 Down Down Down Down Return
     sleep 1
     # "Pair without camera..."

@@ -96,7 +96,7 @@ void AppDelegate::applicationDidFinishLaunching()
     control_->begin();
     createStatusItem();
     show();
-    if (health_.isFaulty()) giveUpService();
+    if (health_.isFaulty() && control_->serviceRunning()) giveUpService();
     if (const QString problem = storageProblem(); !problem.isEmpty()) {
         inform(QStringLiteral("Ferrylane cannot keep its files"), problem);
     }

@@ -11,24 +11,24 @@ DevicesFlow::DevicesFlow(Collaborators collaborators) : with_(std::move(collabor
 
 void DevicesFlow::showPairedDevices()
 {
-    if (!panel_) {
-        panel_ = std::make_unique<DevicesPanel>(DevicesPanel::Intents{
+    if (!devicesPanel_) {
+        devicesPanel_ = std::make_unique<DevicesPanel>(DevicesPanel::Intents{
             .removePairing = [this](const auto& target) { removePairing(target); },
             .startPairing = [this] { startPairing(); },
         });
     }
     showRows();
-    panel_->present();
+    devicesPanel_->present();
 }
 
 void DevicesFlow::devicesChanged()
 {
-    if (panel_ && panel_->isVisible()) showRows();
+    if (devicesPanel_ && devicesPanel_->isVisible()) showRows();
 }
 
 void DevicesFlow::showRows()
 {
-    panel_->setRows(
+    devicesPanel_->setRows(
         deviceRows(loadFerrylanePairedTargets(), with_.visibleNames(), ferrylaneDeviceSuffix()));
 }
 
@@ -41,7 +41,7 @@ void DevicesFlow::removePairing(const FerrylanePairedTarget& target)
 
 void DevicesFlow::startPairing()
 {
-    panel_->close();
+    devicesPanel_->close();
     with_.pairDevice();
 }
 

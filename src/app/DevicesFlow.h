@@ -29,7 +29,7 @@ private:
     void startPairing();
 
     Collaborators with_;
-    std::unique_ptr<DevicesPanel> panel_;
+    std::unique_ptr<DevicesPanel> devicesPanel_;
 };
 
 } // namespace ferrylane

@@ -110,14 +110,14 @@ void InboundTransfer::forgetTransfer()
 
 void InboundTransfer::cancelClose()
 {
-    if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
+    if (const auto pending = std::exchange(transferHUDCloseWorkItem_, nullptr)) pending->cancel();
 }
 
 void InboundTransfer::closeWhenDone()
 {
     cancelClose();
-    pendingClose_ = mainQueue_.after(doneTime, [this] {
-        pendingClose_ = nullptr;
+    transferHUDCloseWorkItem_ = mainQueue_.after(doneTime, [this] {
+        transferHUDCloseWorkItem_ = nullptr;
         if (!isRunning()) views_.closeProgressWindow();
     });
 }

@@ -68,7 +68,7 @@ private:
     double transferProgress_ = 0;         ///< 0 to 1
     double currentSpeedMBps_ = 0;
     qint64 receivedCount_ = 0; ///< since the launch
-    std::shared_ptr<platform::DelayedTask> pendingClose_;
+    std::shared_ptr<platform::DelayedTask> transferHUDCloseWorkItem_;
 };
 
 } // namespace ferrylane

@@ -87,13 +87,13 @@ void MainPanel::addDeviceCard()
     // Its text begins 4 points further to the right.
     place(*deviceName_, {12, 106, 146, 21}, deviceCardHeight);
 
-    pairingCode_ = new QRCodeButton(card);
-    pairingCode_->setToolTip(QStringLiteral("Click to enlarge QR"));
-    pairingCode_->setAccessibleName(QStringLiteral("Pairing QR code"));
+    mainQRCodeButton_ = new QRCodeButton(card);
+    mainQRCodeButton_->setToolTip(QStringLiteral("Click to enlarge QR"));
+    mainQRCodeButton_->setAccessibleName(QStringLiteral("Pairing QR code"));
     if (intents_.enlargeQRCode) {
-        connect(pairingCode_, &QAbstractButton::clicked, this, intents_.enlargeQRCode);
+        connect(mainQRCodeButton_, &QAbstractButton::clicked, this, intents_.enlargeQRCode);
     }
-    place(*pairingCode_, {171, 27, 105, 105}, deviceCardHeight);
+    place(*mainQRCodeButton_, {171, 27, 105, 105}, deviceCardHeight);
 
     addServiceSwitch(*card);
 
@@ -112,9 +112,9 @@ void MainPanel::addServiceSwitch(QWidget& card)
     }
     place(*serviceSwitch_, {13, 59, 54, 30}, deviceCardHeight);
 
-    serviceState_ = addText(card, QString(), {13, QFont::Bold, colors::stateText});
-    serviceState_->setAlignment(Qt::AlignCenter);
-    place(*serviceState_, {70, 63, 38, 22}, deviceCardHeight);
+    serviceStateText_ = addText(card, QString(), {13, QFont::Bold, colors::stateText});
+    serviceStateText_->setAlignment(Qt::AlignCenter);
+    place(*serviceStateText_, {70, 63, 38, 22}, deviceCardHeight);
 }
 
 void MainPanel::addSendCard()
@@ -125,16 +125,16 @@ void MainPanel::addSendCard()
     place(*title, {16, 138, 258, 18}, sendCardHeight);
     addDropView(*card);
 
-    sendStatus_ = new MiddleElidedLabel(card);
-    setTextLook(*sendStatus_, {9.5, QFont::Normal, colors::grey});
-    sendStatus_->setAlignment(Qt::AlignCenter);
-    sendStatus_->setText(QStringLiteral("Choose or drop files, then select a destination"));
-    place(*sendStatus_, {10, 28, 270, 16}, sendCardHeight);
+    sendStatusLabel_ = new MiddleElidedLabel(card);
+    setTextLook(*sendStatusLabel_, {9.5, QFont::Normal, colors::grey});
+    sendStatusLabel_->setAlignment(Qt::AlignCenter);
+    sendStatusLabel_->setText(QStringLiteral("Choose or drop files, then select a destination"));
+    place(*sendStatusLabel_, {10, 28, 270, 16}, sendCardHeight);
 
-    sendProgress_ = new ThinProgressBar(card);
-    sendProgress_->setAccessibleName(QStringLiteral("Send progress"));
-    sendProgress_->hide();
-    place(*sendProgress_, {14, 16, 262, 4}, sendCardHeight);
+    sendProgressBar_ = new ThinProgressBar(card);
+    sendProgressBar_->setAccessibleName(QStringLiteral("Send progress"));
+    sendProgressBar_->hide();
+    place(*sendProgressBar_, {14, 16, 262, 4}, sendCardHeight);
 }
 
 void MainPanel::addDropView(QWidget& card)
@@ -160,7 +160,7 @@ void MainPanel::addHistoryCard()
     place(*title, {16, 64, 258, 18}, historyCardHeight);
 
     double y = 41;
-    for (MiddleElidedLabel*& row : history_) {
+    for (MiddleElidedLabel*& row : historyLabels_) {
         row = new MiddleElidedLabel(card);
         row->setFont(textFont(10));
         place(*row, {16, y, 258, 16}, historyCardHeight);
@@ -171,11 +171,11 @@ void MainPanel::addHistoryCard()
 
 void MainPanel::addReceiveStatus()
 {
-    receiveStatus_ = addText(*this, QString(), {9.5, QFont::Normal, colors::grey});
-    receiveStatus_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    receiveStatus_->hide();
+    progressStatusLabel_ = addText(*this, QString(), {9.5, QFont::Normal, colors::grey});
+    progressStatusLabel_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    progressStatusLabel_->hide();
     // To the left there is room for fonts that are wide and networks that are fast.
-    place(*receiveStatus_, {14, 0, 290, 16}, sizeInPoints.height());
+    place(*progressStatusLabel_, {14, 0, 290, 16}, sizeInPoints.height());
 }
 
 void MainPanel::setTitle(const QString& title)
@@ -190,41 +190,41 @@ void MainPanel::setDeviceName(const QString& name)
 
 void MainPanel::setPairingCode(const QImage& code)
 {
-    pairingCode_->setCode(code);
+    mainQRCodeButton_->setCode(code);
 }
 
 void MainPanel::setServiceState(bool isOn, const QString& toolTip)
 {
-    serviceState_->setText(isOn ? QStringLiteral("ON") : QStringLiteral("OFF"));
+    serviceStateText_->setText(isOn ? QStringLiteral("ON") : QStringLiteral("OFF"));
     serviceSwitch_->setChecked(isOn);
-    serviceState_->setToolTip(toolTipText(toolTip));
+    serviceStateText_->setToolTip(toolTipText(toolTip));
     serviceSwitch_->setToolTip(toolTipText(toolTip));
     serviceSwitch_->setAccessibleDescription(toolTip);
 }
 
 void MainPanel::setSendStatus(const QString& text, bool isShown)
 {
-    sendStatus_->setText(text);
-    sendStatus_->setVisible(isShown);
+    sendStatusLabel_->setText(text);
+    sendStatusLabel_->setVisible(isShown);
 }
 
 void MainPanel::setSendProgress(double percent, bool isShown)
 {
-    sendProgress_->setPercent(percent);
-    sendProgress_->setVisible(isShown);
+    sendProgressBar_->setPercent(percent);
+    sendProgressBar_->setVisible(isShown);
 }
 
 void MainPanel::setReceiveStatus(const QString& text)
 {
-    receiveStatus_->setText(text);
-    receiveStatus_->setVisible(!text.isEmpty());
+    progressStatusLabel_->setText(text);
+    progressStatusLabel_->setVisible(!text.isEmpty());
 }
 
 void MainPanel::setHistory(const std::array<HistoryRow, historyRowCount>& rows)
 {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        history_[i]->setText(rows[i].text);
-        setTextColor(*history_[i], rows[i].isPlaceholder ? colors::faint : colors::dark);
+        historyLabels_[i]->setText(rows[i].text);
+        setTextColor(*historyLabels_[i], rows[i].isPlaceholder ? colors::faint : colors::dark);
     }
 }
 

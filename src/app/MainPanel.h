@@ -80,13 +80,13 @@ private:
     QMenu* menu_ = nullptr;
     bool wasCentred_ = false;
     FerrylaneHoverLabel* deviceName_ = nullptr;
-    QRCodeButton* pairingCode_ = nullptr;
-    QLabel* serviceState_ = nullptr;
+    QRCodeButton* mainQRCodeButton_ = nullptr;
+    QLabel* serviceStateText_ = nullptr;
     SwitchButton* serviceSwitch_ = nullptr;
-    MiddleElidedLabel* sendStatus_ = nullptr;
-    ThinProgressBar* sendProgress_ = nullptr;
-    QLabel* receiveStatus_ = nullptr;
-    std::array<MiddleElidedLabel*, historyRowCount> history_{};
+    MiddleElidedLabel* sendStatusLabel_ = nullptr;
+    ThinProgressBar* sendProgressBar_ = nullptr;
+    QLabel* progressStatusLabel_ = nullptr;
+    std::array<MiddleElidedLabel*, historyRowCount> historyLabels_{};
 };
 
 } // namespace ferrylane

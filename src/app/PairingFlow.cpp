@@ -15,17 +15,12 @@ void PairingFlow::pairDeviceThen(PairedHandler onPaired)
     if (!cameraPairingController_) {
         cameraPairingController_
             = std::make_unique<CameraPairingController>(CameraPairingController::Collaborators{
-                with_.cameras, with_.visionQueue, with_.mainQueue, with_.clock, *this});
+                with_.cameras, with_.visionQueue, with_.mainQueue, with_.clock, with_.views});
         cameraPairingController_->onCode
             = [this, onPaired = std::move(onPaired)](const QString& text) { pair(text, onPaired); };
         cameraPairingController_->onClose = [this] { cameraPairingController_ = nullptr; };
     }
     cameraPairingController_->present();
-}
-
-bool PairingFlow::pairsWithoutCamera(const QString& title, const QString& text)
-{
-    return with_.views.pairsWithoutCamera(title, text);
 }
 
 void PairingFlow::pair(const QString& text, const PairedHandler& onPaired)

@@ -6,19 +6,12 @@
 namespace ferrylane {
 
 /// Lets the user pair a phone by its QR code and keeps it. One at a time. On the main thread.
-class PairingFlow final : private CameraPairingController::Alerts {
+class PairingFlow {
 public:
     /// Where it asks and tells; each returns when the user has answered.
-    class Views {
+    class Views : public CameraPairingController::Alerts {
     public:
-        Views() = default;
-        Views(const Views&) = delete;
-        Views& operator=(const Views&) = delete;
-        virtual ~Views() = default;
-
         virtual void alert(const QString& title, const QString& text) = 0;
-        /// Whether the user goes on without a camera.
-        virtual bool pairsWithoutCamera(const QString& title, const QString& text) = 0;
     };
     /// All references must outlive this.
     struct Collaborators {
@@ -37,7 +30,6 @@ public:
     void pairDeviceThen(PairedHandler onPaired);
 
 private:
-    bool pairsWithoutCamera(const QString& title, const QString& text) override;
     void pair(const QString& text, const PairedHandler& onPaired);
 
     Collaborators with_;

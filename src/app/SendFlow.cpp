@@ -57,7 +57,7 @@ void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
     if (!target) {
         with_.views.alert(QStringLiteral("No paired phone"),
             QStringLiteral("Pair an Android device before sending files."));
-    } else if (sender_) {
+    } else if (outboundSender_) {
         with_.views.alert(QStringLiteral("Transfer already running"),
             QStringLiteral("Wait for the current send to finish."));
     } else {
@@ -68,15 +68,15 @@ void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
 void SendFlow::start(const QStringList& files, const FerrylanePairedTarget& target)
 {
     if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
-    sender_ = std::make_unique<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
-    sender_->onWaiting = [this] {
+    outboundSender_ = std::make_unique<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+    outboundSender_->onWaiting = [this] {
         with_.views.setSendStatus(
             QStringLiteral("Device transferring \u2014 waiting until it finishes\u2026"), true);
     };
     with_.setOutboundBusy(true);
     with_.views.setSendProgress(0, true);
     with_.views.setSendStatus(connectingText(target.name), true);
-    sender_->send(
+    outboundSender_->send(
         files, target,
         [this](const FerrylaneV4Sender::Progress& progress) {
             with_.views.setSendProgress(progress.fraction * 100, true);
@@ -90,14 +90,14 @@ void SendFlow::start(const QStringList& files, const FerrylanePairedTarget& targ
 void SendFlow::cancel()
 {
     // The completion, which comes, forgets the sender.
-    if (sender_) sender_->cancel();
+    if (outboundSender_) outboundSender_->cancel();
 }
 
 void SendFlow::completed(
     const QStringList& files, const FerrylanePairedTarget& target, const Result& result)
 {
     // Not destroyed here: this runs within one of its callbacks.
-    const std::shared_ptr<FerrylaneV4Sender> finished = std::move(sender_);
+    const std::shared_ptr<FerrylaneV4Sender> finished = std::move(outboundSender_);
     with_.sending.mainQueue.async([finished] {});
     with_.setOutboundBusy(false);
     const auto* const error = std::get_if<SendError>(&result);

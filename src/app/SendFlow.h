@@ -61,7 +61,7 @@ public:
     /// Stops what is being sent, if anything.
     void cancel();
 
-    [[nodiscard]] bool isSending() const { return sender_ != nullptr; }
+    [[nodiscard]] bool isSending() const { return outboundSender_ != nullptr; }
 
 private:
     using Result = FerrylaneV4Sender::Result;
@@ -75,7 +75,7 @@ private:
         const QStringList& files, const FerrylanePairedTarget& target, const QString& result);
 
     Collaborators with_;
-    std::unique_ptr<FerrylaneV4Sender> sender_;
+    std::unique_ptr<FerrylaneV4Sender> outboundSender_;
     std::shared_ptr<platform::DelayedTask> pendingClose_;
 };
 

@@ -32,12 +32,12 @@ QAction* StatusItem::addItem(const QString& text, std::function<void()> action)
 void StatusItem::fillMenu()
 {
     addItem(QStringLiteral("Show Ferrylane"), intents_.show);
-    serviceItem_ = addItem(QStringLiteral("Service running"), [this] {
+    serviceMenuItem_ = addItem(QStringLiteral("Service running"), [this] {
         // The toolkit has turned the mark already, but the service decides.
-        serviceItem_->setChecked(isServiceRunning_);
+        serviceMenuItem_->setChecked(isServiceRunning_);
         if (intents_.toggleService) intents_.toggleService();
     });
-    serviceItem_->setCheckable(true);
+    serviceMenuItem_->setCheckable(true);
     addItem(QStringLiteral("Open Received Files"), intents_.openReceivedFiles);
     addItem(QStringLiteral("Pair Device\u2026"), intents_.pairDevice);
     addItem(QStringLiteral("Paired Devices\u2026"), intents_.showPairedDevices);
@@ -63,7 +63,7 @@ QString StatusItem::toolTip() const
 void StatusItem::setServiceRunning(bool isRunning)
 {
     isServiceRunning_ = isRunning;
-    serviceItem_->setChecked(isRunning);
+    serviceMenuItem_->setChecked(isRunning);
 }
 
 bool StatusItem::hasHost() const

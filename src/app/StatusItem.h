@@ -54,7 +54,7 @@ private:
     bool isServiceRunning_ = false;
     std::unique_ptr<QMenu> menu_;
     std::unique_ptr<QSystemTrayIcon> icon_;
-    QAction* serviceItem_ = nullptr;
+    QAction* serviceMenuItem_ = nullptr;
 };
 
 } // namespace ferrylane

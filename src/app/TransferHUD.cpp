@@ -67,16 +67,16 @@ void TransferHUD::addTexts()
     setTextColor(*name, colors::blue);
     placeInWindow(*name, {14, 86, 248, 16});
 
-    fileName_ = new MiddleElidedLabel(this);
-    fileName_->setFont(textFont(15, QFont::DemiBold));
-    setTextColor(*fileName_, colors::hudTitle);
-    placeInWindow(*fileName_, {14, 61, 248, 20});
+    transferHUDTitle_ = new MiddleElidedLabel(this);
+    transferHUDTitle_->setFont(textFont(15, QFont::DemiBold));
+    setTextColor(*transferHUDTitle_, colors::hudTitle);
+    placeInWindow(*transferHUDTitle_, {14, 61, 248, 20});
 
-    status_ = new MiddleElidedLabel(this);
-    status_->setFont(textFont(12, QFont::Medium));
-    status_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    setTextColor(*status_, colors::hudStatus);
-    placeInWindow(*status_, {14, 13, 314, 18});
+    transferHUDStatus_ = new MiddleElidedLabel(this);
+    transferHUDStatus_->setFont(textFont(12, QFont::Medium));
+    transferHUDStatus_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    setTextColor(*transferHUDStatus_, colors::hudStatus);
+    placeInWindow(*transferHUDStatus_, {14, 13, 314, 18});
 }
 
 void TransferHUD::addControls(std::function<void()> onStop)
@@ -86,16 +86,16 @@ void TransferHUD::addControls(std::function<void()> onStop)
     stop->setAccessibleDescription(QStringLiteral("Stop receiving this file"));
     placeInWindow(*stop, {270, 58, 58, 26});
 
-    progress_ = new ThinProgressBar(this);
-    progress_->setAccessibleName(QStringLiteral("Transfer progress"));
-    placeInWindow(*progress_, {14, 40, 314, 10});
+    transferHUDProgress_ = new ThinProgressBar(this);
+    transferHUDProgress_->setAccessibleName(QStringLiteral("Transfer progress"));
+    placeInWindow(*transferHUDProgress_, {14, 40, 314, 10});
 }
 
 void TransferHUD::setTransfer(const QString& fileName, double percent, const QString& status)
 {
-    fileName_->setText(fileName);
-    progress_->setPercent(percent);
-    status_->setText(status);
+    transferHUDTitle_->setText(fileName);
+    transferHUDProgress_->setPercent(percent);
+    transferHUDStatus_->setText(status);
 }
 
 void TransferHUD::present()

@@ -36,9 +36,9 @@ private:
     void addTexts();
     void addControls(std::function<void()> onStop);
 
-    MiddleElidedLabel* fileName_ = nullptr;
-    MiddleElidedLabel* status_ = nullptr;
-    ThinProgressBar* progress_ = nullptr;
+    MiddleElidedLabel* transferHUDTitle_ = nullptr;
+    MiddleElidedLabel* transferHUDStatus_ = nullptr;
+    ThinProgressBar* transferHUDProgress_ = nullptr;
 };
 
 } // namespace ferrylane
