@@ -57,7 +57,7 @@ class FakeCameras final : public Cameras {
 public:
     class FakeCamera final : public Camera {
     public:
-        explicit FakeCamera(bool& isRunning) : isRunning_(isRunning) { isRunning_ = true; }
+        explicit FakeCamera(bool& flag) : isRunning_(flag) { isRunning_ = true; }
         ~FakeCamera() override { isRunning_ = false; }
         FakeCamera(const FakeCamera&) = delete;
         FakeCamera& operator=(const FakeCamera&) = delete;

@@ -100,7 +100,7 @@ protected:
         static_cast<void>(support::waitUntil([&] {
             all.clear();
             const QByteArray json = support::PrivateHome::contentOf(home_.transferLogFile());
-            for (const auto& entry : QJsonDocument::fromJson(json).array()) {
+            for (const QJsonValue entry : QJsonDocument::fromJson(json).array()) {
                 all << entry[u"direction"_s].toString() + u' ' + entry[u"fileName"_s].toString()
                         + u' ' + entry[u"result"_s].toString();
             }
