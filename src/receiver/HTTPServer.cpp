@@ -99,9 +99,9 @@ void HTTPServer::logListener(State state, const std::error_code& error)
 {
     switch (state) {
     case State::ready:
+        removeStalePartialsOnce();
         flLog(QStringLiteral("Server ready on port %1; Bonjour visible=%2")
                   .arg(QString::number(tcpPort_), isVisible_ ? u"true" : u"false"));
-        removeStalePartialsOnce();
         return;
     case State::waiting:
         flLog(QStringLiteral("Server listener waiting: ") + describe(error));
