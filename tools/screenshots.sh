@@ -116,6 +116,11 @@ click_panel() {
     xdotool mousemove --window "$(window_of_width "$main_panel")" "$1" "$2" click 1
 }
 
+# press_after COUNT KEY: presses the button that has the focus after so many times this key.
+press_after() {
+    xdotool key --repeat "$1" --delay 50 "$2" key space
+}
+
 # shoot_and_close WIDTH FILE
 shoot_and_close() {
     shoot "$1" "$2"
@@ -136,11 +141,10 @@ shoot_panels() {
     shoot_and_close 360 qr-and-address
     click_panel 282 38
     shoot 540 info-and-settings
-    # "Feedback..."
-    xdotool mousemove --window "$(window_of_width 540)" 346 558 click 1
+    # From the path at the top to "Feedback...", and from there to "Devices...".
+    press_after 5 shift+Tab
     shoot_dialog feedback
-    # "Devices..."
-    xdotool mousemove --window "$(window_of_width 540)" 478 296 click 1
+    press_after 6 shift+Tab
     shoot_and_close 460 devices
     xdotool windowfocus --sync "$(window_of_width 540)" key Escape
     click_panel 60 115

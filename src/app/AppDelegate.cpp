@@ -225,7 +225,7 @@ void AppDelegate::deviceRenamed()
 
 void AppDelegate::endTransfers()
 {
-    sendFlow_->cancel();
+    sendFlow_->cancelAndWait();
     if (!server_) return;
     server_->cancelActiveTransfer();
     server_->setOutboundBusy(false);

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -22,6 +23,8 @@ namespace {
 
 constexpr int margin = 22;
 constexpr TextLook body{12, QFont::Normal, colors::grey};
+// Left free above and below the window, for its title bar.
+constexpr QSize screenMargin(0, 56);
 // Few enough to be put in between two frames.
 constexpr qsizetype linesAtATime = 400;
 
@@ -73,6 +76,9 @@ InfoPanel::InfoPanel(const State& state, const Intents& intents)
     addTransfers(*layout, state, intents);
     addLinks(*layout, intents);
     addBottomRow(*layout, intents);
+    // On a low screen the transfer log gives way, so that the buttons can be reached.
+    const int room = screen()->availableSize().height() - scaled(screenMargin).height();
+    setFixedHeight(std::min(height(), std::max(room, minimumSizeHint().height())));
 }
 
 void InfoPanel::addHeading(QBoxLayout& layout, const State& state)

@@ -15,8 +15,6 @@ namespace ferrylane {
 
 namespace {
 
-constexpr qsizetype longestDeviceName = 40;
-
 QString encoded(const QString& text)
 {
     return QString::fromLatin1(QUrl::toPercentEncoding(text));
@@ -39,18 +37,6 @@ QString transferSummary(const QList<FerrylaneTransferLogEntry>& entries)
         sum += std::min(size, std::numeric_limits<qint64>::max() - sum);
     }
     return QStringLiteral("%1 \u00B7 %2").arg(QString::number(entries.size()), fileSizeText(sum));
-}
-
-QString typedDeviceName(const QString& typed)
-{
-    constexpr QStringView prefix = u"fl ";
-    QString name = typed.trimmed();
-    // Trimming takes the prefix's own blank away when nothing follows it.
-    const bool isPrefixAlone
-        = name.compare(u"fl", Qt::CaseInsensitive) == 0 && typed.contains(name + u' ');
-    if (isPrefixAlone) return {};
-    if (name.startsWith(prefix, Qt::CaseInsensitive)) name = name.sliced(prefix.size()).trimmed();
-    return firstCharacters(name, longestDeviceName);
 }
 
 QString feedbackDetails(qsizetype loggedTransfers)

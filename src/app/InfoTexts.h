@@ -28,10 +28,6 @@ inline constexpr std::array<AutoOffChoice, 5> autoOffChoices{{
 /// "12 · 3.4 MB": how many transfers are logged, and the sum of the sizes that are known.
 [[nodiscard]] QString transferSummary(const QList<FerrylaneTransferLogEntry>& entries);
 
-/// The name to be kept of what somebody has typed as the device's name: without the product's short
-/// prefix, 40 characters at most; empty when there is nothing to keep.
-[[nodiscard]] QString typedDeviceName(const QString& typed);
-
 /// What a mail with feedback says about this program and system, after what was typed.
 [[nodiscard]] QString feedbackDetails(qsizetype loggedTransfers);
 /// A link that opens the user's mail program with a mail to the maker.

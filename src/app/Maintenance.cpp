@@ -4,19 +4,18 @@
 #include "pairing/PairedTargets.h"
 #include "pairing/ReceiverKeyStore.h"
 #include "platform/Files.h"
-#include "transferlog/TransferLog.h"
 
 #include <QTemporaryFile>
 
 namespace ferrylane {
 
-void removeFerrylaneData()
+void removeSettingsAndPairings()
 {
     for (const QString& key : standardDefaults().keys()) {
         if (key.startsWith(u"Ferrylane")) standardDefaults().remove(key);
     }
-    for (const QString& file : {ferrylanePairedTargetURL(), ferrylanePairedTargetsURL(),
-             ferrylaneTransferLogURL(), ferrylaneKeyURL()}) {
+    for (const QString& file :
+        {ferrylanePairedTargetURL(), ferrylanePairedTargetsURL(), ferrylaneKeyURL()}) {
         platform::removeFile(file);
     }
 }

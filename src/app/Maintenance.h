@@ -4,9 +4,8 @@
 
 namespace ferrylane {
 
-/// Removes settings, receiver key, paired phones and transfer log. Received files and the log stay.
-/// What cannot be removed is left.
-void removeFerrylaneData();
+/// Removes the settings, the receiver key and the paired phones. What cannot be removed is left.
+void removeSettingsAndPairings();
 
 /// Why no file could be stored in this folder, for people; empty when it can. Creates the folder,
 /// and a file in it for a moment.

@@ -57,7 +57,7 @@ void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
     if (!target) {
         with_.views.alert(QStringLiteral("No paired phone"),
             QStringLiteral("Pair an Android device before sending files."));
-    } else if (outboundSender_) {
+    } else if (running_) {
         with_.views.alert(QStringLiteral("Transfer already running"),
             QStringLiteral("Wait for the current send to finish."));
     } else {
@@ -68,44 +68,54 @@ void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
 void SendFlow::start(const QStringList& files, const FerrylanePairedTarget& target)
 {
     if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
-    outboundSender_ = std::make_unique<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
-    outboundSender_->onWaiting = [this] {
+    const auto sender = std::make_shared<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+    running_ = {files, target, sender};
+    sender->onWaiting = [this] {
         with_.views.setSendStatus(
             QStringLiteral("Device transferring \u2014 waiting until it finishes\u2026"), true);
     };
     with_.setOutboundBusy(true);
     with_.views.setSendProgress(0, true);
     with_.views.setSendStatus(connectingText(target.name), true);
-    outboundSender_->send(
-        files, target,
-        [this](const FerrylaneV4Sender::Progress& progress) {
-            with_.views.setSendProgress(progress.fraction * 100, true);
-            with_.views.setSendStatus(sendingText(progress.fileIndex, progress.fileCount,
-                                          progress.fileName, progress.fraction, progress.speed),
-                true);
-        },
-        [this, files, target](const Result& result) { completed(files, target, result); });
+    sender->send(
+        files, target, [this](const auto& progress) { showProgress(progress); },
+        [this](const Result& result) { completed(result); });
+}
+
+void SendFlow::showProgress(const FerrylaneV4Sender::Progress& progress)
+{
+    with_.views.setSendProgress(progress.fraction * 100, true);
+    with_.views.setSendStatus(sendingText(progress.fileIndex, progress.fileCount, progress.fileName,
+                                  progress.fraction, progress.speed),
+        true);
 }
 
 void SendFlow::cancel()
 {
     // The completion, which comes, forgets the sender.
-    if (outboundSender_) outboundSender_->cancel();
+    if (running_) running_->outboundSender->cancel();
 }
 
-void SendFlow::completed(
-    const QStringList& files, const FerrylanePairedTarget& target, const Result& result)
+void SendFlow::cancelAndWait()
 {
+    if (!running_) return;
+    // Without its sender nothing else completes it.
+    running_->outboundSender = nullptr;
+    completed(send_errors::stopped());
+}
+
+void SendFlow::completed(const Result& result)
+{
+    const Send send = *std::exchange(running_, std::nullopt);
     // Not destroyed here: this runs within one of its callbacks.
-    const std::shared_ptr<FerrylaneV4Sender> finished = std::move(outboundSender_);
-    with_.sending.mainQueue.async([finished] {});
+    with_.sending.mainQueue.async([sender = send.outboundSender] {});
     with_.setOutboundBusy(false);
     const auto* const error = std::get_if<SendError>(&result);
-    record(files, target, error ? QStringLiteral("Failed") : QStringLiteral("Completed"));
+    record(send, error ? QStringLiteral("Failed") : QStringLiteral("Completed"));
     if (error) {
         failed(*error);
     } else {
-        succeeded(std::get<int>(result), target);
+        succeeded(std::get<int>(result), send.target);
     }
 }
 
@@ -131,14 +141,13 @@ void SendFlow::failed(const SendError& error)
     with_.views.alert(QStringLiteral("Transfer failed"), error.description());
 }
 
-void SendFlow::record(
-    const QStringList& files, const FerrylanePairedTarget& target, const QString& result)
+void SendFlow::record(const Send& send, const QString& result)
 {
-    for (const QString& file : files) {
+    for (const QString& file : send.files) {
         const QFileInfo info(file);
         with_.log({.direction = QStringLiteral("Sent"),
             .fileName = info.fileName(),
-            .peer = target.name,
+            .peer = send.target.name,
             .result = result,
             .size = info.exists() ? std::optional(info.size()) : std::nullopt});
     }

@@ -58,24 +58,31 @@ public:
     void chooseReceiverAndSend(const QStringList& paths);
     /// Sends to the selected phone.
     void sendFilesToPairedPhone(const QStringList& paths);
-    /// Stops what is being sent, if anything.
+    /// Stops what is being sent, if anything. How it ended is shown and recorded soon.
     void cancel();
+    /// The same, but shown and recorded when this returns: for when the program ends.
+    void cancelAndWait();
 
-    [[nodiscard]] bool isSending() const { return outboundSender_ != nullptr; }
+    [[nodiscard]] bool isSending() const { return running_.has_value(); }
 
 private:
     using Result = FerrylaneV4Sender::Result;
+    struct Send {
+        QStringList files;
+        FerrylanePairedTarget target;
+        /// Shared, for it must outlive the callback that completes it.
+        std::shared_ptr<FerrylaneV4Sender> outboundSender;
+    };
 
     void start(const QStringList& files, const FerrylanePairedTarget& target);
-    void completed(
-        const QStringList& files, const FerrylanePairedTarget& target, const Result& result);
+    void showProgress(const FerrylaneV4Sender::Progress& progress);
+    void completed(const Result& result);
     void succeeded(int fileCount, const FerrylanePairedTarget& target);
     void failed(const SendError& error);
-    void record(
-        const QStringList& files, const FerrylanePairedTarget& target, const QString& result);
+    void record(const Send& send, const QString& result);
 
     Collaborators with_;
-    std::unique_ptr<FerrylaneV4Sender> outboundSender_;
+    std::optional<Send> running_;
     std::shared_ptr<platform::DelayedTask> pendingClose_;
 };
 

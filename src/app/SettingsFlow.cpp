@@ -163,7 +163,8 @@ void SettingsFlow::resetFerrylane()
         QStringLiteral("Reset"));
     if (!isMeant) return;
     with_.endTransfers();
-    removeFerrylaneData();
+    removeSettingsAndPairings();
+    with_.transferLog.clear();
     restartApp();
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 constexpr QStringView shortPrefix = u"fl ";
 constexpr QStringView longPrefix = u"ferrylane ";
+constexpr qsizetype longestTypedName = 40;
 
 /// By whole characters: a blank that carries an accent is not the prefix's blank.
 bool beginsWith(const QString& name, QStringView prefix)
@@ -18,10 +19,10 @@ bool beginsWith(const QString& name, QStringView prefix)
 }
 
 /// Trimming takes the blank that belongs to the prefix away, so it is looked for before.
-bool isShortPrefixAlone(const QString& storedName)
+bool isShortPrefixAlone(const QString& text)
 {
-    const QString name = storedName.trimmed();
-    return name.compare(u"fl", Qt::CaseInsensitive) == 0 && storedName.contains(name + u' ');
+    const QString name = text.trimmed();
+    return name.compare(u"fl", Qt::CaseInsensitive) == 0 && text.contains(name + u' ');
 }
 
 QString nameOrDefault(const QString& hostName)
@@ -61,6 +62,14 @@ QString ferrylaneDeviceSuffix()
 QString ferrylaneDeviceName()
 {
     return ferrylaneDeviceSuffix();
+}
+
+QString typedDeviceName(const QString& typed)
+{
+    if (isShortPrefixAlone(typed)) return {};
+    QString name = typed.trimmed();
+    if (beginsWith(name, shortPrefix)) name = name.sliced(shortPrefix.size()).trimmed();
+    return firstCharacters(name, longestTypedName);
 }
 
 } // namespace ferrylane

@@ -25,4 +25,8 @@ namespace ferrylane {
 /// ferrylaneDeviceSuffix() as it is.
 [[nodiscard]] QString ferrylaneDeviceName();
 
+/// What is stored of a name that the user typed: trimmed, without a leading "fl ", its first 40
+/// characters. Empty when nothing is left, which is not to be stored.
+[[nodiscard]] QString typedDeviceName(const QString& typed);
+
 } // namespace ferrylane

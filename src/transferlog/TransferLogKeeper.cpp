@@ -1,5 +1,7 @@
 #include "transferlog/TransferLogKeeper.h"
 
+#include "platform/Files.h"
+
 #include <future>
 #include <utility>
 
@@ -22,23 +24,32 @@ TransferLogKeeper::~TransferLogKeeper()
 void TransferLogKeeper::append(const FerrylaneTransfer& transfer)
 {
     const std::lock_guard lock(mutex_);
-    pending_.append(transferLogEntry(transfer));
-    if (pending_.size() == 1) queue_.async([this] { writePending(); });
+    if (!openBatch_) {
+        openBatch_ = std::make_shared<Batch>();
+        queue_.async([this, batch = openBatch_] { write(batch); });
+    }
+    openBatch_->append(transferLogEntry(transfer));
 }
 
-void TransferLogKeeper::writePending()
+void TransferLogKeeper::write(const std::shared_ptr<Batch>& batch)
 {
-    QList<FerrylaneTransferLogEntry> entries;
     {
         const std::lock_guard lock(mutex_);
-        entries.swap(pending_);
+        if (openBatch_ == batch) openBatch_ = nullptr;
     }
-    appendFerrylaneTransferLog(entries, notifications_);
+    appendFerrylaneTransferLog(*batch, notifications_);
 }
 
 void TransferLogKeeper::trim()
 {
     queue_.async(trimFerrylaneTransferLog);
+}
+
+void TransferLogKeeper::clear()
+{
+    const std::lock_guard lock(mutex_);
+    openBatch_ = nullptr;
+    queue_.async([] { platform::removeFile(ferrylaneTransferLogURL()); });
 }
 
 void TransferLogKeeper::read(Reader reader)

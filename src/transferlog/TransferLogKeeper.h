@@ -31,16 +31,20 @@ public:
     void append(const FerrylaneTransfer& transfer);
     /// As trimFerrylaneTransferLog().
     void trim();
+    /// Removes the log's file, and so whatever has been appended up to now.
+    void clear();
     void read(Reader reader);
 
 private:
-    void writePending();
+    using Batch = QList<FerrylaneTransferLogEntry>;
+
+    void write(const std::shared_ptr<Batch>& batch);
 
     platform::SerialQueue& mainQueue_;
     platform::NotificationCenter& notifications_;
     std::shared_ptr<bool> isThere_ = std::make_shared<bool>(true); ///< on the main thread
     std::mutex mutex_;
-    QList<FerrylaneTransferLogEntry> pending_; ///< to be written
+    std::shared_ptr<Batch> openBatch_; ///< what takes appended entries until it is written
     platform::ThreadQueue queue_{"ferrylane.transferlog"};
 };
 

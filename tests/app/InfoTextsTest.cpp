@@ -20,20 +20,6 @@
 using namespace ferrylane;
 using namespace Qt::StringLiterals;
 
-TEST(InfoTexts, keepTheTypedNameWithoutThePrefix)
-{
-    struct Row {
-        QString typed, kept;
-    };
-    const Row rows[]{{u"  fl Studio  "_s, u"Studio"_s}, {u"Fl  x"_s, u"x"_s}, {u"fl "_s, {}},
-        {u"fl"_s, u"fl"_s}, {u" \n\t"_s, {}}, {u"flat"_s, u"flat"_s},
-        {u"ferrylane x"_s, u"ferrylane x"_s}, {QString(60, u'n'), QString(40, u'n')},
-        {QString(u"\U0001F600"_s).repeated(50), QString(u"\U0001F600"_s).repeated(40)}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(typedDeviceName(row.typed), row.kept) << qPrintable(row.typed);
-    }
-}
-
 TEST(InfoTexts, sumUpTheTransfers)
 {
     const auto ofSizes = [](const QList<std::optional<qint64>>& sizes) {
@@ -75,20 +61,18 @@ TEST(DeviceRowsTest, listsPairedThenNearbyByName)
             u"beta: Not paired"_s, u"Zeta: Not paired"_s}));
 }
 
-TEST(Maintenance, resetLeavesReceivedFilesLogAndForeignSettings)
+TEST(Maintenance, resetLeavesReceivedFilesAndForeignSettings)
 {
     const support::PrivateUserFolders folders;
     static_cast<void>(loadOrCreateFerrylaneKey());
-    saveFerrylaneTransferLog({{}});
     standardDefaults().set(ferrylaneDeviceNameKey, u"x"_s);
     standardDefaults().set(u"Other"_s, u"kept"_s);
     const QString received = receiveDir() + u"/file"_s;
     ASSERT_FALSE(platform::appendToFile(received, {}, 0600));
 
-    removeFerrylaneData();
+    removeSettingsAndPairings();
     EXPECT_EQ(standardDefaults().keys(), QStringList(u"Other"_s));
     EXPECT_FALSE(QFile::exists(ferrylaneKeyURL()));
-    EXPECT_FALSE(QFile::exists(ferrylaneTransferLogURL()));
     EXPECT_TRUE(QFile::exists(received));
 }
 

@@ -186,6 +186,13 @@ TEST_F(SendFlowTest, stopsWithoutAnAlert)
     waitForEnd();
     EXPECT_EQ(views_.statuses.last(), u"Transfer stopped"_s);
     EXPECT_EQ(views_.alerts.size(), 1);
+
+    flow_->sendFilesToPairedPhone({big});
+    flow_->cancelAndWait();
+    EXPECT_FALSE(busy_);
+    EXPECT_EQ(logged().size(), 2);
+    queue_.runAll();
+    EXPECT_EQ(logged(), QStringList(2, u"Sent a Tablet Failed 20971520"_s));
 }
 
 TEST_F(SendFlowTest, needsFilesAndAPhone)

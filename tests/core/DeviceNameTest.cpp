@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace ferrylane;
+using namespace Qt::StringLiterals;
 
 TEST(DeviceName, isTheStoredOneWithoutThePrefixElseTheHosts)
 {
@@ -61,4 +62,18 @@ TEST(DeviceName, followsTheSettingAtEveryCall)
     // With its blank it must survive the settings file, too.
     standardDefaults().set(ferrylaneDeviceNameKey, QStringLiteral("fl "));
     EXPECT_EQ(ferrylaneDeviceSuffix(), defaultFerrylaneDeviceSuffix());
+}
+
+TEST(DeviceName, isKeptAsTypedWithoutTheShortPrefix)
+{
+    struct Row {
+        QString typed, kept;
+    };
+    const Row rows[]{{u"  fl Studio  "_s, u"Studio"_s}, {u"Fl  x"_s, u"x"_s}, {u"fl "_s, {}},
+        {u"fl"_s, u"fl"_s}, {u" \n\t"_s, {}}, {u"flat"_s, u"flat"_s},
+        {u"ferrylane x"_s, u"ferrylane x"_s}, {QString(60, u'n'), QString(40, u'n')},
+        {QString(u"\U0001F600"_s).repeated(50), QString(u"\U0001F600"_s).repeated(40)}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(typedDeviceName(row.typed), row.kept) << qPrintable(row.typed);
+    }
 }

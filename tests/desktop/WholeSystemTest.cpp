@@ -28,6 +28,13 @@ protected:
         desktop_->click(desktop_->waitForWindow(window).geometry.topLeft() + place);
     }
 
+    /// Once the window has the focus.
+    void press(QSize window, const QStringList& keys) const
+    {
+        ASSERT_TRUE(desktop_->waitForFocus(desktop_->waitForWindow(window)));
+        desktop_->press(keys);
+    }
+
     /// Waits for a dialog that was not there before, and answers it.
     void answer(const QStringList& keys, const QString& text = {}) const
     {
@@ -110,7 +117,7 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     const QString otherFolder = home_.ownFile(u"other folder"_s);
     support::PrivateHome::write(otherFolder + u"/old"_s, {});
     click(panelSize, {282, 38});
-    click(infoSize, {478, 215}); // "Choose..."
+    press(infoSize, {u"Tab"_s, u"space"_s}); // "Choose..."
     answer({u"Return"_s}, otherFolder);
     ASSERT_TRUE(
         support::waitUntil([&] { return setting(u"FerrylaneReceiveFolder"_s) == otherFolder; }));
@@ -137,7 +144,7 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     // Forgets everything but the files and the log.
     ASSERT_FALSE(desktop_->waitForWindow(panelSize).id.isEmpty());
     click(panelSize, {282, 38});
-    click(infoSize, {291, 586}); // "Reset..."
+    press(infoSize, {u"shift+Tab"_s, u"shift+Tab"_s, u"space"_s}); // "Reset..."
     answer({u"shift+Tab"_s, u"Return"_s});
     ASSERT_TRUE(isStarted(4));
     EXPECT_TRUE(support::waitUntil([&] {

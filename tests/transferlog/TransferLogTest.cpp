@@ -180,6 +180,8 @@ TEST(TransferLogKeeper, doesAllInOrderAndFinishesIt)
     QStringList seen;
     {
         TransferLogKeeper keeper(mainQueue, notifications);
+        keeper.append({.fileName = u"cleared"_s});
+        keeper.clear();
         for (int i = 0; i < 3; ++i) {
             keeper.append({.fileName = QString::number(i)});
         }
