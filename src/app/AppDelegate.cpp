@@ -38,7 +38,10 @@ AppDelegate::AppDelegate(Collaborators collaborators)
 {
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate()
+{
+    sendFlow_->cancelAndWait();
+}
 
 SendFlow::Collaborators AppDelegate::sendCollaborators()
 {

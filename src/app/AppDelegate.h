@@ -43,6 +43,7 @@ public:
     };
 
     explicit AppDelegate(Collaborators collaborators);
+    /// Cuts off what is being sent, which is recorded as failed.
     ~AppDelegate() override;
 
     /// Starts everything and shows the main panel. What could not be started or read is told to the
