@@ -42,8 +42,10 @@ int positive(const QCommandLineParser& parser, const QCommandLineOption& option)
 
 } // namespace
 
-void CommonOptions::addTo(QCommandLineParser& parser)
+void CommonOptions::prepare(QCommandLineParser& parser, const char* description)
 {
+    parser.setApplicationDescription(QString::fromLatin1(description));
+    parser.addHelpOption();
     parser.addOptions({sizeOption(), runsOption(), jsonOption()});
 }
 

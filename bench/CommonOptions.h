@@ -15,7 +15,8 @@ struct CommonOptions {
     int runs;
     bool json;
 
-    static void addTo(QCommandLineParser& parser);
+    /// Gives the parser these options, --help and what that says of the program.
+    static void prepare(QCommandLineParser& parser, const char* description);
     /// Throws std::runtime_error for a value that is none.
     [[nodiscard]] static CommonOptions of(const QCommandLineParser& parser);
 

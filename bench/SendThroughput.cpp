@@ -2,6 +2,7 @@
 
 #include "bench/DrainingPhone.h"
 #include "bench/ReceiveFolder.h"
+#include "bench/Repetition.h"
 #include "bench/SenderProcess.h"
 #include "bench/SourceFiles.h"
 #include "bench/Statistics.h"
@@ -63,16 +64,7 @@ void measureSendThroughput(const SendThroughputPlan& plan, Report& report)
 {
     std::fprintf(stderr, "Writing a file\n");
     Journey journey(plan.size);
-    // Memory that is touched for the first time is slow on virtual machines.
-    std::fprintf(stderr, "Warming up\n");
-    Runs warmUp;
-    journey.run(warmUp);
-
-    Runs runs;
-    for (int i = 1; i <= plan.runs; ++i) {
-        std::fprintf(stderr, "Run %d of %d\n", i, plan.runs);
-        journey.run(runs);
-    }
+    const auto runs = repeat<Runs>(journey, plan.runs);
     reportCrypto(runs.crypto, QStringLiteral("AES-256-GCM seal"), report);
     report.beginSection(QStringLiteral("Sender, file in memory, to a phone that only drains"));
     reportTransfers(runs.sender, QStringLiteral("sender_"), report);

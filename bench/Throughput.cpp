@@ -3,6 +3,7 @@
 #include "bench/Exchange.h"
 #include "bench/PlainReceiver.h"
 #include "bench/ReceiveFolder.h"
+#include "bench/Repetition.h"
 #include "bench/SealedUpload.h"
 #include "bench/Service.h"
 #include "bench/Statistics.h"
@@ -88,16 +89,7 @@ void measureThroughput(const ThroughputPlan& plan, Report& report)
 {
     std::fprintf(stderr, "Sealing an upload\n");
     Contest contest(plan);
-    // Memory and files that are touched for the first time are slow on virtual machines.
-    std::fprintf(stderr, "Warming up\n");
-    Runs warmUp;
-    contest.run(warmUp);
-
-    Runs runs;
-    for (int i = 1; i <= plan.runs; ++i) {
-        std::fprintf(stderr, "Run %d of %d\n", i, plan.runs);
-        contest.run(runs);
-    }
+    const auto runs = repeat<Runs>(contest, plan.runs);
     reportCrypto(runs.crypto, QStringLiteral("AES-256-GCM open"), report);
     report.beginSection(QStringLiteral("Plain receiver, no cryptography, folder in memory"));
     reportTransfers(runs.plain, QStringLiteral("plain_"), report);

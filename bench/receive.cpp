@@ -43,9 +43,7 @@ const QCommandLineOption& programOption()
 Options readOptions(const QCoreApplication& application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QString::fromLatin1(description));
-    parser.addHelpOption();
-    bench::CommonOptions::addTo(parser);
+    bench::CommonOptions::prepare(parser, description);
     parser.addOption(programOption());
     parser.process(application);
     return {bench::CommonOptions::of(parser), parser.value(programOption())};

@@ -44,9 +44,7 @@ const QCommandLineOption& phoneOption()
 Options readOptions(const QCoreApplication& application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QString::fromLatin1(description));
-    parser.addHelpOption();
-    bench::CommonOptions::addTo(parser);
+    bench::CommonOptions::prepare(parser, description);
     parser.addOption(phoneOption());
     parser.process(application);
     Options options{bench::CommonOptions::of(parser), std::nullopt};

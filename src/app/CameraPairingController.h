@@ -2,6 +2,7 @@
 
 #include "camera/Camera.h"
 #include "camera/PairingScanner.h"
+#include "platform/Interface.h"
 
 #include <atomic>
 #include <functional>
@@ -18,13 +19,8 @@ class CameraPanel;
 class CameraPairingController {
 public:
     /// Where it asks.
-    class Alerts {
+    class Alerts : public platform::Interface {
     public:
-        Alerts() = default;
-        Alerts(const Alerts&) = delete;
-        Alerts& operator=(const Alerts&) = delete;
-        virtual ~Alerts() = default;
-
         /// Says why there is no camera; returns whether the user wants to pair without.
         virtual bool pairsWithoutCamera(const QString& title, const QString& text) = 0;
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Interface.h"
 #include "platform/NotificationCenter.h"
 #include "platform/SerialQueue.h"
 
@@ -17,13 +18,8 @@ namespace ferrylane {
 class InboundTransfer {
 public:
     /// Where it shows.
-    class Views {
+    class Views : public platform::Interface {
     public:
-        Views() = default;
-        Views(const Views&) = delete;
-        Views& operator=(const Views&) = delete;
-        virtual ~Views() = default;
-
         virtual void setStatusTitle(const QString& title) = 0;
         /// Empty: none.
         virtual void setReceiveStatus(const QString& text) = 0;

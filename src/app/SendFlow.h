@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SendChoices.h"
+#include "platform/Interface.h"
 #include "platform/SerialQueue.h"
 #include "sender/FerrylaneV4Sender.h"
 #include "transferlog/TransferLog.h"
@@ -18,13 +19,8 @@ namespace ferrylane {
 class SendFlow {
 public:
     /// Where it asks and shows.
-    class Views {
+    class Views : public platform::Interface {
     public:
-        Views() = default;
-        Views(const Views&) = delete;
-        Views& operator=(const Views&) = delete;
-        virtual ~Views() = default;
-
         /// Asks, and returns when the user has chosen.
         virtual SendChoice chooseReceiver(const QString& question, const QList<SendChoice>& choices)
             = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Interface.h"
 #include "platform/SerialQueue.h"
 
 #include <QString>
@@ -15,13 +16,8 @@ namespace ferrylane {
 class ServiceControl {
 public:
     /// What it switches.
-    class Service {
+    class Service : public platform::Interface {
     public:
-        Service() = default;
-        Service(const Service&) = delete;
-        Service& operator=(const Service&) = delete;
-        virtual ~Service() = default;
-
         virtual void start() = 0;
         virtual void stop() = 0;
         virtual void setVisible(bool visible) = 0;

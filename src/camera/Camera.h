@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/QRDetector.h"
+#include "platform/Interface.h"
 
 #include <QImage>
 
@@ -11,13 +12,8 @@
 namespace ferrylane {
 
 /// A picture that a camera has taken.
-class CameraFrame {
+class CameraFrame : public platform::Interface {
 public:
-    CameraFrame() = default;
-    CameraFrame(const CameraFrame&) = delete;
-    CameraFrame& operator=(const CameraFrame&) = delete;
-    virtual ~CameraFrame() = default;
-
     /// From any thread; valid as long as the frame.
     [[nodiscard]] virtual LuminanceView luminance() const = 0;
     /// With its colours; a conversion. On the main thread.
@@ -26,28 +22,18 @@ public:
 
 /// A camera that takes pictures from its creation on until it goes; then no handler runs or will
 /// run. Made and destroyed on the main thread.
-class Camera {
+class Camera : public platform::Interface {
 public:
     /// Called for each picture on a thread of the camera's; must not block for long.
     using FrameHandler = std::function<void(const std::shared_ptr<const CameraFrame>&)>;
     /// Called on the main thread when the camera cannot go on.
     using FailureHandler = std::function<void(const QString& description)>;
-
-    Camera() = default;
-    Camera(const Camera&) = delete;
-    Camera& operator=(const Camera&) = delete;
-    virtual ~Camera() = default;
 };
 
 /// The computer's cameras. On the main thread.
-class Cameras {
+class Cameras : public platform::Interface {
 public:
     enum class Access { authorized, denied, notDetermined };
-
-    Cameras() = default;
-    Cameras(const Cameras&) = delete;
-    Cameras& operator=(const Cameras&) = delete;
-    virtual ~Cameras() = default;
 
     [[nodiscard]] virtual Access access() const = 0;
     /// Asks for it; `onAnswer` is called on any thread.

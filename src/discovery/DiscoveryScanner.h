@@ -2,6 +2,7 @@
 
 #include "discovery/DiscoveryProtocol.h"
 #include "platform/DatagramSocket.h"
+#include "platform/Interface.h"
 
 #include <functional>
 #include <stop_token>
@@ -9,15 +10,10 @@
 namespace ferrylane {
 
 /// Asks the local network which devices there are.
-class DiscoveryScanner {
+class DiscoveryScanner : public platform::Interface {
 public:
     /// Gets each reply and where it came from.
     using ReplyHandler = std::function<void(const DiscoveryReply&, const platform::Endpoint&)>;
-
-    DiscoveryScanner() = default;
-    DiscoveryScanner(const DiscoveryScanner&) = delete;
-    DiscoveryScanner& operator=(const DiscoveryScanner&) = delete;
-    virtual ~DiscoveryScanner() = default;
 
     /// Asks once and collects the replies, on the calling thread, which also runs `onReply`. A stop
     /// requested through `stop`, before or meanwhile, ends it at once. False when nothing could be

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Interface.h"
+
 #include <chrono>
 
 namespace platform {
@@ -8,13 +10,8 @@ using Duration = std::chrono::nanoseconds;
 using TimePoint = std::chrono::time_point<std::chrono::steady_clock, Duration>;
 
 /// Tells monotonic time. Passed in, so that a test can advance it by hand.
-class Clock {
+class Clock : public Interface {
 public:
-    Clock() = default;
-    Clock(const Clock&) = delete;
-    Clock& operator=(const Clock&) = delete;
-    virtual ~Clock() = default;
-
     [[nodiscard]] virtual TimePoint now() const = 0;
 };
 

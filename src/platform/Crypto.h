@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Bytes.h"
+#include "platform/Interface.h"
 #include "platform/SecretKey.h"
 
 #include <memory>
@@ -17,13 +18,8 @@ using Sha256Digest = std::array<std::byte, sha256Bytes>;
 
 /// Authenticated encryption with associated data under one key. An object serves one thread at a
 /// time.
-class Aead {
+class Aead : public Interface {
 public:
-    Aead() = default;
-    Aead(const Aead&) = delete;
-    Aead& operator=(const Aead&) = delete;
-    virtual ~Aead() = default;
-
     /// Writes ciphertext and tag, plaintext.size() + 16 bytes, to the start of `out`. Throws
     /// std::system_error when the library fails.
     virtual void seal(

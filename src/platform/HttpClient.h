@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Interface.h"
 
 #include <QString>
 
@@ -10,14 +11,9 @@
 namespace platform {
 
 /// Asks HTTP/1.1 servers on the local network. No proxy is used, whatever the environment says.
-class HttpClient {
+class HttpClient : public Interface {
 public:
     [[nodiscard]] static std::unique_ptr<HttpClient> create();
-
-    HttpClient() = default;
-    HttpClient(const HttpClient&) = delete;
-    HttpClient& operator=(const HttpClient&) = delete;
-    virtual ~HttpClient() = default;
 
     /// The status code of the answer to a GET of `url`, redirections not followed; 0 when there is
     /// no HTTP answer within `limit`, or when `isCancelled`, asked ten times a second, says so.

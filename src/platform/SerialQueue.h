@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Interface.h"
 
 #include <functional>
 #include <memory>
@@ -8,27 +9,17 @@
 namespace platform {
 
 /// A task that waits for its time. Dropping it does not cancel it.
-class DelayedTask {
+class DelayedTask : public Interface {
 public:
-    DelayedTask() = default;
-    DelayedTask(const DelayedTask&) = delete;
-    DelayedTask& operator=(const DelayedTask&) = delete;
-    virtual ~DelayedTask() = default;
-
     /// Called on the queue that the task was given to, the task does not run afterwards. Called
     /// from elsewhere, a task that has just begun may still finish. Does nothing the second time.
     virtual void cancel() = 0;
 };
 
 /// Runs tasks one at a time, in the order in which they were given.
-class SerialQueue {
+class SerialQueue : public Interface {
 public:
     using Task = std::function<void()>;
-
-    SerialQueue() = default;
-    SerialQueue(const SerialQueue&) = delete;
-    SerialQueue& operator=(const SerialQueue&) = delete;
-    virtual ~SerialQueue() = default;
 
     /// May be called from any thread; returns at once.
     virtual void async(Task task) = 0;

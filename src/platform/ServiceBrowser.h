@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Interface.h"
 
 #include <QString>
 #include <QStringList>
@@ -15,7 +16,7 @@ namespace platform {
 /// reached there are none; the browser takes its work up again as soon as the daemon is there.
 ///
 /// One thread calls start(), stop() and the destructor.
-class ServiceBrowser {
+class ServiceBrowser : public Interface {
 public:
     /// Gets all names that there are now, each once and sorted, after every change. Runs on the
     /// browser's own thread.
@@ -29,11 +30,8 @@ public:
     [[nodiscard]] static std::unique_ptr<ServiceBrowser> create(
         Duration retryInterval = usualRetryInterval);
 
-    ServiceBrowser() = default;
-    ServiceBrowser(const ServiceBrowser&) = delete;
-    ServiceBrowser& operator=(const ServiceBrowser&) = delete;
     /// Final like stop().
-    virtual ~ServiceBrowser() = default;
+    ~ServiceBrowser() override = default;
 
     /// Browses for `type` ("_http._tcp"), in place of what was browsed for before. Returns at once.
     virtual void start(const QString& type, ResultsHandler onResults, FailureHandler onFailure) = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Interface.h"
 
 #include <QString>
 
@@ -15,7 +16,7 @@ namespace platform {
 /// as soon as the daemon is there.
 ///
 /// Every operation may be called from any thread and returns at once, even if the daemon hangs.
-class ServicePublisher {
+class ServicePublisher : public Interface {
 public:
     /// Gets one line for every change worth telling (daemon missing, back, name taken, nothing that
     /// can be announced), on the publisher's own thread.
@@ -26,12 +27,9 @@ public:
     [[nodiscard]] static std::unique_ptr<ServicePublisher> create(
         LogHandler log, Duration retryInterval = usualRetryInterval);
 
-    ServicePublisher() = default;
-    ServicePublisher(const ServicePublisher&) = delete;
-    ServicePublisher& operator=(const ServicePublisher&) = delete;
     /// Withdraws. When it returns, the log handler neither runs nor will run. Not to be called from
     /// the log handler.
-    virtual ~ServicePublisher() = default;
+    ~ServicePublisher() override = default;
 
     /// Announces the instance `name` of `type` ("_http._tcp") at the TCP port `port` of this
     /// computer in the default domain, without a TXT record, in place of what was announced before.

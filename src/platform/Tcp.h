@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ByteBuffer.h"
+#include "platform/Interface.h"
 #include "platform/SerialQueue.h"
 
 #include <QByteArray>
@@ -17,7 +18,7 @@ namespace platform {
 /// operation may be called from any thread. At most one receive and one send are outstanding.
 ///
 /// The connection lives while somebody holds it or one of its operations is outstanding.
-class TcpConnection {
+class TcpConnection : public Interface {
 public:
     enum class State {
         waiting,  ///< not connected yet
@@ -29,11 +30,6 @@ public:
     /// `endOfStream`: the peer will send no more.
     using ReceiveHandler = std::function<void(bool endOfStream, std::error_code)>;
     using SendHandler = std::function<void(std::error_code)>;
-
-    TcpConnection() = default;
-    TcpConnection(const TcpConnection&) = delete;
-    TcpConnection& operator=(const TcpConnection&) = delete;
-    virtual ~TcpConnection() = default;
 
     /// Connects a connection made by TcpNetwork::connection(); an accepted one is ready already and
     /// is not started.
@@ -68,7 +64,7 @@ public:
 
 /// Accepts TCP connections on one port, on every interface, over IPv6 and IPv4 (IPv4 alone where
 /// there is no IPv6).
-class TcpListener {
+class TcpListener : public Interface {
 public:
     enum class State {
         waiting, ///< accepting is paused (out of descriptors or memory) and is tried again by
@@ -79,11 +75,8 @@ public:
     using StateHandler = std::function<void(State, std::error_code)>;
     using ConnectionHandler = std::function<void(std::shared_ptr<TcpConnection>)>;
 
-    TcpListener() = default;
-    TcpListener(const TcpListener&) = delete;
-    TcpListener& operator=(const TcpListener&) = delete;
     /// Final like cancel().
-    virtual ~TcpListener() = default;
+    ~TcpListener() override = default;
 
     /// Opens the port. Both handlers run on the listener's queue, the state's first.
     virtual void start(StateHandler onState, ConnectionHandler onConnection) = 0;
@@ -94,16 +87,13 @@ public:
 };
 
 /// Makes TCP listeners and connections, and owns the few threads that serve all of them.
-class TcpNetwork {
+class TcpNetwork : public Interface {
 public:
     /// Starts the threads. `label` names them.
     [[nodiscard]] static std::unique_ptr<TcpNetwork> create(const std::string& label);
 
-    TcpNetwork() = default;
-    TcpNetwork(const TcpNetwork&) = delete;
-    TcpNetwork& operator=(const TcpNetwork&) = delete;
     /// Drops what is outstanding without calling its handlers, and joins the threads.
-    virtual ~TcpNetwork() = default;
+    ~TcpNetwork() override = default;
 
     [[nodiscard]] virtual std::unique_ptr<TcpListener> listener(std::uint16_t port) = 0;
     /// A connection to `host` (a name or a numeric address) that is connected by its start().

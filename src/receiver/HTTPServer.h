@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Service.h"
+#include "platform/Interface.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PortHolder.h"
 #include "platform/Tcp.h"
@@ -26,13 +27,8 @@ namespace ferrylane {
 class HTTPServer {
 public:
     /// Answers phones that look for computers. start() throws std::system_error.
-    class DiscoveryResponder {
+    class DiscoveryResponder : public platform::Interface {
     public:
-        DiscoveryResponder() = default;
-        DiscoveryResponder(const DiscoveryResponder&) = delete;
-        DiscoveryResponder& operator=(const DiscoveryResponder&) = delete;
-        virtual ~DiscoveryResponder() = default;
-
         virtual void start() = 0;
         virtual void stop() = 0;
         /// While not visible it runs on and stays silent.
@@ -41,13 +37,8 @@ public:
 
     /// Announces the service on the local network under the device's name. Called on the main
     /// thread; returns at once.
-    class Advertiser {
+    class Advertiser : public platform::Interface {
     public:
-        Advertiser() = default;
-        Advertiser(const Advertiser&) = delete;
-        Advertiser& operator=(const Advertiser&) = delete;
-        virtual ~Advertiser() = default;
-
         virtual void advertise(const QString& name) = 0;
         virtual void withdraw() = 0;
     };

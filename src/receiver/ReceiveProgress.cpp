@@ -1,6 +1,7 @@
 #include "receiver/ReceiveProgress.h"
 
 #include "core/Notifications.h"
+#include "core/TransferSpeed.h"
 
 #include <algorithm>
 
@@ -9,14 +10,6 @@ namespace ferrylane {
 namespace {
 
 constexpr quint64 progressSteps = 40;
-constexpr double bytesPerMegabyte = 1'000'000;
-constexpr double shortestInterval = 0.001; // seconds; a speed over less means nothing
-
-double megabytesPerSecond(quint64 bytes, platform::Duration elapsed)
-{
-    return static_cast<double>(bytes) / bytesPerMegabyte
-        / std::max(platform::seconds(elapsed), shortestInterval);
-}
 
 } // namespace
 

@@ -2,6 +2,7 @@
 
 #include "platform/ByteBuffer.h"
 #include "platform/Crypto.h"
+#include "platform/Interface.h"
 #include "receiver/StreamFailure.h"
 #include "receiver/V4Stream.h"
 
@@ -13,13 +14,8 @@ namespace ferrylane {
 constexpr std::size_t maximumUnreadRecordBytes = 4194304;
 
 /// Takes the plaintext of a stream of records, in order.
-class PlaintextSink {
+class PlaintextSink : public platform::Interface {
 public:
-    PlaintextSink() = default;
-    PlaintextSink(const PlaintextSink&) = delete;
-    PlaintextSink& operator=(const PlaintextSink&) = delete;
-    virtual ~PlaintextSink() = default;
-
     /// Where the next piece (1 to 1048576 bytes) is to be opened into. What is written there counts
     /// for nothing unless take() follows.
     [[nodiscard]] virtual platform::MutableByteView space(std::size_t length) = 0;

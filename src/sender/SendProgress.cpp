@@ -1,6 +1,7 @@
 #include "sender/SendProgress.h"
 
-#include <algorithm>
+#include "core/TransferSpeed.h"
+
 #include <chrono>
 #include <utility>
 
@@ -9,8 +10,6 @@ namespace ferrylane {
 namespace {
 
 constexpr auto reportInterval = std::chrono::milliseconds(200);
-constexpr double shortestInterval = 0.001; // seconds
-constexpr double bytesPerMegabyte = 1'000'000;
 
 } // namespace
 
@@ -42,8 +41,8 @@ void SendProgress::stored()
 
 void SendProgress::report(platform::TimePoint now, double fraction)
 {
-    const double seconds = std::max(platform::seconds(now - startTime_), shortestInterval);
-    handler_(fraction, static_cast<double>(sentBytes_) / bytesPerMegabyte / seconds);
+    const auto sentBytes = static_cast<quint64>(sentBytes_);
+    handler_(fraction, megabytesPerSecond(sentBytes, now - startTime_));
 }
 
 } // namespace ferrylane

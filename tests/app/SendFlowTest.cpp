@@ -8,9 +8,6 @@
 #include "support/PrivateUserFolders.h"
 #include "support/UploadStream.h"
 
-#include <QDir>
-#include <QFile>
-
 #include <gtest/gtest.h>
 
 using namespace ferrylane;
@@ -59,14 +56,6 @@ public:
 
 class SendFlowTest : public ::testing::Test {
 protected:
-    [[nodiscard]] QString file(const QString& name, const QByteArray& content) const
-    {
-        QFile file(folders_.below(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        return file.fileName();
-    }
-
     void pair(const QString& name, const FakePhone& phone)
     {
         EXPECT_TRUE(saveFerrylanePairedTarget(
@@ -121,8 +110,8 @@ TEST_F(SendFlowTest, asksSendsAndRecords)
     FakePhone phone(takeFile);
     pair(u"Office phone"_s, phone);
     visible_ = {u"office PHONE"_s, u"Tablet"_s};
-    const QString a = file(u"a.txt"_s, "12345");
-    const QString empty = file(u"empty"_s, {});
+    const QString a = folders_.file(u"a.txt"_s, "12345");
+    const QString empty = folders_.file(u"empty"_s, {});
     flow_->chooseReceiverAndSend({a, folders_.below(QString()), empty});
     EXPECT_EQ(
         views_.question, u"2 files selected. Choose a paired device, or pair a visible one."_s);
@@ -151,7 +140,7 @@ TEST_F(SendFlowTest, sendsToWhoeverHasJustBeenPaired)
     forgetFerrylanePairedTarget();
     EXPECT_TRUE(saveFerrylanePairedTarget(*pairs_));
     views_.answer = 1; // by QR
-    flow_->chooseReceiverAndSend({file(u"a"_s, "1")});
+    flow_->chooseReceiverAndSend({folders_.file(u"a"_s, "1")});
     waitForEnd();
     EXPECT_EQ(views_.statuses.last(), u"Sent 1 file to Tablet"_s);
 }
@@ -163,7 +152,7 @@ TEST_F(SendFlowTest, tellsWhyItFailed)
         upload.answer(httpAnswer("400 Bad Request", "Authentication failed"));
     });
     pair(u"Tablet"_s, phone);
-    flow_->sendFilesToPairedPhone({file(u"a"_s, "1"), folders_.below(u"missing"_s)});
+    flow_->sendFilesToPairedPhone({folders_.file(u"a"_s, "1"), folders_.below(u"missing"_s)});
     waitForEnd();
     const QString reason = u"Phone returned 400: Authentication failed"_s;
     EXPECT_EQ(views_.statuses.last(), u"Send failed: "_s + reason);
@@ -177,7 +166,7 @@ TEST_F(SendFlowTest, stopsWithoutAnAlert)
 {
     FakePhone phone([](FakePhone::Upload& upload) { upload.stall(); });
     pair(u"Tablet"_s, phone);
-    const QString big = file(u"a"_s, support::testContent(20 * 1048576));
+    const QString big = folders_.file(u"a"_s, support::testContent(20 * 1048576));
     flow_->sendFilesToPairedPhone({big});
     flow_->sendFilesToPairedPhone({big});
     EXPECT_EQ(views_.alerts,
@@ -199,7 +188,7 @@ TEST_F(SendFlowTest, needsFilesAndAPhone)
 {
     flow_->chooseReceiverAndSend({folders_.below(QString())});
     EXPECT_EQ(views_.question, QString());
-    flow_->sendFilesToPairedPhone({file(u"a"_s, "1")});
+    flow_->sendFilesToPairedPhone({folders_.file(u"a"_s, "1")});
     EXPECT_EQ(views_.alerts,
         QStringList{u"No paired phone: Pair an Android device before sending files."_s});
     EXPECT_FALSE(flow_->isSending());

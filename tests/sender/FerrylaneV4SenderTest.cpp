@@ -41,14 +41,6 @@ const FakePhone::Part takeFile = answering(httpAnswer("200 OK", "OK SHA256"));
 
 class FerrylaneV4SenderTest : public ::testing::Test {
 protected:
-    [[nodiscard]] QString file(const QString& name, const QByteArray& content) const
-    {
-        QFile file(folders_.below(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        return file.fileName();
-    }
-
     [[nodiscard]] static FerrylanePairedTarget target(const QString& baseURL)
     {
         return {QStringLiteral("Pixel 8"), baseURL, base64URLEncode(support::testKey().bytes())};
@@ -132,8 +124,8 @@ TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
         upload.answer(httpAnswer("200 OK", "OK SHA256"));
     });
     const QByteArray content = support::testContent(2 * 1048576 + 1);
-    const QStringList files{
-        file(QStringLiteral("a b.bin"), content), file(QStringLiteral("empty"), {})};
+    const QStringList files{folders_.file(QStringLiteral("a b.bin"), content),
+        folders_.file(QStringLiteral("empty"), {})};
     EXPECT_EQ(send(files, target(phone.baseURL())), QStringLiteral("2"));
 
     ASSERT_EQ(bodies.size(), 2U);
@@ -182,7 +174,7 @@ TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
             },
             "1"},
     };
-    const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    const QString path = folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576));
     for (const auto& row : rows) {
         FakePhone phone(row.part);
         EXPECT_EQ(send({path}, target(phone.baseURL())), QString::fromLatin1(row.outcome))
@@ -193,7 +185,7 @@ TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
 TEST_F(FerrylaneV4SenderTest, refusesBadTargetsWithoutConnecting)
 {
     FakePhone phone(takeFile);
-    const QString path = file(QStringLiteral("f"), "x");
+    const QString path = folders_.file(QStringLiteral("f"), "x");
     const QString good = phone.baseURL();
     const struct {
         FerrylanePairedTarget target;
@@ -215,7 +207,8 @@ TEST_F(FerrylaneV4SenderTest, refusesBadTargetsWithoutConnecting)
 TEST_F(FerrylaneV4SenderTest, waitsWhileThePhoneIsBusy)
 {
     FakePhone phone(takeFile, {busy, busy, busy, ready});
-    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(phone.baseURL())), QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
+        QStringLiteral("1"));
     EXPECT_EQ(waits_, 1);
     EXPECT_EQ(phone.heads().size(), 5U);
 }
@@ -225,7 +218,7 @@ TEST_F(FerrylaneV4SenderTest, speaksIPv6AndNeedsNoProxy)
     const support::EnvironmentVariable proxy("http_proxy", "http://127.0.0.1:1");
     FakePhone phone(takeFile);
     const QString url = phone.baseURL(QStringLiteral("[::1]"));
-    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(url)), QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)), QStringLiteral("1"));
     const auto heads = phone.heads();
     ASSERT_EQ(heads.size(), 2U);
     EXPECT_TRUE(heads[1].contains("\r\nHost: " + url.mid(7).toUtf8() + "\r\n"))
@@ -235,7 +228,7 @@ TEST_F(FerrylaneV4SenderTest, speaksIPv6AndNeedsNoProxy)
 TEST_F(FerrylaneV4SenderTest, stopsAtTheFirstFailure)
 {
     FakePhone phone(takeFile);
-    const QString a = file(QStringLiteral("a"), "a");
+    const QString a = folders_.file(QStringLiteral("a"), "a");
     const QString missing = folders_.below(QStringLiteral("missing"));
     EXPECT_EQ(send({a, missing, a}, target(phone.baseURL())),
         QStringLiteral("0 missing: No such file or directory"));
@@ -247,7 +240,7 @@ TEST_F(FerrylaneV4SenderTest, stopsAtTheFirstFailure)
 TEST_F(FerrylaneV4SenderTest, neverCompletesAFileThatChangesMeanwhile)
 {
     const QByteArray content = support::testContent(20 * 1048576);
-    const QString path = file(QStringLiteral("f"), content);
+    const QString path = folders_.file(QStringLiteral("f"), content);
     for (const qint64 newSize : {content.size() + 1, content.size() - 1}) {
         ASSERT_TRUE(QFile::resize(path, content.size()));
         QByteArray body;
@@ -268,7 +261,7 @@ TEST_F(FerrylaneV4SenderTest, connectingHasALimit)
     times_ = {50ms, 50ms, 20ms};
     sender_ = std::make_unique<FerrylaneV4Sender>(
         FerrylaneV4Sender::Collaborators{*network_, queue_, clock_}, QString(), times_);
-    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(port.baseURL())),
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(port.baseURL())),
         QStringLiteral("2435 Timed out connecting to Pixel 8 at %1.").arg(port.baseURL().mid(7)));
 }
 
@@ -278,7 +271,7 @@ TEST_F(FerrylaneV4SenderTest, reportsARefusedConnection)
     {
         url = FakePhone(takeFile).baseURL();
     }
-    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(url)),
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)),
         QStringLiteral("%1 Connection refused").arg(ECONNREFUSED));
 }
 
@@ -296,7 +289,7 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
         waiting = true;
         upload.stall();
     });
-    const QString path = file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    const QString path = folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576));
     const struct {
         const char* name;
         QString url;
@@ -332,13 +325,15 @@ TEST_F(FerrylaneV4SenderTest, cancellingWithoutAJobChangesNothing)
 {
     FakePhone phone(takeFile);
     sender_->cancel();
-    EXPECT_EQ(send({file(QStringLiteral("f"), "x")}, target(phone.baseURL())), QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
+        QStringLiteral("1"));
 }
 
 TEST_F(FerrylaneV4SenderTest, isSilentOnceItHasGone)
 {
     FakePhone phone([](Upload& upload) { upload.stall(); });
-    start({file(QStringLiteral("f"), support::testContent(20 * 1048576))}, target(phone.baseURL()));
+    start({folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576))},
+        target(phone.baseURL()));
     ASSERT_TRUE(support::waitUntil([&] { return phone.uploadCount() == 1; }));
     const auto start = clock_.now();
     sender_ = nullptr;

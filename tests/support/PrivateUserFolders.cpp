@@ -17,4 +17,13 @@ PrivateUserFolders::PrivateUserFolders()
     if (!folder_.isValid()) throw std::runtime_error("no temporary folder");
 }
 
+QString PrivateUserFolders::file(const QString& name, const QByteArray& content) const
+{
+    QFile file(below(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        throw std::runtime_error("no file in the temporary folder");
+    }
+    return file.fileName();
+}
+
 } // namespace support

@@ -17,6 +17,8 @@ public:
 
     /// The path of something in the home folder, by its path below it.
     [[nodiscard]] QString below(const QString& path) const { return folder_.filePath(path); }
+    /// Makes a file in the home folder; returns its path. Throws std::runtime_error.
+    [[nodiscard]] QString file(const QString& name, const QByteArray& content) const;
 
     // Where the program puts its folder "Ferrylane". None is created here.
     [[nodiscard]] QString config() const { return below(QStringLiteral("config")); }

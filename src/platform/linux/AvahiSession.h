@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Interface.h"
 #include "platform/linux/AvahiLoop.h"
 
 #include <QString>
@@ -16,13 +17,8 @@ namespace platform {
 class AvahiSession {
 public:
     /// Who works with the daemon. Called on the loop's thread.
-    class User {
+    class User : public Interface {
     public:
-        User() = default;
-        User(const User&) = delete;
-        User& operator=(const User&) = delete;
-        virtual ~User() = default;
-
         /// The daemon takes orders. Comes again after the host's name has changed.
         virtual void daemonIsReady(AvahiClient* client) = 0;
         /// What names this host must not be announced until daemonIsReady() comes.
