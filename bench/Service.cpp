@@ -1,5 +1,7 @@
 #include "bench/Service.h"
 
+#include "support/TestFiles.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -18,7 +20,7 @@ Service::Service(const QString& program, const QString& receiveFolder) : program
 {
     const QString settings = home_.settingsFile();
     QDir().mkpath(QFileInfo(settings).path());
-    support::PrivateHome::write(
+    support::writeFile(
         settings, "[General]\nFerrylaneReceiveFolder=" + receiveFolder.toUtf8() + '\n');
 
     support::Scarcity scarcity;

@@ -2,9 +2,9 @@
 
 #include "core/StoragePaths.h"
 #include "support/PrivateUserFolders.h"
+#include "support/TestFiles.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 
@@ -26,20 +26,13 @@ QString logPath()
 
 QString logText()
 {
-    QFile file(logPath());
-    return file.open(QFile::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return QString::fromUtf8(support::contentOf(logPath()));
 }
 
 /// The lines without their ends; the last element is what follows the last end.
 QStringList logLines()
 {
     return logText().split(u'\n');
-}
-
-mode_t modeOf(const QString& path)
-{
-    struct stat status {};
-    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
 } // namespace
@@ -60,7 +53,7 @@ TEST(Log, beginsWithItsFolderAndOneLine)
     EXPECT_EQ(match.captured(2), QStringLiteral("Größe \U0001F600"));
     const qint64 time = QDateTime::fromString(match.captured(1), Qt::ISODate).toSecsSinceEpoch();
     EXPECT_TRUE(before <= time && time <= after) << match.captured(1).toStdString();
-    EXPECT_EQ(modeOf(logPath()), 0600U);
+    EXPECT_EQ(support::modeOf(logPath()), 0600U);
 }
 
 TEST(Log, isOneLineACall)
@@ -76,12 +69,11 @@ TEST(Log, isOneLineACall)
 TEST(Log, ignoresThatItCannotBeWritten)
 {
     const support::PrivateUserFolders home;
-    QFile obstacle(home.state());
-    ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+    support::writeFile(home.state());
     flLog(QStringLiteral("lost"));
-    EXPECT_EQ(obstacle.size(), 0);
+    EXPECT_EQ(QFile(home.state()).size(), 0);
 
-    ASSERT_TRUE(obstacle.remove());
+    ASSERT_TRUE(QFile::remove(home.state()));
     flLog(QStringLiteral("kept"));
     EXPECT_EQ(logLines().size(), 2);
 }

@@ -4,6 +4,7 @@
 #include "core/Text.h"
 #include "platform/Files.h"
 #include "support/PrivateUserFolders.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,19 +18,13 @@ using namespace ferrylane;
 
 namespace {
 
-void createFile(const QString& path)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QFile::WriteOnly)) << path.toStdString();
-}
-
 /// A folder with files in it, for names to collide with.
 class FolderWith {
 public:
     explicit FolderWith(const std::vector<const char*>& names)
     {
         for (const char* const name : names) {
-            createFile(folder_.filePath(QString::fromUtf8(name)));
+            support::writeFile(folder_.filePath(QString::fromUtf8(name)));
         }
     }
 
@@ -188,12 +183,12 @@ TEST(Destination, isRandomOnceAllNumbersAreTaken)
 {
     const FolderWith folder({"x.y"});
     for (int number = 1; number <= 9998; ++number) {
-        createFile(folder.path() + QStringLiteral("/x (%1).y").arg(number));
+        support::writeFile(folder.path() + QStringLiteral("/x (%1).y").arg(number));
     }
     const QString last = QStringLiteral("x (9999).y");
     EXPECT_EQ(folder.destination(QStringLiteral("x.y")), last);
 
-    createFile(folder.path() + u'/' + last);
+    support::writeFile(folder.path() + u'/' + last);
     const QString name = folder.destination(QStringLiteral("x.y"));
     EXPECT_TRUE(name.endsWith(u"-x.y")) << name.toStdString();
     EXPECT_FALSE(QUuid::fromString(QStringView(name).chopped(4)).isNull()) << name.toStdString();

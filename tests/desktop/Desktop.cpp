@@ -1,6 +1,7 @@
 #include "Desktop.h"
 
 #include "support/StartDaemon.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QThread>
@@ -12,7 +13,7 @@ using namespace Qt::StringLiterals;
 Desktop::Desktop(const support::PrivateHome& home, Tray tray) : home_(home)
 {
     const QString output = home_.ownFile(u"display"_s);
-    support::PrivateHome::write(output, {});
+    support::writeFile(output, {});
     const QString size = u"%1x%2x24"_s.arg(screen.width()).arg(screen.height());
     // It picks a number that is free, and tells it once it serves.
     support::startDaemon(server_,
@@ -23,7 +24,7 @@ Desktop::Desktop(const support::PrivateHome& home, Tray tray) : home_(home)
             .outputFile = output,
             .errorFile = home_.ownFile(u"display-errors"_s)},
         "\n");
-    display_ = u":"_s + QString::fromLatin1(support::PrivateHome::contentOf(output)).trimmed();
+    display_ = u":"_s + QString::fromLatin1(support::contentOf(output)).trimmed();
     startWindowManager(tray);
 }
 
@@ -40,7 +41,7 @@ void Desktop::startWindowManager(Tray tray)
 {
     windowManager_.kill();
     const QByteArray hasTray = tray == Tray::present ? "1" : "0";
-    support::PrivateHome::write(home_.path() + u"/.icewm/preferences"_s,
+    support::writeFile(home_.path() + u"/.icewm/preferences"_s,
         "TaskBarEnableSystemTray=" + hasTray
             + "\nTaskBarShowCPUStatus=0\nTaskBarShowMEMStatus=0\n"
               "TaskBarShowNetStatus=0\nShowPopupsAbovePointer=1\n");
@@ -60,7 +61,7 @@ void Desktop::startWindowManager(Tray tray)
 QByteArray Desktop::xdotool(const QStringList& arguments) const
 {
     const QString output = home_.ownFile(u"xdotool"_s);
-    support::PrivateHome::write(output, {});
+    support::writeFile(output, {});
     support::ChildProcess process;
     process.start({.program = u"/usr/bin/xdotool"_s,
         .arguments = arguments,
@@ -68,7 +69,7 @@ QByteArray Desktop::xdotool(const QStringList& arguments) const
         .outputFile = output,
         .errorFile = home_.ownFile(u"xdotool-errors"_s)});
     static_cast<void>(process.waitForEnd(support::patience));
-    return support::PrivateHome::contentOf(output);
+    return support::contentOf(output);
 }
 
 QList<Window> Desktop::windows(const QString& program) const

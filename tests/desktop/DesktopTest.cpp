@@ -1,6 +1,7 @@
 #include "DesktopTest.h"
 
 #include "platform/Tcp.h"
+#include "support/TestFiles.h"
 
 #include <algorithm>
 #include <atomic>
@@ -91,7 +92,7 @@ TEST_F(DesktopTest, ShowsAFileThatIsReceived)
 {
     start();
     const QByteArray content = support::testContent(3'000'000);
-    support::PrivateHome::write(home_.ownFile(u"holiday.jpg"_s), content);
+    support::writeFile(home_.ownFile(u"holiday.jpg"_s), content);
     support::ChildProcess upload;
     upload.start(phone(
         {u"upload"_s, u"--local"_s, u"--name"_s, u"Pixel 8"_s, home_.ownFile(u"holiday.jpg"_s)}));

@@ -5,6 +5,7 @@
 #include "support/ProgramUnderTest.h"
 #include "support/QtPrinting.h"
 #include "support/StartDaemon.h"
+#include "support/TestFiles.h"
 #include "support/UploadStream.h"
 #include "support/Waiting.h"
 
@@ -26,7 +27,7 @@ inline constexpr QSize dragSourceSize(200, 100);
 
 class DesktopTest : public ::testing::Test {
 protected:
-    void SetUp() override { support::PrivateHome::write(home_.ownFile(u"phone"_s), {}); }
+    void SetUp() override { support::writeFile(home_.ownFile(u"phone"_s), {}); }
 
     void start(Desktop::Tray tray = Desktop::Tray::present)
     {
@@ -67,7 +68,7 @@ protected:
         support::startDaemon(process,
             phone({u"receive"_s, u"--dir"_s, onPhone_, u"--name"_s, u"Pixel 8"_s}), "flkey=");
         static const QRegularExpression key(u"flkey=([A-Za-z0-9_-]{43})"_s);
-        const QByteArray shown = support::PrivateHome::contentOf(home_.ownFile(u"phone"_s));
+        const QByteArray shown = support::contentOf(home_.ownFile(u"phone"_s));
         return u"http://127.0.0.1:8787/?flkey=%1&name=Pixel%208"_s.arg(
             key.match(QString::fromUtf8(shown)).captured(1));
     }
@@ -99,7 +100,7 @@ protected:
         QStringList all;
         static_cast<void>(support::waitUntil([&] {
             all.clear();
-            const QByteArray json = support::PrivateHome::contentOf(home_.transferLogFile());
+            const QByteArray json = support::contentOf(home_.transferLogFile());
             for (const QJsonValue entry : QJsonDocument::fromJson(json).array()) {
                 all << entry[u"direction"_s].toString() + u' ' + entry[u"fileName"_s].toString()
                         + u' ' + entry[u"result"_s].toString();

@@ -1,6 +1,7 @@
 #include "DesktopTest.h"
 
 #include "app/QRImage.h"
+#include "support/TestFiles.h"
 
 #include <QImage>
 #include <QPainter>
@@ -56,7 +57,7 @@ protected:
 
     [[nodiscard]] bool uploads(const QString& name) const
     {
-        support::PrivateHome::write(home_.ownFile(name), name.toUtf8());
+        support::writeFile(home_.ownFile(name), name.toUtf8());
         support::ChildProcess upload;
         upload.start(
             phone({u"upload"_s, u"--local"_s, u"--name"_s, u"Pixel 8"_s, home_.ownFile(name)}));
@@ -76,7 +77,7 @@ protected:
 TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
 {
     start();
-    const QByteArray firstKey = support::PrivateHome::contentOf(home_.keyFile());
+    const QByteArray firstKey = support::contentOf(home_.keyFile());
     const QString pairedFile = home_.path() + u"/.local/share/Ferrylane/paired-targets-v2.json"_s;
 
     // Pairs a phone by a picture of its code.
@@ -91,7 +92,7 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     click(scannerSize, {328, 404});  // "Open picture..."
     answer({u"Return"_s}, picture);
     answer({u"Return"_s}); // "Paired with Pixel 8"
-    EXPECT_TRUE(support::PrivateHome::contentOf(pairedFile).contains("Pixel 8"));
+    EXPECT_TRUE(support::contentOf(pairedFile).contains("Pixel 8"));
     EXPECT_TRUE(program_->waitForLog("Paired Mac sender with Pixel 8 at http://127.0.0.1:8787"));
 
     // Receives three files, sends two.
@@ -115,14 +116,14 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     EXPECT_TRUE(program_->waitForLog("Bonjour advertisement refreshed as Studio"));
     EXPECT_EQ(setting(u"FerrylaneDeviceName"_s), u"Studio"_s);
     const QString otherFolder = home_.ownFile(u"other folder"_s);
-    support::PrivateHome::write(otherFolder + u"/old"_s, {});
+    support::writeFile(otherFolder + u"/old"_s, {});
     click(panelSize, {282, 38});
     press(infoSize, {u"Tab"_s, u"space"_s}); // "Choose..."
     answer({u"Return"_s}, otherFolder);
     ASSERT_TRUE(
         support::waitUntil([&] { return setting(u"FerrylaneReceiveFolder"_s) == otherFolder; }));
     EXPECT_TRUE(uploads(u"c.txt"_s));
-    EXPECT_EQ(support::PrivateHome::contentOf(otherFolder + u"/Pixel 8/c.txt"_s), "c.txt");
+    EXPECT_EQ(support::contentOf(otherFolder + u"/Pixel 8/c.txt"_s), "c.txt");
 
     // Off and on.
     EXPECT_EQ(launchAgain(), 0);
@@ -138,7 +139,7 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     EXPECT_EQ(launchAgain(u"restart"_s), 0);
     EXPECT_TRUE(support::waitUntil([this] { return !program_->isRunning(); }));
     ASSERT_TRUE(isStarted(3));
-    EXPECT_EQ(support::PrivateHome::contentOf(home_.keyFile()), firstKey);
+    EXPECT_EQ(support::contentOf(home_.keyFile()), firstKey);
     EXPECT_EQ(transfers(6).size(), 6);
 
     // Forgets everything but the files and the log.
@@ -148,12 +149,12 @@ TEST_F(WholeSystemTest, ServesFromTheFirstStartToTheReset)
     answer({u"shift+Tab"_s, u"Return"_s});
     ASSERT_TRUE(isStarted(4));
     EXPECT_TRUE(support::waitUntil([&] {
-        const QByteArray key = support::PrivateHome::contentOf(home_.keyFile());
+        const QByteArray key = support::contentOf(home_.keyFile());
         return key.size() == 32 && key != firstKey;
     }));
     EXPECT_EQ(setting(u"FerrylaneDeviceName"_s), QString());
-    EXPECT_EQ(support::PrivateHome::contentOf(pairedFile), "");
+    EXPECT_EQ(support::contentOf(pairedFile), "");
     EXPECT_EQ(transfers(0), QStringList());
     EXPECT_EQ(home_.receivedFiles().size(), 3);
-    EXPECT_EQ(support::PrivateHome::contentOf(otherFolder + u"/Pixel 8/c.txt"_s), "c.txt");
+    EXPECT_EQ(support::contentOf(otherFolder + u"/Pixel 8/c.txt"_s), "c.txt");
 }

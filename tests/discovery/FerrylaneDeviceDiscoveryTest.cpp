@@ -1,6 +1,5 @@
 #include "discovery/FerrylaneDeviceDiscovery.h"
 
-#include "core/StoragePaths.h"
 #include "discovery/UdpScanner.h"
 #include "platform/Files.h"
 #include "platform/ThreadQueue.h"
@@ -107,12 +106,6 @@ protected:
         queue_->advance(duration);
     }
 
-    static QString log()
-    {
-        const auto text = platform::readFile(logFolder() + u"/ferrylane.log"_s, 100000);
-        return QString::fromUtf8(text.value_or(QByteArray()));
-    }
-
     support::PrivateUserFolders home_;
     support::ManualClock clock_;
     support::ManualQueue mainQueue_;
@@ -136,11 +129,12 @@ TEST_F(DeviceDiscovery, mergesBothSources)
     EXPECT_EQ(published(), u"[Moto,Pixel,pixel,zoe]"_s);
     network_.results({});
     EXPECT_EQ(published(), u"[pixel,zoe]"_s);
-    EXPECT_TRUE(log().endsWith(u"Z  Nearby devices: pixel, zoe\n")) << qPrintable(log());
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Nearby devices: pixel, zoe\n"))
+        << qPrintable(home_.log());
 
     network_.failure(u"no daemon"_s);
     EXPECT_EQ(published(), u""_s);
-    EXPECT_TRUE(log().endsWith(u"Z  Ferrylane device discovery failed: no daemon\n"));
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Ferrylane device discovery failed: no daemon\n"));
 }
 
 TEST_F(DeviceDiscovery, scansEveryThreeSecondsAndForgetsAfterTen)
@@ -199,7 +193,7 @@ TEST_F(DeviceDiscovery, publishesOneEmptyListWhenStopped)
     EXPECT_FALSE(network_.results) << "browsing has ended";
     lateResults({u"late"_s});
     EXPECT_EQ(published(), u"[]"_s);
-    EXPECT_TRUE(log().endsWith(u"Z  Nearby devices: \n")) << qPrintable(log());
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Nearby devices: \n")) << qPrintable(home_.log());
     pass(60s);
     EXPECT_EQ(published(), u""_s);
     EXPECT_EQ(network_.scans, 1);

@@ -105,10 +105,9 @@ TEST_F(UdpResponderTest, answersTheSenderOfARequest)
     EXPECT_TRUE(answersNext());
     EXPECT_TRUE(answersNext());
 
-    const auto log = platform::readFile(logFolder() + QStringLiteral("/ferrylane.log"), 10000);
-    EXPECT_TRUE(
-        log && log->endsWith("Z  UDP discovery responder ready on 8789 (POSIX broadcast-safe)\n"))
-        << log.value_or("").constData();
+    EXPECT_TRUE(home_.log().endsWith(
+        QStringLiteral("Z  UDP discovery responder ready on 8789 (POSIX broadcast-safe)\n")))
+        << qPrintable(home_.log());
 }
 
 TEST_F(UdpResponderTest, dropsEverythingElse)

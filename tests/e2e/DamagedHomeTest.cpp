@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
+
 #include <QFile>
 
 #include <stdexcept>
@@ -43,7 +45,7 @@ TEST(DamagedHome, damagedFilesAreAsGoodAsNone)
     const QByteArray damage("\x00\xff[[[not what it was", 21);
     for (const QString& file : {home.settingsFile(), home.transferLogFile(), home.keyFile(),
              data + u"paired-targets-v2.json"_s, data + u"paired-target-v1.json"_s}) {
-        support::PrivateHome::write(file, damage);
+        support::writeFile(file, damage);
     }
     support::ProgramUnderTest program(receiverProgram, home);
     ASSERT_TRUE(program.start()) << home.log().constData();

@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
+
 #include <array>
 
 #include <arpa/inet.h>
@@ -18,8 +20,7 @@ class Discovery : public ReceiverTest {
 protected:
     void SetUp() override
     {
-        support::PrivateHome::write(
-            home_.settingsFile(), "[General]\nFerrylaneDeviceName=Office | PC\n");
+        support::writeFile(home_.settingsFile(), "[General]\nFerrylaneDeviceName=Office | PC\n");
         ReceiverTest::SetUp();
         // It starts after the listener, and a datagram that comes too early is lost.
         ASSERT_TRUE(program_.waitForLog("  UDP discovery responder ready on 8789"));

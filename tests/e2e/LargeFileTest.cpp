@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
+
 #include <QFile>
 
 #include <vector>
@@ -27,7 +29,7 @@ constexpr qint64 largeSize = qint64{2} << 30;
 /// A file of zeros, which take no space, with some data here and there.
 void makeLargeFile(const QString& path)
 {
-    support::PrivateHome::write(path, "");
+    support::writeFile(path, "");
     ASSERT_TRUE(QFile::resize(path, largeSize));
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));

@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
+
 #include <QFileInfo>
 
 #include <sys/stat.h>
@@ -22,7 +24,7 @@ class Lifecycle : public ReceiverTest {};
 
 TEST_F(Lifecycle, startsMakeKeyAndLogOnceForTheirOwnerAlone)
 {
-    EXPECT_EQ(support::PrivateHome::contentOf(home_.keyFile()).size(), 32);
+    EXPECT_EQ(support::contentOf(home_.keyFile()).size(), 32);
     EXPECT_EQ(modeOf(home_.keyFile()), 0600U);
     EXPECT_EQ(modeOf(QFileInfo(home_.keyFile()).path()), 0700U);
     EXPECT_EQ(modeOf(home_.logFile()), 0600U);
@@ -30,10 +32,10 @@ TEST_F(Lifecycle, startsMakeKeyAndLogOnceForTheirOwnerAlone)
     EXPECT_EQ(readiness(), ready);
 
     // At once, while the end of a connection that the service closed first is still on the port.
-    const QByteArray key = support::PrivateHome::contentOf(home_.keyFile());
+    const QByteArray key = support::contentOf(home_.keyFile());
     EXPECT_EQ(program_.terminate(), 0);
     ASSERT_TRUE(program_.start()) << program_.log().constData();
-    EXPECT_EQ(support::PrivateHome::contentOf(home_.keyFile()), key);
+    EXPECT_EQ(support::contentOf(home_.keyFile()), key);
 }
 
 TEST_F(Lifecycle, aSecondProgramOnThePortSaysSoAndLivesOn)

@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
+
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,7 +18,7 @@ protected:
     /// A file of the user's.
     [[nodiscard]] QString own(const QString& name, const QByteArray& content) const
     {
-        support::PrivateHome::write(home_.ownFile(name), content);
+        support::writeFile(home_.ownFile(name), content);
         return home_.ownFile(name);
     }
 
@@ -27,8 +29,7 @@ protected:
 
     [[nodiscard]] QJsonArray transferLog() const
     {
-        return QJsonDocument::fromJson(support::PrivateHome::contentOf(home_.transferLogFile()))
-            .array();
+        return QJsonDocument::fromJson(support::contentOf(home_.transferLogFile())).array();
     }
 };
 

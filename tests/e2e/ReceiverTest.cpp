@@ -1,6 +1,7 @@
 #include "ReceiverTest.h"
 
 #include "support/ChildProcess.h"
+#include "support/TestFiles.h"
 
 #include <QTemporaryDir>
 
@@ -61,8 +62,8 @@ PhoneRun ReceiverTest::phone(const QStringList& arguments) const
     support::ChildProcess process;
     process.start(command);
     const auto exitCode = process.waitForEnd(std::chrono::seconds(100));
-    return {exitCode.value_or(-1), support::PrivateHome::contentOf(command.outputFile),
-        support::PrivateHome::contentOf(command.errorFile)};
+    return {exitCode.value_or(-1), support::contentOf(command.outputFile),
+        support::contentOf(command.errorFile)};
 }
 
 void ReceiverTest::expectNoTrace() const

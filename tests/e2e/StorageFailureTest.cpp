@@ -1,6 +1,6 @@
 #include "ReceiverTest.h"
 
-#include <QFileInfo>
+#include "support/TestFiles.h"
 
 #include <unistd.h>
 
@@ -44,6 +44,6 @@ TEST_F(StorageFailure, fullDiskIsTheUploadsFailureAndTheLogSaysWhy)
         QStringList());
 
     EXPECT_EQ(answerToUpload(u"small.bin"_s, support::testContent(1'000'000)), stored);
-    EXPECT_EQ(support::PrivateHome::contentOf(folder + u"/Pixel 8/small.bin"_s),
-        support::testContent(1'000'000));
+    EXPECT_EQ(
+        support::contentOf(folder + u"/Pixel 8/small.bin"_s), support::testContent(1'000'000));
 }

@@ -1,12 +1,11 @@
 #include "pairing/PairedTargets.h"
 #include "support/Host.h"
 #include "support/QtPrinting.h"
+#include "support/TestFiles.h"
 #include "support/UploadStream.h"
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
-
-#include <QFile>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -16,7 +15,6 @@
 using namespace Qt::StringLiterals;
 using support::ChildProcess;
 using support::Host;
-using support::PrivateHome;
 
 namespace {
 
@@ -42,7 +40,7 @@ protected:
             host->avahi().startBus();
             host->avahi().startDaemon();
         }
-        PrivateHome::write(
+        support::writeFile(
             computer_->home().settingsFile(), "[General]\nFerrylaneDeviceName=Office PC\n");
         computer_->start(running_, u"program"_s, program, {});
         phone_->start(receiving_, u"receive"_s, phoneProgram,
@@ -90,7 +88,7 @@ protected:
     {
         // The writer may put a backslash before each slash.
         return support::waitUntil([&] {
-            return PrivateHome::contentOf(pairedTargetsFile())
+            return support::contentOf(pairedTargetsFile())
                 .replace('\\', "")
                 .contains("http://" + address + ":8787");
         });
@@ -112,7 +110,7 @@ TEST_F(TwoHosts, findEachOtherAndSendFilesBothWays)
 
     const QByteArray content = support::testContent(3'000'000);
     const QString file = phone_->home().ownFile(u"photo.jpg"_s);
-    PrivateHome::write(file, content);
+    support::writeFile(file, content);
     const QString link = computer_->home().pairingLink().replace(u"127.0.0.1"_s, u"192.168.77.1"_s);
     const auto up = phone_->run(phoneProgram, {u"upload"_s, u"--name=Pixel 8"_s, link, file});
     EXPECT_EQ(up.exitCode, 0) << up.errors.constData();
@@ -122,12 +120,12 @@ TEST_F(TwoHosts, findEachOtherAndSendFilesBothWays)
     const auto down
         = computer_->run(phoneProgram, {u"upload"_s, u"--name=Office PC"_s, phoneLink(), file});
     EXPECT_EQ(down.exitCode, 0) << down.errors.constData();
-    EXPECT_EQ(PrivateHome::contentOf(receivedFolder() + u"/Office PC/photo.jpg"_s), content);
+    EXPECT_EQ(support::contentOf(receivedFolder() + u"/Office PC/photo.jpg"_s), content);
 }
 
 TEST_F(TwoHosts, followThePhoneToItsNewAddress)
 {
-    PrivateHome::write(pairedTargetsFile(),
+    support::writeFile(pairedTargetsFile(),
         R"([{"name":"pixel 8","baseURL":"http://192.168.77.99:8787","keyB64":")"
             + QByteArray(43, 'A') + R"("}])");
     EXPECT_TRUE(isPairedAt("192.168.77.2"));

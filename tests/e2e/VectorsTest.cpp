@@ -1,5 +1,6 @@
 #include "ReceiverTest.h"
 
+#include "support/TestFiles.h"
 #include "support/TestVectors.h"
 
 // The test vectors against the built program, over a real socket: every request, every answer that
@@ -14,9 +15,8 @@ class Vectors : public ReceiverTest {
 protected:
     void SetUp() override
     {
-        PrivateHome::write(
-            home_.keyFile(), vectorHex(vectorObject(u"received-bodies.json"_s)[u"key"]));
-        PrivateHome::write(home_.settingsFile(), "[General]\nFerrylaneDeviceName=Office PC\n");
+        writeFile(home_.keyFile(), vectorHex(vectorObject(u"received-bodies.json"_s)[u"key"]));
+        writeFile(home_.settingsFile(), "[General]\nFerrylaneDeviceName=Office PC\n");
         ReceiverTest::SetUp();
     }
 };
@@ -59,7 +59,7 @@ TEST_F(Vectors, bodiesAreStoredOrRefused)
         EXPECT_EQ(client.receiveAll(), plainAnswer(row[u"status"].toString().toUtf8(), text));
         expectNoTrace();
         if (text == "OK SHA256") {
-            EXPECT_EQ(PrivateHome::contentOf(path), vectorBytes(file[u"content"]));
+            EXPECT_EQ(contentOf(path), vectorBytes(file[u"content"]));
             EXPECT_TRUE(QFile::remove(path));
         } else {
             EXPECT_TRUE(program_.waitForLog("  Secure V4 receive failed: " + text + '\n'));

@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 #include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
+#include "support/TestFiles.h"
 
 #include <QFile>
 
@@ -35,12 +36,6 @@ QByteArray json(const FerrylanePairedTarget& target)
         + R"(","keyB64":")" + target.keyB64.toUtf8() + R"("})";
 }
 
-mode_t modeOf(const QString& path)
-{
-    struct stat status {};
-    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
 class PairedTargets : public testing::Test {
 protected:
     static void write(const QString& path, const QByteArray& content, mode_t mode = 0644)
@@ -52,12 +47,6 @@ protected:
     static QByteArray listFile()
     {
         return platform::readFile(ferrylanePairedTargetsURL(), 100000).value_or("none");
-    }
-
-    static QString log()
-    {
-        const auto text = platform::readFile(logFolder() + u"/ferrylane.log"_s, 10000);
-        return QString::fromUtf8(text.value_or(QByteArray()));
     }
 
     static QString selected()
@@ -80,8 +69,7 @@ protected:
     void makeFolderUnusable() const
     {
         QFile::rename(home_.data(), home_.below(u"away"_s));
-        QFile obstacle(home_.data());
-        ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+        support::writeFile(home_.data());
     }
 
     support::PrivateUserFolders home_;
@@ -97,8 +85,8 @@ TEST_F(PairedTargets, areKeptInOrderForTheirOwnerAlone)
     const mode_t umaskBefore = ::umask(0);
     ASSERT_TRUE(saveFerrylanePairedTarget(phone(u"a/\"b"_s, 1)));
     ::umask(umaskBefore);
-    EXPECT_EQ(modeOf(applicationSupportFolder()), 0700U);
-    EXPECT_EQ(modeOf(ferrylanePairedTargetsURL()), 0600U);
+    EXPECT_EQ(support::modeOf(applicationSupportFolder()), 0700U);
+    EXPECT_EQ(support::modeOf(ferrylanePairedTargetsURL()), 0600U);
     EXPECT_TRUE(listFile().contains(R"("http:\/\/10.0.0.1:8787")")) << listFile().constData();
     EXPECT_EQ(loadFerrylanePairedTargets(), QList{phone(u"a/\"b"_s, 1)});
     EXPECT_EQ(selected(), key(1));
@@ -114,7 +102,7 @@ TEST_F(PairedTargets, areKeptInOrderForTheirOwnerAlone)
     ASSERT_TRUE(saveFerrylanePairedTarget(phone(u"C"_s, 4)));
     EXPECT_EQ(names(), u"d 1,C 4"_s);
     EXPECT_EQ(selected(), key(4));
-    EXPECT_EQ(log(), u""_s);
+    EXPECT_EQ(home_.log(), u""_s);
 }
 
 TEST_F(PairedTargets, readsWhatIsUsableOfTheList)
@@ -126,7 +114,7 @@ TEST_F(PairedTargets, readsWhatIsUsableOfTheList)
             + json(phone(u" x "_s, 3)) + ',' + json(phone(u"fl "_s, 4)) + ','
             + json(phone(QString(), 5)) + ']');
     EXPECT_EQ(names(), u"Office 1, x  3,Android 4,Android 5"_s);
-    EXPECT_EQ(modeOf(ferrylanePairedTargetsURL()), 0600U);
+    EXPECT_EQ(support::modeOf(ferrylanePairedTargetsURL()), 0600U);
 
     const QByteArray good = json(phone(u"a"_s, 1));
     for (const QByteArray& damaged :
@@ -172,13 +160,13 @@ TEST_F(PairedTargets, refreshesTheAddressOfTheFirstOfThatName)
     ASSERT_EQ(::stat(QFile::encodeName(ferrylanePairedTargetsURL()).constData(), &second), 0);
     EXPECT_EQ(first.st_ino, second.st_ino) << "nothing was written";
     EXPECT_EQ(listFile(), before);
-    EXPECT_EQ(log(), u""_s);
+    EXPECT_EQ(home_.log(), u""_s);
 
     refreshFerrylanePairedTargetAddress(u"OFFICE"_s, u"http://10.0.0.9:1"_s);
     EXPECT_EQ(loadFerrylanePairedTargets().value(0),
         (FerrylanePairedTarget{u"Office"_s, u"http://10.0.0.9:1"_s, key(1)}));
-    EXPECT_TRUE(log().endsWith(u"Z  Updated paired address for Office: http://10.0.0.9:1\n"))
-        << qPrintable(log());
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Updated paired address for Office: http://10.0.0.9:1\n"))
+        << qPrintable(home_.log());
 }
 
 TEST_F(PairedTargets, takesOverTheSinglePhoneOfEarlierVersions)
@@ -206,8 +194,8 @@ TEST_F(PairedTargets, takesOverAlsoWhereNothingCanBeStored)
     EXPECT_EQ(names(), u"a 1"_s);
     EXPECT_TRUE(platform::itemExists(ferrylanePairedTargetURL()));
     EXPECT_EQ(selected(), u"none"_s);
-    EXPECT_TRUE(log().endsWith(u"Z  Could not save paired targets: Is a directory\n"))
-        << qPrintable(log());
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Could not save paired targets: Is a directory\n"))
+        << qPrintable(home_.log());
 }
 
 TEST_F(PairedTargets, keepTheChoiceWhenTheListCannotBeSaved)
@@ -216,8 +204,8 @@ TEST_F(PairedTargets, keepTheChoiceWhenTheListCannotBeSaved)
     makeFolderUnusable();
     EXPECT_FALSE(saveFerrylanePairedTarget(phone(u"b"_s, 2)));
     EXPECT_EQ(selected(), key(1));
-    EXPECT_TRUE(log().endsWith(u"Z  Could not save paired targets: Not a directory\n"))
-        << qPrintable(log());
+    EXPECT_TRUE(home_.log().endsWith(u"Z  Could not save paired targets: Not a directory\n"))
+        << qPrintable(home_.log());
 
     forgetFerrylanePairedTarget(phone(u"a"_s, 1));
     EXPECT_EQ(selected(), u"none"_s) << "forgotten all the same";

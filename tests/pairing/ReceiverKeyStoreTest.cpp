@@ -3,15 +3,12 @@
 #include "core/StoragePaths.h"
 #include "platform/Files.h"
 #include "support/PrivateUserFolders.h"
-
-#include <QDir>
-#include <QFile>
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 using namespace ferrylane;
+using support::modeOf;
 
 namespace {
 
@@ -32,18 +29,6 @@ void storeKeyFile(const QByteArray& content, mode_t mode)
         platform::writeFileAtomically(ferrylaneKeyURL(), platform::bytesOf(content), mode));
 }
 
-mode_t modeOf(const QString& path)
-{
-    struct stat status {};
-    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
-QString logText()
-{
-    const auto log = platform::readFile(logFolder() + QStringLiteral("/ferrylane.log"), 10000);
-    return QString::fromUtf8(log.value_or(QByteArray()));
-}
-
 class ReceiverKeyStore : public testing::Test {
 protected:
     support::PrivateUserFolders home_;
@@ -60,7 +45,7 @@ TEST_F(ReceiverKeyStore, createsAKeyOnceForItsOwnerAlone)
     EXPECT_EQ(modeOf(applicationSupportFolder()), 0700U);
     EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U);
     EXPECT_EQ(loadedKey(), key);
-    EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
+    EXPECT_TRUE(home_.log().isEmpty()) << home_.log().toStdString();
 }
 
 TEST_F(ReceiverKeyStore, closesFolderAndFileAtEveryLoad)
@@ -83,7 +68,7 @@ TEST_F(ReceiverKeyStore, replacesAFileOfAnotherLength)
         EXPECT_FALSE(damaged.size() > 0 && key.startsWith(damaged.first(1).repeated(8))) << length;
         EXPECT_EQ(modeOf(ferrylaneKeyURL()), 0600U) << length;
     }
-    EXPECT_TRUE(logText().isEmpty()) << logText().toStdString();
+    EXPECT_TRUE(home_.log().isEmpty()) << home_.log().toStdString();
 }
 
 TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFile)
@@ -92,16 +77,15 @@ TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFile)
     ASSERT_FALSE(platform::createFolders(ferrylaneKeyURL() + QStringLiteral("/inner")));
     EXPECT_NE(loadedKey(), loadedKey()) << "not kept";
     EXPECT_TRUE(platform::itemExists(ferrylaneKeyURL() + QStringLiteral("/inner")));
-    EXPECT_EQ(logText().count(u"Z  Could not persist receiver key: "), 2)
-        << logText().toStdString();
-    EXPECT_TRUE(logText().contains(u"Is a directory")) << logText().toStdString();
+    EXPECT_EQ(home_.log().count(u"Z  Could not persist receiver key: "), 2)
+        << home_.log().toStdString();
+    EXPECT_TRUE(home_.log().contains(u"Is a directory")) << home_.log().toStdString();
 }
 
 TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFolder)
 {
-    QFile obstacle(home_.data());
-    ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+    support::writeFile(home_.data());
     EXPECT_NE(loadedKey(), loadedKey()) << "not kept";
-    EXPECT_EQ(logText().count(u"Z  Could not persist receiver key: Not a directory\n"), 2)
-        << logText().toStdString();
+    EXPECT_EQ(home_.log().count(u"Z  Could not persist receiver key: Not a directory\n"), 2)
+        << home_.log().toStdString();
 }

@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "support/SystemCallFailure.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -22,17 +23,7 @@ protected:
     ~AtomicWriteTest() override { ::umask(umask_); }
 
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
-    [[nodiscard]] QStringList everything() const
-    {
-        return QDir(folder_.path())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
-    [[nodiscard]] static mode_t modeOf(const QString& file)
-    {
-        struct stat status {};
-        EXPECT_EQ(::lstat(QFile::encodeName(file).constData(), &status), 0);
-        return status.st_mode & 07777U;
-    }
+    [[nodiscard]] QStringList everything() const { return support::everythingIn(folder_.path()); }
 
 private:
     QTemporaryDir folder_;
@@ -46,7 +37,7 @@ TEST_F(AtomicWriteTest, HasExactlyTheModeWhateverTheUmask)
         for (const mode_t mode : {0600U, 0644U}) {
             ::umask(mask);
             ASSERT_FALSE(writeFileAtomically(file, bytesOf("content"), mode));
-            EXPECT_EQ(modeOf(file), mode) << "umask " << mask;
+            EXPECT_EQ(support::modeOf(file), mode) << "umask " << mask;
         }
     }
     EXPECT_EQ(everything(), QStringList{u"file"_s});

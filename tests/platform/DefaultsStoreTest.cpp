@@ -1,10 +1,9 @@
 #include "platform/DefaultsStore.h"
 
 #include "platform/Files.h"
+#include "support/TestFiles.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -21,13 +20,6 @@ using namespace Qt::StringLiterals;
 class DefaultsStoreTest : public ::testing::Test {
 protected:
     [[nodiscard]] QString path() const { return folder_.filePath(u"settings.ini"_s); }
-    void writeFile(const QByteArray& content) const
-    {
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(content), content.size());
-    }
-    [[nodiscard]] QByteArray fileContent() const { return readFile(path(), 1000000).value_or(""); }
 
 private:
     QTemporaryDir folder_;
@@ -92,11 +84,11 @@ TEST_F(DefaultsStoreTest, WritesEachChangeAtOnceAndCreatesTheFolder)
     const QString file = folder.filePath(u"a/b/settings.ini"_s);
     DefaultsStore store(file);
     store.set(u"key"_s, u"value"_s);
-    EXPECT_EQ(readFile(file, 1000), "[General]\nkey=value\n");
+    EXPECT_EQ(support::contentOf(file), "[General]\nkey=value\n");
     store.set(u"flag"_s, true);
-    EXPECT_TRUE(readFile(file, 1000).value_or("").contains("flag=true\n"));
+    EXPECT_TRUE(support::contentOf(file).contains("flag=true\n"));
     store.remove(u"key"_s);
-    EXPECT_EQ(readFile(file, 1000), "[General]\nflag=true\n");
+    EXPECT_EQ(support::contentOf(file), "[General]\nflag=true\n");
     EXPECT_EQ(store.keys(), QStringList{u"flag"_s});
 }
 
@@ -123,7 +115,7 @@ TEST_F(DefaultsStoreTest, KeepsWhatCanBeReadOfADamagedFile)
         "cut=\"off",
     };
     for (const QByteArray& damage : damages) {
-        writeFile(good + damage);
+        support::writeFile(path(), good + damage);
         {
             DefaultsStore store(path());
             EXPECT_EQ(store.string(u"name"_s), u"Anna"_s) << damage.constData();

@@ -3,9 +3,8 @@
 
 #include "support/PrivateAvahi.h"
 #include "support/QtPrinting.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
-
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +21,7 @@ namespace platform {
 namespace {
 
 using namespace std::chrono_literals;
+using support::contentOf;
 using support::PrivateAvahi;
 using support::waitUntil;
 
@@ -97,12 +97,6 @@ protected:
     // NOLINTNEXTLINE(*-avoid-non-const-global-variables): lives as long as the bus's address
     inline static std::unique_ptr<PrivateAvahi> avahi;
 };
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 void run(const QString& program, const QStringList& arguments, const PrivateAvahi& avahi,
     const QString& output = {})

@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,20 +17,8 @@ namespace platform {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-mode_t modeOf(const QString& path)
-{
-    struct stat status {};
-    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0) << path.toStdString();
-    return status.st_mode & 07777U;
-}
-
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
-}
+using support::modeOf;
+using support::writeFile;
 
 class FilesTest : public ::testing::Test {
 protected:
@@ -48,7 +37,7 @@ private:
 
 TEST_F(FilesTest, ItemExistsSeesEverythingThatTakesAName)
 {
-    write(path(u"file"_s), "x");
+    writeFile(path(u"file"_s), "x");
     link(path(u"nowhere"_s), u"dangling"_s);
     ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
 
@@ -62,7 +51,7 @@ TEST_F(FilesTest, ItemExistsSeesEverythingThatTakesAName)
 TEST_F(FilesTest, PathWithNulNamesNothing)
 {
     const QString file = path(u"file"_s);
-    write(file, "x");
+    writeFile(file, "x");
     const QString longer = file + QChar(0) + u"rest"_s;
 
     EXPECT_FALSE(itemExists(longer));
@@ -78,7 +67,7 @@ TEST_F(FilesTest, CreatesFoldersStepByStep)
 {
     ASSERT_TRUE(QDir().mkdir(path(u"real"_s)));
     link(path(u"real"_s), u"link"_s);
-    write(path(u"file"_s), "x");
+    writeFile(path(u"file"_s), "x");
     link(path(u"nowhere"_s), u"dangling"_s);
     link(path(u"file"_s), u"toFile"_s);
 
@@ -115,7 +104,7 @@ TEST_F(FilesTest, FoldersHaveTheModeLessTheUmask)
 
 TEST_F(FilesTest, ReadsNothingButRegularFilesUpToTheLimitAndNeverWaits)
 {
-    write(path(u"file"_s), "0123456789");
+    writeFile(path(u"file"_s), "0123456789");
     EXPECT_EQ(readFile(path(u"file"_s), 10), "0123456789");
     EXPECT_FALSE(readFile(path(u"file"_s), 9));
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
@@ -153,9 +142,9 @@ TEST_F(FilesTest, ListsRegularFilesOnly)
 {
     const QString folder = path(u"list"_s);
     ASSERT_TRUE(QDir().mkpath(folder + u"/sub"_s));
-    write(folder + u"/plain"_s, "x");
-    write(folder + u"/.hidden"_s, "x");
-    write(folder + u"/Größe ☂"_s, "x");
+    writeFile(folder + u"/plain"_s, "x");
+    writeFile(folder + u"/.hidden"_s, "x");
+    writeFile(folder + u"/Größe ☂"_s, "x");
     ASSERT_TRUE(QFile::link(folder + u"/plain"_s, folder + u"/link"_s));
     ASSERT_EQ(::mkfifo(QFile::encodeName(folder + u"/fifo"_s).constData(), 0600), 0);
     const QByteArray notUtf8 = QFile::encodeName(folder) + "/\xff";

@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "support/SystemCallFailure.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/stat.h>
 #include <sys/syscall.h>
 
 namespace platform {
@@ -40,17 +40,11 @@ std::string nameOf(const ::testing::TestParamInfo<FileSystem>& instance)
 class MoveWithoutReplacingTest : public ::testing::TestWithParam<FileSystem> {
 protected:
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
-    [[nodiscard]] QStringList everything() const
-    {
-        return QDir(folder_.path())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
+    [[nodiscard]] QStringList everything() const { return support::everythingIn(folder_.path()); }
     void write(const QString& name, const QByteArray& content) const
     {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(content), content.size());
-        ASSERT_EQ(::fchmod(file.handle(), 0440), 0);
+        support::writeFile(path(name), content);
+        ASSERT_TRUE(QFile::setPermissions(path(name), QFile::ReadOwner | QFile::ReadGroup));
     }
     [[nodiscard]] static std::error_code moved(const QString& from, const QString& to)
     {
@@ -70,9 +64,7 @@ TEST_P(MoveWithoutReplacingTest, MovesToAFreeName)
     EXPECT_FALSE(moved(path(u"from"_s), path(u"to"_s)));
     EXPECT_EQ(everything(), QStringList{u"to"_s});
     EXPECT_EQ(readFile(path(u"to"_s), 100), "content");
-    struct stat status {};
-    ASSERT_EQ(::stat(QFile::encodeName(path(u"to"_s)).constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0440U);
+    EXPECT_EQ(support::modeOf(path(u"to"_s)), 0440U);
 }
 
 TEST_P(MoveWithoutReplacingTest, ReplacesNothingAndLeavesNothingWhenItFails)

@@ -2,7 +2,7 @@
 
 #include "platform/Tcp.h"
 #include "support/ChildProcess.h"
-#include "support/PrivateHome.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
@@ -71,8 +71,7 @@ TEST(PortHolderTest, isNoProgramThatThisOneHasStarted)
     child.start({.program = u"/usr/bin/sleep"_s, .arguments = {u"1000"_s}});
     // Once it has become that program.
     EXPECT_TRUE(support::waitUntil([&] {
-        return support::PrivateHome::contentOf(u"/proc/%1/comm"_s.arg(child.processId()))
-            == "sleep\n";
+        return support::contentOf(u"/proc/%1/comm"_s.arg(child.processId())) == "sleep\n";
     }));
     EXPECT_EQ(platform::holderOfPort(Transport::tcp, heldPort), std::nullopt);
 }

@@ -4,6 +4,7 @@
 #include "core/Service.h"
 #include "support/ServiceFixture.h"
 #include "support/TcpClient.h"
+#include "support/TestFiles.h"
 #include "support/UploadStream.h"
 
 #include <QFile>
@@ -174,8 +175,7 @@ TEST_F(HTTPServerTest, removesWhatACrashHasLeftAndNothingElse)
         QStringLiteral(".6F9619FF-8B86-D011-B42D-00CF4FC964F.ferrylane-v4-part"),
         QStringLiteral(".ferrylane-v4-part")};
     for (const QString& name : stale + others) {
-        QFile file(received(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        support::writeFile(received(name));
     }
     QFile::link(received(QStringLiteral("photo.jpg")),
         received(QStringLiteral(".11111111-1111-1111-1111-111111111111.ferrylane-v4-part")));

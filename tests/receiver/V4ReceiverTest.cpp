@@ -2,6 +2,7 @@
 #include "pairing/ReceiverKeyStore.h"
 #include "support/ServiceFixture.h"
 #include "support/TcpClient.h"
+#include "support/TestFiles.h"
 #include "support/UploadStream.h"
 
 #include <QDir>
@@ -60,8 +61,7 @@ protected:
 
     [[nodiscard]] static QByteArray content(const QString& item)
     {
-        QFile file(received(item));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+        return support::contentOf(received(item));
     }
 
     std::unique_ptr<platform::SecretKey> key_;
@@ -251,10 +251,7 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeginLeavesTheServiceFree)
 {
     const QString folder = receiveDir();
     ASSERT_TRUE(QDir().rmdir(folder));
-    {
-        QFile inTheWay(folder);
-        ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    }
+    support::writeFile(folder);
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))),
         "500 Internal Server Error|Cannot create destination");
     mainQueue().runAll();
@@ -266,13 +263,13 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeginLeavesTheServiceFree)
 TEST_F(V4ReceiverTest, anUploadThatCannotBeStoredIsRefusedWithTheCauseInTheLog)
 {
     // The sender's folder cannot be made where there is a file.
-    QFile inTheWay(received(QStringLiteral("Pixel 8")));
-    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    const QString inTheWay = received(QStringLiteral("Pixel 8"));
+    support::writeFile(inTheWay);
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))),
         "500 Internal Server Error|Cannot finalize destination");
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
     EXPECT_EQ(logCount("Could not store the upload: Not a directory"), 1);
-    ASSERT_TRUE(inTheWay.remove());
+    ASSERT_TRUE(QFile::remove(inTheWay));
 
     const QString longest(255, u'n');
     EXPECT_EQ(summary(answerTo(upload(longest, "x"))), "200 OK|OK SHA256");

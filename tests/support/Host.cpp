@@ -1,5 +1,6 @@
 #include "support/Host.h"
 
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QFile>
@@ -86,8 +87,7 @@ Outcome Host::run(const QString& program, const QStringList& arguments) const
     ChildProcess process;
     process.start(command);
     const auto exitCode = process.waitForEnd(std::chrono::seconds(60));
-    return {exitCode.value_or(-1), PrivateHome::contentOf(command.outputFile),
-        PrivateHome::contentOf(command.errorFile)};
+    return {exitCode.value_or(-1), contentOf(command.outputFile), contentOf(command.errorFile)};
 }
 
 void Host::start(ChildProcess& process, const QString& label, const QString& program,
@@ -95,13 +95,13 @@ void Host::start(ChildProcess& process, const QString& label, const QString& pro
 {
     Command command = inside(program, arguments);
     command.outputFile = home_.ownFile(label);
-    PrivateHome::write(command.outputFile, {});
+    writeFile(command.outputFile, {});
     process.start(command);
 }
 
 QByteArray Host::outputOf(const QString& label) const
 {
-    return PrivateHome::contentOf(home_.ownFile(label));
+    return contentOf(home_.ownFile(label));
 }
 
 Command Host::inside(const QString& program, const QStringList& arguments) const

@@ -1,7 +1,7 @@
 #include "support/LoginManager.h"
 
-#include "support/PrivateHome.h"
 #include "support/StartDaemon.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <stdexcept>
@@ -54,7 +54,7 @@ QByteArray LoginManager::inhibitors()
     if (!send(manager + QStringLiteral(".ListInhibitors"), {})) {
         throw std::runtime_error("the login manager does not answer");
     }
-    return PrivateHome::contentOf(file(QStringLiteral("reply")));
+    return contentOf(file(QStringLiteral("reply")));
 }
 
 bool LoginManager::send(const QString& method, const QStringList& arguments)

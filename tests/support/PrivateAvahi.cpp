@@ -1,7 +1,7 @@
 #include "support/PrivateAvahi.h"
 
-#include "support/PrivateHome.h"
 #include "support/StartDaemon.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QFile>
@@ -46,8 +46,7 @@ PrivateAvahi::PrivateAvahi(QString hostName, QString networkNamespace)
 void PrivateAvahi::startDaemon()
 {
     const QString configuration = file(QStringLiteral("avahi.conf"));
-    PrivateHome::write(
-        configuration, QString::fromLatin1(daemonConfiguration).arg(hostName_).toUtf8());
+    writeFile(configuration, QString::fromLatin1(daemonConfiguration).arg(hostName_).toUtf8());
     const int network = networkNamespace_.isEmpty()
         ? -1
         : open(QFile::encodeName(networkNamespace_).constData(), O_RDONLY | O_CLOEXEC);

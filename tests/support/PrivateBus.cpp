@@ -1,7 +1,7 @@
 #include "support/PrivateBus.h"
 
-#include "support/PrivateHome.h"
 #include "support/StartDaemon.h"
+#include "support/TestFiles.h"
 
 namespace support {
 
@@ -25,8 +25,7 @@ constexpr auto configuration = R"(<busconfig>
 void PrivateBus::start()
 {
     const QString configurationFile = file(QStringLiteral("bus.conf"));
-    PrivateHome::write(
-        configurationFile, QString::fromLatin1(configuration).arg(address()).toUtf8());
+    writeFile(configurationFile, QString::fromLatin1(configuration).arg(address()).toUtf8());
     startDaemon(bus_,
         {QStringLiteral("/usr/bin/dbus-daemon"),
             {QStringLiteral("--config-file=") + configurationFile, QStringLiteral("--nofork"),

@@ -4,8 +4,6 @@
 
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
 
 namespace support {
 
@@ -111,21 +109,6 @@ QString PrivateHome::ownFile(const QString& name) const
 QByteArray PrivateHome::received(const QString& path) const
 {
     return contentOf(receiveFolder() + u'/' + path);
-}
-
-QByteArray PrivateHome::contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void PrivateHome::write(const QString& path, const QByteArray& content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(path));
-    }
 }
 
 } // namespace support

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/SecretKey.h"
+#include "support/TestFiles.h"
 
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -40,10 +41,6 @@ public:
 
     /// Paths of all files in a folder and those below, below it.
     [[nodiscard]] static QStringList filesBelow(const QString& folder);
-    /// Empty when it cannot be read.
-    [[nodiscard]] static QByteArray contentOf(const QString& path);
-    /// Makes the folder too.
-    static void write(const QString& path, const QByteArray& content);
 
 private:
     QTemporaryDir dir_;

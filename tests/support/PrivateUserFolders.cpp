@@ -1,5 +1,7 @@
 #include "support/PrivateUserFolders.h"
 
+#include "support/TestFiles.h"
+
 #include <QFile>
 
 #include <stdexcept>
@@ -19,11 +21,13 @@ PrivateUserFolders::PrivateUserFolders()
 
 QString PrivateUserFolders::file(const QString& name, const QByteArray& content) const
 {
-    QFile file(below(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        throw std::runtime_error("no file in the temporary folder");
-    }
-    return file.fileName();
+    writeFile(below(name), content);
+    return below(name);
+}
+
+QString PrivateUserFolders::log() const
+{
+    return QString::fromUtf8(contentOf(state() + QStringLiteral("/Ferrylane/ferrylane.log")));
 }
 
 } // namespace support

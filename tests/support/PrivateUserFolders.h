@@ -17,7 +17,7 @@ public:
 
     /// The path of something in the home folder, by its path below it.
     [[nodiscard]] QString below(const QString& path) const { return folder_.filePath(path); }
-    /// Makes a file in the home folder; returns its path. Throws std::runtime_error.
+    /// Makes a file in the home folder; returns its path.
     [[nodiscard]] QString file(const QString& name, const QByteArray& content) const;
 
     // Where the program puts its folder "Ferrylane". None is created here.
@@ -25,6 +25,9 @@ public:
     [[nodiscard]] QString data() const { return below(QStringLiteral("data")); }
     [[nodiscard]] QString state() const { return below(QStringLiteral("state")); }
     [[nodiscard]] QString downloads() const { return below(QStringLiteral("Downloads")); }
+
+    /// What this process has logged.
+    [[nodiscard]] QString log() const;
 
 private:
     QTemporaryDir folder_;

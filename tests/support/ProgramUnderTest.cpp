@@ -1,5 +1,6 @@
 #include "support/ProgramUnderTest.h"
 
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QDir>
@@ -89,8 +90,7 @@ std::optional<int> ProgramUnderTest::terminate()
 
 std::chrono::milliseconds ProgramUnderTest::processorTime() const
 {
-    const QByteArray stat
-        = PrivateHome::contentOf(QStringLiteral("/proc/%1/stat").arg(processId()));
+    const QByteArray stat = contentOf(QStringLiteral("/proc/%1/stat").arg(processId()));
     // The second field, the name in brackets, may hold blanks. utime and stime are fields 14
     // and 15.
     const auto fields = stat.sliced(stat.lastIndexOf(')') + 2).split(' ');

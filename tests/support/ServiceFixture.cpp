@@ -2,9 +2,7 @@
 
 #include "core/Notifications.h"
 #include "core/StoragePaths.h"
-
-#include <QDir>
-#include <QFile>
+#include "support/TestFiles.h"
 
 namespace support {
 
@@ -69,16 +67,12 @@ QString ServiceFixture::received(const QString& name)
 
 QStringList ServiceFixture::receivedItems()
 {
-    return QDir(receiveDir())
-        .entryList(
-            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    return everythingIn(receiveDir());
 }
 
 int ServiceFixture::logCount(const QByteArray& text)
 {
-    QFile log(logFolder() + QStringLiteral("/ferrylane.log"));
-    if (!log.open(QIODevice::ReadOnly)) return 0;
-    const QList<QByteArray> lines = log.readAll().split('\n');
+    const auto lines = contentOf(logFolder() + QStringLiteral("/ferrylane.log")).split('\n');
     return static_cast<int>(std::count_if(
         lines.begin(), lines.end(), [&](const QByteArray& line) { return line.contains(text); }));
 }

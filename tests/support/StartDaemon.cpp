@@ -1,6 +1,6 @@
 #include "support/StartDaemon.h"
 
-#include "support/PrivateHome.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QFile>
@@ -22,7 +22,7 @@ QByteArray written(const QStringList& files)
 {
     QByteArray all;
     for (const QString& file : files) {
-        all += PrivateHome::contentOf(file);
+        all += contentOf(file);
     }
     return all;
 }
