@@ -14,12 +14,12 @@ namespace {
 /// Deletes itself when it is closed.
 QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* parent)
 {
-    auto* const box = new QMessageBox(
-        QMessageBox::NoIcon, QStringLiteral("Ferrylane"), title, QMessageBox::Ok, parent);
+    auto* const box = new QMessageBox(QMessageBox::NoIcon, QStringLiteral("Ferrylane"),
+        wrappableText(title), QMessageBox::Ok, parent);
     box->setIconPixmap(applicationIcon().pixmap(scaled(QSize(48, 48))));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(text);
+    box->setInformativeText(wrappableText(text));
     return box;
 }
 

@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QStyleFactory>
 #include <QTextDocument>
@@ -131,6 +132,13 @@ QString toolTipText(const QString& text)
 {
     if (!Qt::mightBeRichText(text)) return text;
     return QStringLiteral("<span style=\"white-space: pre\">%1</span>").arg(text.toHtmlEscaped());
+}
+
+QString wrappableText(const QString& text)
+{
+    // By characters and not by their halves. U+200B is a place to break that cannot be seen.
+    static const QRegularExpression longRun(QStringLiteral("(\\S{24})(?=\\S)"));
+    return QString(text).replace(longRun, QStringLiteral("\\1\u200B"));
 }
 
 QPoint toolTipPosition(const QEvent& event)

@@ -20,7 +20,7 @@ AskDialog::AskDialog(QWidget* parent, const QString& message, const QString& inf
     setWindowTitle(QStringLiteral("Ferrylane"));
     layout_->setSizeConstraint(QLayout::SetFixedSize);
     const auto addLine = [this](const QString& text, const TextLook& look) {
-        QLabel* const label = addText(*this, text, look);
+        QLabel* const label = addText(*this, wrappableText(text), look);
         label->setWordWrap(true);
         label->setMinimumWidth(scaled(QSize(textWidth, 0)).width());
         layout_->addWidget(label);

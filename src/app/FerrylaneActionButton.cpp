@@ -98,7 +98,8 @@ void FerrylaneActionButton::paintEvent(QPaintEvent* /*event*/)
     const double borderWidth = look_ == Look::rounded ? 1 : 0;
     drawFrame(painter, QRectF(rect()), {background(), border, borderWidth, cornerRadius_});
     painter.setPen(textColor());
-    const QString shown = fontMetrics().elidedText(title_, Qt::ElideMiddle, width());
+    const int room = width() - static_cast<int>(2 * scaled(lineMargin));
+    const QString shown = fontMetrics().elidedText(title_, Qt::ElideMiddle, room);
     painter.drawText(rect(), static_cast<int>(Qt::AlignCenter | Qt::TextSingleLine), shown);
     drawFocusRing(painter, *this, cornerRadius_);
 }

@@ -7,6 +7,7 @@
 #include "app/InfoPanel.h"
 #include "app/MainPanel.h"
 #include "app/QRImage.h"
+#include "app/ReceiverChooser.h"
 #include "camera/QRDetector.h"
 #include "support/EventLoop.h"
 #include "support/QtPrinting.h"
@@ -17,6 +18,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -192,4 +194,23 @@ TEST(DialogsTest, giveWhatWasTypedByTheButtonPressed)
     EXPECT_TRUE(feedback->withDetails);
     inNextDialog([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     EXPECT_FALSE(askForFeedback(nullptr));
+}
+
+TEST(ReceiverChooserTest, offersManyWithinTheScreen)
+{
+    const QList<SendChoice> choices = sendChoices(
+        {}, QStringList(200, u"Phone"_s) << u"A & B"_s << QString(300, u'x'), u"Office PC"_s);
+    const auto answering = [&](const std::function<void(QWidget & dialog)>& act) {
+        inNextDialog([act](QWidget& dialog) {
+            EXPECT_TRUE(dialog.screen()->availableGeometry().contains(dialog.frameGeometry()));
+            act(dialog);
+        });
+        return askForReceiver(nullptr, sendQuestionText(1), choices);
+    };
+    const SendChoice pressed
+        = answering([](QWidget& dialog) { buttonNamed(dialog, u"Pair A & B"_s).click(); });
+    EXPECT_EQ(pressed.text, u"Pair A & B"_s);
+    const SendChoice escaped
+        = answering([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_EQ(escaped.kind, SendChoice::Kind::cancel);
 }

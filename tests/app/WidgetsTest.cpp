@@ -120,4 +120,13 @@ TEST(ToolTips, ShowFileNamesAsTheyAre)
     EXPECT_TRUE(toolTipText(u"<img src=\"http://10.0.0.1/\">.jpg"_s).contains(u"&lt;img"_s));
 }
 
+TEST(WrappableText, BreaksLongNamesBetweenCharacters)
+{
+    const QString sentence = u"IMG_0042.jpg: Permission denied"_s;
+    EXPECT_EQ(wrappableText(sentence), sentence);
+    const QString ship = u"\U0001F6A2"_s;
+    EXPECT_EQ(wrappableText(ship.repeated(50)),
+        ship.repeated(24) + u'\u200B' + ship.repeated(24) + u'\u200B' + ship.repeated(2));
+}
+
 } // namespace
