@@ -1,5 +1,6 @@
 #include "ReceiverTest.h"
 
+#include "support/Sanitizers.h"
 #include "support/TestFiles.h"
 
 #include <QFile>
@@ -10,21 +11,9 @@ using namespace e2e;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define FERRYLANE_SLOW_BUILD 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define FERRYLANE_SLOW_BUILD 1
-#endif
-#endif
-
-#ifdef FERRYLANE_SLOW_BUILD
-// Sanitizers multiply the time; what depends on the size alone is seen without them.
-constexpr qint64 largeSize = qint64{64} << 20;
-#else
-// More than a signed 32-bit number holds.
-constexpr qint64 largeSize = qint64{2} << 30;
-#endif
+// More than a signed 32-bit number holds; what depends on the size alone is seen without
+// sanitizers.
+constexpr qint64 largeSize = support::isSanitized ? qint64{64} << 20 : qint64{2} << 30;
 
 /// A file of zeros, which take no space, with some data here and there.
 void makeLargeFile(const QString& path)

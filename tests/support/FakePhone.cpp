@@ -29,7 +29,7 @@ QByteArray FakePhone::Upload::body()
 void FakePhone::Upload::stall()
 {
     // Longer than a test takes to cancel, shorter than it is patient.
-    for (int i = 0; i < 100 && !client_.isClosedByPeer(); ++i) {
+    for (int i = 0; i < 500 && !client_.isClosedByPeer(); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
