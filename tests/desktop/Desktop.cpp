@@ -1,5 +1,6 @@
 #include "Desktop.h"
 
+#include "support/Sanitizers.h"
 #include "support/StartDaemon.h"
 #include "support/TestFiles.h"
 #include "support/Waiting.h"
@@ -91,15 +92,17 @@ QList<Window> Desktop::windows(const QString& program) const
     return windows;
 }
 
-Window Desktop::waitForWindow(const std::function<bool(QSize)>& isWanted) const
+Window Desktop::waitForWindow(
+    const std::function<bool(QSize)>& isWanted, std::chrono::milliseconds limit) const
 {
     Window found;
-    static_cast<void>(support::waitUntil([&] {
+    const auto isThere = [&] {
         for (const Window& window : windows()) {
             if (isWanted(window.geometry.size())) found = window;
         }
         return !found.id.isEmpty();
-    }));
+    };
+    static_cast<void>(support::waitUntil(isThere, limit));
     return found;
 }
 
@@ -132,13 +135,14 @@ void Desktop::click(QPoint place, int button) const
 void Desktop::drag(QPoint from, QPoint to) const
 {
     constexpr int steps = 8;
+    const QString pause = support::isSanitized ? u"0.3"_s : u"0.1"_s;
     QStringList arguments{u"mousemove"_s, QString::number(from.x()), QString::number(from.y()),
         u"mousedown"_s, u"1"_s};
     for (int i = 1; i <= steps + 1; ++i) {
         // The last one is a small move on the target.
         const QPoint place = i <= steps ? from + (to - from) * i / steps : to + QPoint(2, 2);
         arguments += {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
-            u"sleep"_s, u"0.1"_s};
+            u"sleep"_s, pause};
     }
     xdotool(arguments + QStringList{u"mouseup"_s, u"1"_s});
 }

@@ -2,6 +2,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/PrivateHome.h"
+#include "support/Waiting.h"
 
 #include <QList>
 #include <QRect>
@@ -34,7 +35,8 @@ public:
     /// Those of the program that can be seen, the icon in the tray among them.
     [[nodiscard]] QList<Window> windows(const QString& program = QStringLiteral("ferrylane")) const;
     /// The first of a size that can be seen; waits for it. Nothing found is a null geometry.
-    [[nodiscard]] Window waitForWindow(const std::function<bool(QSize)>& isWanted) const;
+    [[nodiscard]] Window waitForWindow(const std::function<bool(QSize)>& isWanted,
+        std::chrono::milliseconds limit = support::patience) const;
     [[nodiscard]] Window waitForWindow(QSize size) const;
     /// Waits until no window of that size can be seen.
     [[nodiscard]] bool waitUntilGone(QSize size) const;
