@@ -2,9 +2,6 @@
 
 #include "support/TestFiles.h"
 
-#include <QDir>
-#include <QFileInfo>
-
 #include <stdexcept>
 
 namespace bench {
@@ -18,10 +15,8 @@ constexpr rlim_t usualDescriptors = 1024;
 
 Service::Service(const QString& program, const QString& receiveFolder) : program_(program, home_)
 {
-    const QString settings = home_.settingsFile();
-    QDir().mkpath(QFileInfo(settings).path());
     support::writeFile(
-        settings, "[General]\nFerrylaneReceiveFolder=" + receiveFolder.toUtf8() + '\n');
+        home_.settingsFile(), "[General]\nFerrylaneReceiveFolder=" + receiveFolder.toUtf8() + '\n');
 
     support::Scarcity scarcity;
     scarcity.descriptors = usualDescriptors;

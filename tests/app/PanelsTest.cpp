@@ -200,6 +200,7 @@ TEST(ReceiverChooserTest, offersManyWithinTheScreen)
 {
     const QList<SendChoice> choices = sendChoices(
         {}, QStringList(200, u"Phone"_s) << u"A & B"_s << QString(300, u'x'), u"Office PC"_s);
+    ASSERT_GT(choices.size(), 200);
     const auto answering = [&](const std::function<void(QWidget & dialog)>& act) {
         inNextDialog([act](QWidget& dialog) {
             EXPECT_TRUE(dialog.screen()->availableGeometry().contains(dialog.frameGeometry()));
