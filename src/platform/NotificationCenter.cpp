@@ -53,6 +53,13 @@ NotificationCenter::Observation NotificationCenter::observe(const QString& name,
     });
 }
 
+void NotificationCenter::deliver(const QString& name, const Payload& payload)
+{
+    // A handler may be the end of the centre.
+    const auto observers = observers_;
+    observers->deliver(name, payload);
+}
+
 void NotificationCenter::post(const QString& name, Payload payload)
 {
     mainQueue_.async([weak = std::weak_ptr(observers_), name, payload = std::move(payload)] {

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] Observation observe(const QString& name, Handler handler);
     /// From any thread; returns at once.
     void post(const QString& name, Payload payload = {});
+    /// On the main queue: runs the handlers now.
+    void deliver(const QString& name, const Payload& payload);
 
 private:
     struct Observers;

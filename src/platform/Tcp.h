@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace platform {
@@ -38,9 +39,10 @@ public:
     /// Waits until at least `minimum` bytes have come, the peer has closed its side or the
     /// connection has failed, appends what came (at most `maximum` bytes) to `buffer` and calls the
     /// handler. The buffer is touched on the connection's queue only, must live until the handler
-    /// has run, and takes memory only once bytes are there to be read.
-    virtual void receive(
-        ByteBuffer& buffer, std::size_t minimum, std::size_t maximum, ReceiveHandler handler)
+    /// has run, and takes memory only once bytes are there to be read. Where there is a `limit`, a
+    /// peer that sends nothing for so long ends the wait with std::errc::timed_out.
+    virtual void receive(ByteBuffer& buffer, std::size_t minimum, std::size_t maximum,
+        std::optional<Duration> limit, ReceiveHandler handler)
         = 0;
 
     /// Sends all of `message` and calls the handler when the system has taken it, or with an error.
@@ -51,8 +53,9 @@ public:
     /// Sends the last message of the conversation, then closes: first this side, then, once the
     /// peer has closed too or a second has passed, the whole connection. What the peer still sends
     /// meanwhile is thrown away. Closing at once would make the kernel reset the connection when
-    /// unread bytes are there, and the peer would lose the message.
-    virtual void sendLast(QByteArray message) = 0;
+    /// unread bytes are there, and the peer would lose the message. `keptUntilClosed` is let go of
+    /// when the connection has been closed, on its queue.
+    virtual void sendLast(QByteArray message, std::shared_ptr<void> keptUntilClosed = nullptr) = 0;
 
     /// Closes at once. An outstanding receive or send ends with an error, on the connection's
     /// queue.
@@ -67,8 +70,8 @@ public:
 class TcpListener : public Interface {
 public:
     enum class State {
-        waiting, ///< accepting is paused (out of descriptors or memory) and is tried again by
-                 ///< itself
+        waiting, ///< accepting is paused (out of descriptors or memory) and goes on by itself,
+                 ///< without a word; told once a minute at most
         ready,   ///< connections are accepted
         failed   ///< the port could not be opened; final
     };
@@ -92,7 +95,8 @@ public:
     /// Starts the threads. `label` names them.
     [[nodiscard]] static std::unique_ptr<TcpNetwork> create(const std::string& label);
 
-    /// Drops what is outstanding without calling its handlers, and joins the threads.
+    /// Drops what is outstanding without calling its handlers, and joins the threads. A handler
+    /// that throws is dropped too, with a critical message to Qt's message handler.
     ~TcpNetwork() override = default;
 
     [[nodiscard]] virtual std::unique_ptr<TcpListener> listener(std::uint16_t port) = 0;

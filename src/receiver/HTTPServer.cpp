@@ -19,6 +19,8 @@ namespace {
 
 // Long enough for the network's addresses to settle after a change.
 constexpr auto rebindDelay = std::chrono::milliseconds(750);
+// How often a port that is lost is tried again.
+constexpr auto retryInterval = std::chrono::seconds(10);
 
 QString describe(const std::error_code& error)
 {
@@ -30,8 +32,8 @@ QString describe(const std::error_code& error)
 HTTPServer::HTTPServer(Collaborators collaborators, std::uint16_t tcpPort)
     : with_(std::move(collaborators))
     , tcpPort_(tcpPort)
-    , context_(std::make_shared<ReceiverContext>(
-          loadOrCreateFerrylaneKey(), with_.mainQueue, with_.notifications, with_.clock))
+    , context_(std::make_shared<ReceiverContext>(loadOrCreateFerrylaneKey(), with_.mainQueue,
+          with_.notifications, with_.clock, with_.times))
     , sessionKeyB64_(base64URLEncode(context_->sessionKey.bytes()))
 {
     openSockets();
@@ -39,10 +41,20 @@ HTTPServer::HTTPServer(Collaborators collaborators, std::uint16_t tcpPort)
 
 HTTPServer::~HTTPServer()
 {
+    end();
+}
+
+void HTTPServer::end()
+{
+    serviceRunning_ = false;
     if (pendingRebind_) pendingRebind_->cancel();
+    context_->admission.setOpen(false);
+    cancelActiveTransfer();
+    if (context_->admission.hasActive()) flLog(QStringLiteral("Waiting for a file to be stored"));
     closeSockets();
     context_->connections->cancelAll();
     context_->connections->waitUntilNone();
+    context_->reports->deliver();
 }
 
 void HTTPServer::startListener()
@@ -72,6 +84,7 @@ void HTTPServer::stopListener()
 
 void HTTPServer::openSockets()
 {
+    isPortLost_ = false;
     startListener();
     with_.responder.start();
 }
@@ -84,9 +97,34 @@ bool HTTPServer::openSocketsOrLog(const QString& failure)
     } catch (const std::system_error& thrown) {
         error = thrown.code();
         flLog(failure + describe(error));
+        later(retryInterval, &HTTPServer::retryResponder);
     }
     with_.onSocket(platform::Transport::udp, error);
     return !error;
+}
+
+void HTTPServer::later(platform::Duration delay, void (HTTPServer::*task)())
+{
+    if (pendingRebind_) pendingRebind_->cancel();
+    pendingRebind_ = with_.mainQueue.after(delay, [this, task] { (this->*task)(); });
+}
+
+void HTTPServer::retryPort()
+{
+    stopListener();
+    startListener();
+}
+
+void HTTPServer::retryResponder()
+{
+    try {
+        with_.responder.start();
+    } catch (const std::system_error&) {
+        // Logged the first time.
+        later(retryInterval, &HTTPServer::retryResponder);
+        return;
+    }
+    with_.onSocket(platform::Transport::udp, {});
 }
 
 void HTTPServer::closeSockets()
@@ -99,6 +137,7 @@ void HTTPServer::logListener(State state, const std::error_code& error)
 {
     switch (state) {
     case State::ready:
+        loggedError_.clear();
         removeStalePartialsOnce();
         flLog(QStringLiteral("Server ready on port %1; Bonjour visible=%2")
                   .arg(QString::number(tcpPort_), isVisible_ ? u"true" : u"false"));
@@ -107,6 +146,8 @@ void HTTPServer::logListener(State state, const std::error_code& error)
         flLog(QStringLiteral("Server listener waiting: ") + describe(error));
         return;
     case State::failed:
+        // Once, however often it is tried again.
+        if (std::exchange(loggedError_, error) == error) return;
         flLog(QStringLiteral("Server listener failed: ") + describe(error));
         return;
     }
@@ -114,10 +155,21 @@ void HTTPServer::logListener(State state, const std::error_code& error)
 
 void HTTPServer::listenerChanged(State state, const std::error_code& error)
 {
-    // Accepting that pauses goes on by itself.
-    if (state == State::waiting) return;
+    switch (state) {
+    case State::waiting: // goes on by itself
+        return;
+    case State::failed:
+        isPortLost_ = true;
+        // Whoever found this computer now would knock at somebody else's door.
+        with_.responder.stop();
+        later(retryInterval, &HTTPServer::retryPort);
+        break;
+    case State::ready:
+        if (isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
+        if (std::exchange(isPortLost_, false)) retryResponder();
+        break;
+    }
     with_.onSocket(platform::Transport::tcp, error);
-    if (state == State::ready && isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
 }
 
 void HTTPServer::removeStalePartialsOnce()
@@ -157,15 +209,17 @@ void HTTPServer::cancelActiveTransfer()
 void HTTPServer::rebindAfterNetworkChange(const QString& reason)
 {
     if (!serviceRunning_) return;
-    // A newer request starts the wait anew.
-    if (pendingRebind_) pendingRebind_->cancel();
     closeSockets();
     flLog(QStringLiteral("Rebinding Ferrylane after ") + reason);
-    pendingRebind_ = with_.mainQueue.after(rebindDelay, [this] {
-        if (openSocketsOrLog(QStringLiteral("Ferrylane network rebind failed: "))) {
-            flLog(QStringLiteral("Ferrylane network rebind completed"));
-        }
-    });
+    // A newer request starts the wait anew.
+    later(rebindDelay, &HTTPServer::reopenAfterNetworkChange);
+}
+
+void HTTPServer::reopenAfterNetworkChange()
+{
+    if (openSocketsOrLog(QStringLiteral("Ferrylane network rebind failed: "))) {
+        flLog(QStringLiteral("Ferrylane network rebind completed"));
+    }
 }
 
 void HTTPServer::refreshAdvertisement()

@@ -22,8 +22,10 @@ namespace ferrylane {
 /// the answering of discovery requests and the announcing of the service.
 ///
 /// There is one for the life of the process, running from its creation on. Every operation is
-/// called on the main thread; files are received on the connections' queues. The destructor ends
-/// everything and waits for it: no notification is posted afterwards.
+/// called on the main thread; files are received on the connections' queues.
+///
+/// A port that is lost (to another program, after the network has changed) is tried again every ten
+/// seconds while the service is on; discovery requests are not answered meanwhile.
 class HTTPServer {
 public:
     /// Answers phones that look for computers. start() throws std::system_error.
@@ -56,19 +58,27 @@ public:
         DiscoveryResponder& responder;
         Advertiser& advertiser;
         SocketHandler onSocket = [](platform::Transport, const std::error_code&) {};
+        UploadTimes times = {};
     };
 
     /// Loads or creates the receiver key and starts the service. A port that is in use is logged
     /// when the listener finds it so; std::system_error is thrown when discovery cannot be
     /// answered.
     explicit HTTPServer(Collaborators collaborators, std::uint16_t tcpPort = port);
+    /// As end().
     ~HTTPServer();
     HTTPServer(const HTTPServer&) = delete;
     HTTPServer& operator=(const HTTPServer&) = delete;
 
+    /// Ends everything for good and waits for it. An upload is cut off, unless all of its file has
+    /// come: that is stored, however slow the disk is, answered and told of before this returns.
+    /// Nothing is told afterwards.
+    void end();
+
     void startService();
     /// Cuts an upload off, and everybody who has not sent a whole request yet.
     void stopService();
+    /// Does nothing when all of the file has come and is being stored.
     void cancelActiveTransfer();
     /// Closes the sockets and opens them again 0.75 seconds later. An upload goes on.
     void rebindAfterNetworkChange(const QString& reason);
@@ -86,7 +96,7 @@ public:
     /// In a handler of "FerrylaneReceived": the file that the notification is about.
     [[nodiscard]] const std::optional<ReceivedFile>& lastReceivedFile() const
     {
-        return context_->lastReceivedFile;
+        return context_->reports->lastReceivedFile();
     }
 
 private:
@@ -96,6 +106,11 @@ private:
     /// Logs a failure with these words before it; returns whether all went well.
     bool openSocketsOrLog(const QString& failure);
     void closeSockets();
+    /// Runs `task` later, in place of what was to run later before.
+    void later(platform::Duration delay, void (HTTPServer::*task)());
+    void reopenAfterNetworkChange();
+    void retryPort();
+    void retryResponder();
     /// On the listener's queue.
     void logListener(platform::TcpListener::State state, const std::error_code& error);
     void removeStalePartialsOnce();
@@ -111,6 +126,8 @@ private:
     std::shared_ptr<platform::DelayedTask> pendingRebind_;
     std::atomic<bool> isVisible_ = true;
     bool serviceRunning_ = true;
+    bool isPortLost_ = false;
+    std::error_code loggedError_;       ///< of opening the port; on the listener's queue
     bool stalePartialsRemoved_ = false; ///< on the listener's queue
 };
 

@@ -1,9 +1,9 @@
 #include "receiver/ReceiveProgress.h"
 
-#include "core/Notifications.h"
 #include "core/TransferSpeed.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ferrylane {
 
@@ -13,21 +13,20 @@ constexpr quint64 progressSteps = 40;
 
 } // namespace
 
-ReceiveProgress::ReceiveProgress(qint64 declaredFileSize,
-    platform::NotificationCenter& notifications, const platform::Clock& clock)
-    : declaredFileSize_(declaredFileSize)
-    , notifications_(notifications)
+ReceiveProgress::ReceiveProgress(QString displayName, qint64 declaredFileSize,
+    UploadReports& reports, const platform::Clock& clock)
+    : displayName_(std::move(displayName))
+    , declaredFileSize_(declaredFileSize)
+    , reports_(reports)
     , clock_(clock)
     , startTime_(clock.now())
     , lastSpeedTime_(startTime_)
 {
 }
 
-void ReceiveProgress::started(const QString& displayName)
+void ReceiveProgress::authenticated()
 {
-    notifications_.post(FerrylaneStarted, displayName);
-    notifications_.post(FerrylaneSpeed, 0.0);
-    notifications_.post(FerrylaneProgress, 0.0);
+    if (!isAuthenticated_.exchange(true)) reports_.started(displayName_);
 }
 
 void ReceiveProgress::advanced(quint64 totalBytes)
@@ -45,29 +44,26 @@ void ReceiveProgress::reportStep(quint64 totalBytes)
         totalBytes * progressSteps / static_cast<quint64>(declaredFileSize_), progressSteps);
     if (step <= lastProgressStep_) return;
     lastProgressStep_ = step;
-    notifications_.post(
-        FerrylaneProgress, static_cast<double>(step) / static_cast<double>(progressSteps));
+    reports_.setFraction(static_cast<double>(step) / static_cast<double>(progressSteps));
 }
 
 void ReceiveProgress::reportSpeed(quint64 totalBytes, platform::TimePoint now)
 {
     if (now - lastSpeedTime_ < std::chrono::seconds(1)) return;
-    notifications_.post(
-        FerrylaneSpeed, megabytesPerSecond(totalBytes - lastSpeedBytes_, now - lastSpeedTime_));
+    reports_.setSpeed(megabytesPerSecond(totalBytes - lastSpeedBytes_, now - lastSpeedTime_));
     lastSpeedBytes_ = totalBytes;
     lastSpeedTime_ = now;
 }
 
-void ReceiveProgress::stored(quint64 totalBytes, const QString& storedName)
+void ReceiveProgress::stored(const ReceivedFile& file)
 {
-    notifications_.post(FerrylaneSpeed, megabytesPerSecond(totalBytes, clock_.now() - startTime_));
-    notifications_.post(FerrylaneProgress, 1.0);
-    notifications_.post(FerrylaneReceived, storedName);
+    reports_.stored(
+        file, megabytesPerSecond(static_cast<quint64>(file.size), clock_.now() - startTime_));
 }
 
 void ReceiveProgress::stopped(const QString& reason)
 {
-    notifications_.post(FerrylaneStopped, reason);
+    if (isAuthenticated_) reports_.stopped(reason);
 }
 
 } // namespace ferrylane

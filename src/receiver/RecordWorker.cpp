@@ -2,6 +2,7 @@
 
 #include "core/Log.h"
 
+#include <exception>
 #include <utility>
 
 namespace ferrylane {
@@ -75,12 +76,18 @@ void RecordWorker::work(const std::shared_ptr<Batch>& batch)
     worked_.notify_all();
 }
 
-std::optional<StreamFailure> RecordWorker::read(const std::vector<platform::ByteView>& chunks)
+std::optional<StreamFailure> RecordWorker::read(
+    const std::vector<platform::ByteView>& chunks) noexcept
 {
-    for (const platform::ByteView chunk : chunks) {
-        if (const auto failure = records_.feed(chunk)) return failure;
+    try {
+        for (const platform::ByteView chunk : chunks) {
+            if (const auto failure = records_.feed(chunk)) return failure;
+        }
+        return std::nullopt;
+    } catch (const std::exception& error) {
+        flLog(QStringLiteral("Could not open the upload: ") + QString::fromUtf8(error.what()));
+        return failures::authenticationFailed;
     }
-    return std::nullopt;
 }
 
 platform::MutableByteView RecordWorker::space(std::size_t length)
@@ -90,6 +97,7 @@ platform::MutableByteView RecordWorker::space(std::size_t length)
 
 bool RecordWorker::take(std::size_t length)
 {
+    progress_.authenticated();
     const platform::ByteView piece = plaintext_.prepare(length);
     if (const std::error_code error = file_->write(piece)) {
         flLog(QStringLiteral("Could not write the upload: ")
@@ -103,6 +111,8 @@ bool RecordWorker::take(std::size_t length)
 
 platform::Sha256Digest RecordWorker::digest()
 {
+    // Asked for when the final record has been opened: of an empty file the only one.
+    progress_.authenticated();
     return sha256_.finish();
 }
 

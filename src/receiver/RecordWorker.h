@@ -27,7 +27,7 @@ public:
     /// Called on the queue when a chunk has failed; later ones are dropped.
     using FailureHandler = std::function<void()>;
 
-    /// `progress` and `queue` must outlive the worker.
+    /// `progress` and `queue` must outlive the worker. `onFailure` is called at most once.
     RecordWorker(const V4Transfer& transfer, const platform::SecretKey& key,
         std::unique_ptr<PartialFile> file, ReceiveProgress& progress, platform::SerialQueue& queue,
         FailureHandler onFailure);
@@ -60,7 +60,9 @@ private:
     static constexpr std::size_t batchesAtOnce = 4;
 
     void work(const std::shared_ptr<Batch>& batch);
-    [[nodiscard]] std::optional<StreamFailure> read(const std::vector<platform::ByteView>& chunks);
+    /// Throws nothing: what goes wrong here (no memory, say) ends the upload.
+    [[nodiscard]] std::optional<StreamFailure> read(
+        const std::vector<platform::ByteView>& chunks) noexcept;
 
     [[nodiscard]] platform::MutableByteView space(std::size_t length) override;
     [[nodiscard]] bool take(std::size_t length) override;

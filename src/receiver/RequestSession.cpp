@@ -31,7 +31,8 @@ RequestSession::RequestSession(
 
 void RequestSession::receiveHead()
 {
-    connection_->receive(buffer_, 1, maximumHeadReceive,
+    // There is no time limit: who waits too long makes room for others (OpenConnections).
+    connection_->receive(buffer_, 1, maximumHeadReceive, std::nullopt,
         [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
             self->received(endOfStream, error);
         });
@@ -68,9 +69,15 @@ void RequestSession::handle(const RequestHead& head)
     std::visit([this](const auto& request) { answer(request); }, route(head));
 }
 
+void RequestSession::send(QByteArray answer)
+{
+    registration_->closing();
+    connection_->sendLast(std::move(answer), std::move(registration_));
+}
+
 void RequestSession::answer(const HttpAnswer& answer)
 {
-    connection_->sendLast(answer.toBytes());
+    send(answer.toBytes());
 }
 
 void RequestSession::answer(const routes::Readiness& /*request*/)
@@ -80,10 +87,10 @@ void RequestSession::answer(const routes::Readiness& /*request*/)
 
 void RequestSession::answer(const routes::Identify& request)
 {
-    const auto response
+    auto response
         = identifyResponse(context_->sessionKey, request.challenge, ferrylaneDeviceSuffix());
     if (response) {
-        connection_->sendLast(*response);
+        send(std::move(*response));
     } else {
         answer(HttpAnswer{statuses::badRequest, "Invalid challenge"});
     }
@@ -95,12 +102,14 @@ void RequestSession::answer(const routes::Upload& request)
         answer(busy());
     } else if (!request.transfer) {
         answer(HttpAnswer{statuses::badRequest, "Authentication metadata missing"});
-    } else if (!context_->admission.tryAdmit(connection_)) {
-        answer(busy());
-    } else {
-        V4Receiver::receiveSecureUploadV4Chunked({context_, connection_, std::move(registration_),
-                                                     *request.transfer, request.senderName},
+    } else if (auto place = context_->admission.tryAdmit(connection_)) {
+        registration_->uploading();
+        V4Receiver::receiveSecureUploadV4Chunked(
+            {context_, connection_, std::move(registration_), std::move(*place), *request.transfer,
+                request.senderName},
             std::move(buffer_));
+    } else {
+        answer(busy());
     }
 }
 

@@ -28,6 +28,8 @@ private:
     void received(bool endOfStream, const std::error_code& error);
     void handle(const RequestHead& head);
 
+    /// The end of the session.
+    void send(QByteArray answer);
     // One for each kind of route.
     void answer(const HttpAnswer& answer);
     void answer(const routes::Readiness&);

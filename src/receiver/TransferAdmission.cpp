@@ -4,23 +4,41 @@
 
 namespace ferrylane {
 
-bool TransferAdmission::tryAdmit(const Connection& connection)
+TransferAdmission::Place::Place(Place&& other) noexcept
+    : admission_(std::exchange(other.admission_, nullptr)), connection_(other.connection_)
 {
-    const std::lock_guard lock(mutex_);
-    if (!open_ || outboundBusy_ || activeTransferConnection_) return false;
-    activeTransferConnection_ = connection;
+}
+
+TransferAdmission::Place::~Place()
+{
+    if (!admission_) return;
+    const std::lock_guard lock(admission_->mutex_);
+    // Another may have taken the place of one that was cancelled.
+    if (admission_->activeTransferConnection_.get() != connection_) return;
+    admission_->activeTransferConnection_ = nullptr;
+    admission_->isStoring_ = false;
+}
+
+bool TransferAdmission::Place::beginStoring()
+{
+    const std::lock_guard lock(admission_->mutex_);
+    if (admission_->activeTransferConnection_.get() != connection_) return false;
+    admission_->isStoring_ = true;
     return true;
 }
 
-void TransferAdmission::release(const platform::TcpConnection& connection)
+std::optional<TransferAdmission::Place> TransferAdmission::tryAdmit(const Connection& connection)
 {
     const std::lock_guard lock(mutex_);
-    if (activeTransferConnection_.get() == &connection) activeTransferConnection_ = nullptr;
+    if (!open_ || outboundBusy_ || activeTransferConnection_) return std::nullopt;
+    activeTransferConnection_ = connection;
+    return Place(*this, connection.get());
 }
 
 TransferAdmission::Connection TransferAdmission::takeActive()
 {
     const std::lock_guard lock(mutex_);
+    if (isStoring_) return nullptr;
     return std::exchange(activeTransferConnection_, nullptr);
 }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace ferrylane {
 
@@ -14,12 +15,32 @@ class TransferAdmission {
 public:
     using Connection = std::shared_ptr<platform::TcpConnection>;
 
-    /// Makes `connection` the active one, unless the service is busy or off.
-    [[nodiscard]] bool tryAdmit(const Connection& connection);
-    /// The upload over `connection` has ended. Does nothing when another has taken its place.
-    void release(const platform::TcpConnection& connection);
+    /// An upload's place. The service is free again when it goes. The admission must outlive it.
+    class Place {
+    public:
+        Place(Place&& other) noexcept;
+        Place& operator=(Place&&) = delete;
+        ~Place();
+
+        /// The file is whole and is about to be stored: takeActive() leaves it alone from now on.
+        /// False when it has been taken already.
+        [[nodiscard]] bool beginStoring();
+
+    private:
+        friend class TransferAdmission;
+        Place(TransferAdmission& admission, const platform::TcpConnection* connection)
+            : admission_(&admission), connection_(connection)
+        {
+        }
+
+        TransferAdmission* admission_;
+        const platform::TcpConnection* connection_;
+    };
+
+    /// Makes `connection` the active one; none when the service is busy or off.
+    [[nodiscard]] std::optional<Place> tryAdmit(const Connection& connection);
     /// Takes the active connection, if there is one, for the caller to cancel. The service is free
-    /// at once.
+    /// at once. One whose file is being stored stays: it is too late to stop it.
     [[nodiscard]] Connection takeActive();
 
     void setOutboundBusy(bool busy);
@@ -31,6 +52,7 @@ public:
 private:
     mutable std::mutex mutex_;
     Connection activeTransferConnection_;
+    bool isStoring_ = false;
     bool outboundBusy_ = false;
     bool open_ = true;
 };

@@ -4,8 +4,6 @@
 #include "core/ReceiveDestination.h"
 #include "core/StoragePaths.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 
 namespace ferrylane {
@@ -16,36 +14,41 @@ namespace {
 // follows only a little has to be moved to the buffer's front; enough for many short ones.
 constexpr std::size_t readAhead = 65536;
 
-void refuse(const AdmittedUpload& upload)
-{
-    upload.context->admission.release(*upload.connection);
-    upload.connection->sendLast(
-        HttpAnswer{statuses::internalServerError, "Cannot create destination"}.toBytes());
-}
-
 } // namespace
 
 void V4Receiver::receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::ByteBuffer body)
 {
-    std::error_code error;
-    auto file = PartialFile::create(receiveDir(), error);
-    if (!file) {
-        refuse(upload);
-        return;
-    }
-    std::make_shared<V4Receiver>(std::move(upload), std::move(body))->start(std::move(file));
+    std::make_shared<V4Receiver>(std::move(upload), std::move(body))->start();
 }
 
 V4Receiver::V4Receiver(AdmittedUpload upload, platform::ByteBuffer body)
     : upload_(std::move(upload))
     , bodyBuffer_(std::move(body))
-    , progress_(upload_.transfer.fileSize, upload_.context->notifications, upload_.context->clock)
+    , admissionTime_(platform::SteadyClock().now())
+    , latestBytesTime_(admissionTime_)
+    , progress_(sanitize(upload_.transfer.fileName), upload_.transfer.fileSize,
+          *upload_.context->reports, upload_.context->clock)
 {
 }
 
-void V4Receiver::start(std::unique_ptr<PartialFile> file)
+V4Receiver::~V4Receiver()
 {
-    progress_.started(sanitize(upload_.transfer.fileName));
+    if (!worker_) return;
+    const QString reason = QStringLiteral("Internal error");
+    leave();
+    logFailure(reason);
+    progress_.stopped(reason);
+}
+
+void V4Receiver::start()
+{
+    std::error_code error;
+    auto file = PartialFile::create(receiveDir(), error);
+    if (!file) {
+        leave();
+        answer({statuses::internalServerError, "Cannot create destination"});
+        return;
+    }
     worker_ = std::make_unique<RecordWorker>(upload_.transfer, upload_.context->sessionKey,
         std::move(file), progress_, upload_.context->recordQueue,
         [connection = upload_.connection, weak = weak_from_this()] {
@@ -60,20 +63,33 @@ void V4Receiver::next()
 {
     const std::size_t maximum
         = std::min(chunks_.missingBytes(bodyBuffer_) + readAhead, maximumBodyReceive);
-    upload_.connection->receive(bodyBuffer_, 1, maximum,
+    upload_.connection->receive(bodyBuffer_, 1, maximum, timeLeft(),
         [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
             self->received(endOfStream, error);
         });
 }
 
+platform::Duration V4Receiver::timeLeft() const
+{
+    const UploadTimes& times = upload_.context->times;
+    const platform::TimePoint end = progress_.isAuthenticated() ? latestBytesTime_ + times.silence
+                                                                : admissionTime_ + times.firstRecord;
+    return end - platform::SteadyClock().now();
+}
+
 void V4Receiver::received(bool endOfStream, const std::error_code& error)
 {
     if (!worker_) return;
-    if (error) {
-        fail(QStringLiteral("Connection error: ") + QString::fromStdString(error.message()));
-        upload_.connection->cancel();
+    // The first record may have been opened while this was waiting for the next.
+    if (error == std::errc::timed_out && timeLeft() > platform::Duration::zero()) {
+        next();
         return;
     }
+    if (error) {
+        failConnection(error);
+        return;
+    }
+    latestBytesTime_ = platform::SteadyClock().now();
     // What came before the end of the stream has been delivered before, and did not complete it.
     if (endOfStream) {
         fail(failures::closedBeforeLastChunk);
@@ -120,6 +136,11 @@ void V4Receiver::finalizeIfDone()
         fail(*failure);
         return;
     }
+    // Nobody can stop it from here on; whoever did before has cancelled the connection.
+    if (!upload_.place->beginStoring()) {
+        failConnection(std::make_error_code(std::errc::operation_canceled));
+        return;
+    }
     std::error_code error;
     const auto path = worker_->store(upload_.transfer.fileName, upload_.senderName, error);
     if (!path) {
@@ -131,13 +152,14 @@ void V4Receiver::finalizeIfDone()
 
     const quint64 size = worker_->totalBytes();
     flLog(QStringLiteral("Secure V4 received %1 bytes to %2").arg(QString::number(size), *path));
-    upload_.context->mainQueue.async(
-        [context = upload_.context, file = ReceivedFile{*path, static_cast<qint64>(size)}] {
-            context->lastReceivedFile = file;
-        });
     leave();
-    progress_.stored(size, QFileInfo(*path).fileName());
+    progress_.stored({*path, static_cast<qint64>(size)});
     answer({statuses::ok, "OK SHA256"});
+}
+
+void V4Receiver::failConnection(const std::error_code& error)
+{
+    fail(QStringLiteral("Connection error: ") + QString::fromStdString(error.message()));
 }
 
 void V4Receiver::fail(const QString& text, QByteArrayView status)
@@ -146,7 +168,7 @@ void V4Receiver::fail(const QString& text, QByteArrayView status)
     const auto earlier = worker_->settle();
     const QString reason = earlier ? QString(earlier->text) : text;
     leave();
-    flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
+    logFailure(reason);
     progress_.stopped(reason);
     answer({earlier ? statuses::badRequest : status, reason.toUtf8()});
 }
@@ -154,12 +176,22 @@ void V4Receiver::fail(const QString& text, QByteArrayView status)
 void V4Receiver::leave()
 {
     worker_.reset(); // and with it a partial file
-    upload_.context->admission.release(*upload_.connection);
+    upload_.place.reset();
+}
+
+void V4Receiver::logFailure(const QString& reason)
+{
+    if (progress_.isAuthenticated()) {
+        flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
+    } else {
+        upload_.context->failureLog->uploadFailed(reason);
+    }
 }
 
 void V4Receiver::answer(const HttpAnswer& answer)
 {
-    upload_.connection->sendLast(answer.toBytes());
+    upload_.registration->closing();
+    upload_.connection->sendLast(answer.toBytes(), std::move(upload_.registration));
 }
 
 } // namespace ferrylane

@@ -21,6 +21,7 @@ struct AdmittedUpload {
     std::shared_ptr<ReceiverContext> context;
     std::shared_ptr<platform::TcpConnection> connection; ///< the active one
     std::unique_ptr<OpenConnections::Registration> registration;
+    std::optional<TransferAdmission::Place> place;
     V4Transfer transfer;
     std::optional<QString> senderName;
 };
@@ -34,10 +35,16 @@ public:
     static void receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::ByteBuffer body);
 
     V4Receiver(AdmittedUpload upload, platform::ByteBuffer body);
+    /// Fails an upload that has not ended yet: one of its handlers has thrown.
+    ~V4Receiver();
+    V4Receiver(const V4Receiver&) = delete;
+    V4Receiver& operator=(const V4Receiver&) = delete;
 
 private:
-    void start(std::unique_ptr<PartialFile> file);
+    void start();
     void next();
+    /// How long to wait for more bytes.
+    [[nodiscard]] platform::Duration timeLeft() const;
     void received(bool endOfStream, const std::error_code& error);
     /// Goes on with what has come in: waits for more, finishes or fails.
     void proceed();
@@ -47,13 +54,17 @@ private:
     void finalizeIfDone();
     void fail(const QString& text, QByteArrayView status = statuses::badRequest);
     void fail(StreamFailure failure) { fail(QString(failure.text)); }
+    void failConnection(const std::error_code& error);
     /// Leaves the service free for the next upload, before anybody hears of the end of this one.
     void leave();
+    void logFailure(const QString& reason);
     void answer(const HttpAnswer& answer);
 
     AdmittedUpload upload_;
     platform::ByteBuffer bodyBuffer_;
     ChunkDecoder chunks_;
+    const platform::TimePoint admissionTime_;
+    platform::TimePoint latestBytesTime_;
     ReceiveProgress progress_;
     std::unique_ptr<RecordWorker> worker_; ///< null once the upload has ended
     bool lastChunkSeen_ = false;

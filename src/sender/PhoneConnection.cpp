@@ -86,7 +86,7 @@ void PhoneConnection::Exchange::reached(TcpState reachedState, const std::error_
 
 void PhoneConnection::Exchange::receiveMore()
 {
-    connection->receive(buffer, 1, answerReceive,
+    connection->receive(buffer, 1, answerReceive, std::nullopt,
         [self = shared_from_this()](
             bool endOfStream, const std::error_code& why) { self->received(endOfStream, why); });
 }

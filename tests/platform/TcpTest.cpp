@@ -1,6 +1,7 @@
 #include "platform/Tcp.h"
 
 #include "support/TcpClient.h"
+#include "support/Waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -47,13 +48,13 @@ protected:
         std::error_code error;
     };
     /// The buffer lives on until the handler has run, whatever the test does.
-    static std::future<Received> receive(
-        TcpConnection& connection, std::size_t minimum, std::size_t maximum)
+    static std::future<Received> receive(TcpConnection& connection, std::size_t minimum,
+        std::size_t maximum, std::optional<Duration> limit = std::nullopt)
     {
         auto buffer = std::make_shared<ByteBuffer>();
         auto promise = std::make_shared<std::promise<Received>>();
-        connection.receive(
-            *buffer, minimum, maximum, [buffer, promise](bool endOfStream, std::error_code error) {
+        connection.receive(*buffer, minimum, maximum, limit,
+            [buffer, promise](bool endOfStream, std::error_code error) {
                 promise->set_value({toByteArray(buffer->unread()), endOfStream, error});
             });
         return promise->get_future();
@@ -111,6 +112,24 @@ TEST_F(TcpTest, cancelEndsAPendingReceiveWithAnError)
     EXPECT_EQ(receive(*connection, 1, 100).get().error, std::errc::operation_canceled);
 }
 
+TEST_F(TcpTest, aPeerThatSendsNothingForTooLongEndsAReceive)
+{
+    ASSERT_EQ(listen().state, TcpListener::State::ready);
+    TcpClient client(testPort);
+    const auto connection = accepted();
+    auto pending = receive(*connection, 4, 4, 300ms);
+    for (const char* const byte : {"a", "b", "c"}) {
+        std::this_thread::sleep_for(150ms);
+        client.send(byte);
+    }
+    const Received received = pending.get();
+    EXPECT_EQ(received.bytes, "abc");
+    EXPECT_EQ(received.error, std::errc::timed_out);
+    // The connection is good for an answer.
+    connection->sendLast("too slow");
+    EXPECT_EQ(client.receiveAll(), "too slow");
+}
+
 TEST_F(TcpTest, theLastMessageArrivesAlthoughUnreadBytesAreThere)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
@@ -133,6 +152,24 @@ TEST_F(TcpTest, closesAPeerThatKeepsItsSideOpen)
         std::this_thread::sleep_for(50ms);
     }
     EXPECT_LT(std::chrono::steady_clock::now(), deadline);
+}
+
+TEST_F(TcpTest, letsGoOfWhatIsKeptOnceItIsClosed)
+{
+    for (const bool isCancelled : {false, true}) {
+        ASSERT_EQ(listen().state, TcpListener::State::ready);
+        TcpClient client(testPort);
+        const auto connection = accepted();
+        accepted_ = {};
+        if (isCancelled) connection->cancel();
+        auto kept = std::make_shared<int>(0);
+        const std::weak_ptr weak(kept);
+        connection->sendLast("bye", std::move(kept));
+        EXPECT_EQ(client.receiveAll(), isCancelled ? "" : "bye");
+        client.finishSending();
+        EXPECT_TRUE(support::waitUntil([&] { return weak.expired(); }));
+        listener_->cancel();
+    }
 }
 
 TEST_F(TcpTest, aPortInUseIsAFailedStateAndAFreedOneIsFreeAtOnce)

@@ -79,7 +79,14 @@ TEST_F(HTTPServerTest, aFailedRebindIsLogged)
     responder().failing = true;
     mainQueue().advance(1s);
     EXPECT_EQ(logCount("Ferrylane network rebind failed: Input/output error"), 1);
+    // It is tried again, and told once.
+    mainQueue().advance(25s);
+    EXPECT_EQ(logCount("Input/output error"), 1);
+    responder().failing = false;
+    mainQueue().advance(10s);
+    EXPECT_TRUE(responder().isOpen);
 
+    responder().failing = true;
     server().stopService();
     server().startService();
     EXPECT_EQ(logCount("Could not start Ferrylane service: Input/output error"), 1);
@@ -140,20 +147,24 @@ TEST_F(HTTPServerTest, anAnnouncementThatComesTooLateIsDropped)
     EXPECT_FALSE(advertiser().announced);
 }
 
-TEST_F(HTTPServerTest, aPortInUseIsLoggedAndTheServiceLivesOn)
+TEST_F(HTTPServerTest, aPortInUseIsLoggedOnceAndTriedAgainInSilence)
 {
     const auto other = network().listener(port);
     std::promise<void> ready;
     other->start([&](auto, auto) { ready.set_value(); }, [](const auto&) {});
     ready.get_future().wait();
     createServer();
-    ASSERT_TRUE(mainQueue().waitFor(
-        [&] { return logCount("Server listener failed: Address already in use") == 1; }));
+    for (int tries = 0; tries < 3; ++tries) {
+        ASSERT_TRUE(mainQueue().waitFor([&] { return mainQueue().delayedCount() == 1; }));
+        EXPECT_FALSE(responder().isOpen) << "phones are not led to another program's port";
+        mainQueue().advance(10s);
+    }
+    EXPECT_EQ(logCount("Server listener failed: Address already in use"), 1);
     EXPECT_TRUE(server().serviceRunning());
+    ASSERT_TRUE(mainQueue().waitFor([&] { return mainQueue().delayedCount() == 1; }));
     other->cancel();
-    server().rebindAfterNetworkChange(QStringLiteral("system wake"));
-    mainQueue().advance(1s);
-    ASSERT_TRUE(waitUntilReady(1));
+    mainQueue().advance(10s);
+    ASSERT_TRUE(mainQueue().waitFor([&] { return responder().isOpen; }));
     EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
 
@@ -204,8 +215,10 @@ TEST_F(HTTPServerTest, whoeverHasNotFinishedARequestIsCutOffByAStop)
 TEST_F(HTTPServerTest, theOldestOfTooManyHalfRequestsAreDropped)
 {
     startServer();
+    const std::size_t limit
+        = ConnectionLimits::forDescriptors(platform::descriptorLimit()).incompleteHeads;
     std::vector<TcpClient> clients;
-    for (std::size_t i = 0; i < maximumIncompleteHeads + 10; ++i) {
+    for (std::size_t i = 0; i < limit + 10; ++i) {
         clients.emplace_back();
         ASSERT_TRUE(clients.back().send("GET /transfer-sta"));
     }

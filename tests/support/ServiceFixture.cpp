@@ -33,16 +33,24 @@ void ServiceFixture::observe(QLatin1StringView name)
     }));
 }
 
-void ServiceFixture::createServer()
+void ServiceFixture::createServer(const UploadTimes& times)
 {
-    server_ = std::make_unique<HTTPServer>(
-        HTTPServer::Collaborators{*network_, mainQueue_, center_, clock_, responder_, advertiser_});
+    server_ = std::make_unique<HTTPServer>(HTTPServer::Collaborators{
+        .network = *network_,
+        .mainQueue = mainQueue_,
+        .notifications = center_,
+        .clock = clock_,
+        .responder = responder_,
+        .advertiser = advertiser_,
+        .times = times,
+    });
 }
 
-void ServiceFixture::startServer()
+void ServiceFixture::startServer(const UploadTimes& times)
 {
-    createServer();
-    ASSERT_TRUE(waitUntilReady(1));
+    const int before = logCount("Server ready on port");
+    createServer(times);
+    ASSERT_TRUE(waitUntilReady(before + 1));
 }
 
 void ServiceFixture::destroyServer()

@@ -51,9 +51,9 @@ protected:
     ServiceFixture();
     ~ServiceFixture() override;
 
-    void createServer();
+    void createServer(const ferrylane::UploadTimes& times = {});
     /// Creates the service and waits for its port.
-    void startServer();
+    void startServer(const ferrylane::UploadTimes& times = {});
     void destroyServer();
     /// Waits until the port has been opened for the `count`th time.
     [[nodiscard]] bool waitUntilReady(int count);

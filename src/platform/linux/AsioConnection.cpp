@@ -4,7 +4,6 @@
 
 #include <asio/buffer.hpp>
 #include <asio/connect.hpp>
-#include <asio/dispatch.hpp>
 #include <asio/post.hpp>
 
 #include <algorithm>
@@ -23,6 +22,7 @@ AsioConnection::AsioConnection(asio::io_context& context, QString host, std::uin
     : strand_(context.get_executor())
     , socket_(strand_)
     , resolver_(strand_)
+    , receiveTimer_(strand_)
     , closingTimer_(strand_)
     , host_(std::move(host))
     , port_(port)
@@ -33,6 +33,7 @@ AsioConnection::AsioConnection(Strand strand, asio::ip::tcp::socket socket)
     : strand_(std::move(strand))
     , socket_(std::move(socket))
     , resolver_(strand_)
+    , receiveTimer_(strand_)
     , closingTimer_(strand_)
 {
     keepFromOtherPrograms(socket_);
@@ -90,10 +91,11 @@ void AsioConnection::reach(State state, const std::error_code& error)
     if (handler) handler(state, systemError(error));
 }
 
-void AsioConnection::receive(
-    ByteBuffer& buffer, std::size_t minimum, std::size_t maximum, ReceiveHandler handler)
+void AsioConnection::receive(ByteBuffer& buffer, std::size_t minimum, std::size_t maximum,
+    std::optional<Duration> limit, ReceiveHandler handler)
 {
-    auto receive = std::make_shared<Receive>(Receive{buffer, minimum, maximum, std::move(handler)});
+    auto receive
+        = std::make_shared<Receive>(Receive{buffer, minimum, maximum, limit, std::move(handler)});
     // Posted even on the strand: a peer that always has bytes ready must not deepen the stack.
     asio::post(strand_,
         [self = shared_from_this(), receive = std::move(receive)] { self->receiveSome(receive); });
@@ -125,14 +127,29 @@ void AsioConnection::receiveSome(const std::shared_ptr<Receive>& receive)
 
 void AsioConnection::waitForBytes(const std::shared_ptr<Receive>& receive)
 {
+    if (receive->limit) startTimeLimit(receive);
     socket_.async_wait(asio::ip::tcp::socket::wait_read,
         [self = shared_from_this(), receive](const std::error_code& error) {
-            if (error) {
-                receive->handler(false, systemError(error));
-            } else {
+            if (receive->limit) self->receiveTimer_.cancel();
+            if (!error) {
                 self->receiveSome(receive);
+            } else if (receive->isTimedOut) {
+                receive->handler(false, std::make_error_code(std::errc::timed_out));
+            } else {
+                receive->handler(false, systemError(error));
             }
         });
+}
+
+void AsioConnection::startTimeLimit(const std::shared_ptr<Receive>& receive)
+{
+    receiveTimer_.expires_after(std::max(*receive->limit, Duration::zero()));
+    receiveTimer_.async_wait([self = shared_from_this(), receive](const std::error_code& error) {
+        if (error) return;
+        receive->isTimedOut = true;
+        std::error_code ignored;
+        self->socket_.cancel(ignored);
+    });
 }
 
 void AsioConnection::send(QByteArray message, SendHandler handler)
@@ -178,15 +195,18 @@ void AsioConnection::sendSome(ByteView rest, SendHandler handler)
         });
 }
 
-void AsioConnection::sendLast(QByteArray message)
+void AsioConnection::sendLast(QByteArray message, std::shared_ptr<void> keptUntilClosed)
 {
-    send(std::move(message), [self = shared_from_this()](const std::error_code& error) {
-        if (error) {
-            self->cancel();
-        } else {
-            self->closeGently();
-        }
-    });
+    send(std::move(message),
+        [self = shared_from_this(), kept = std::move(keptUntilClosed)](
+            const std::error_code& error) mutable {
+            self->keptUntilClosed_ = std::move(kept);
+            if (error) {
+                self->close();
+            } else {
+                self->closeGently();
+            }
+        });
 }
 
 void AsioConnection::closeGently()
@@ -195,7 +215,7 @@ void AsioConnection::closeGently()
     socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
     closingTimer_.expires_after(closingTime);
     closingTimer_.async_wait([self = shared_from_this()](const std::error_code& error) {
-        if (!error) self->socket_.close();
+        if (!error) self->close();
     });
     discardIncoming();
 }
@@ -207,7 +227,7 @@ void AsioConnection::discardIncoming()
     // One read at a time: the strand's thread has others to serve.
     socket_.read_some(asio::buffer(scratch), error);
     if (error && error != asio::error::would_block) {
-        cancel();
+        close();
         return;
     }
     socket_.async_wait(asio::ip::tcp::socket::wait_read,
@@ -216,16 +236,22 @@ void AsioConnection::discardIncoming()
         });
 }
 
+void AsioConnection::close()
+{
+    const auto keptUntilNow = std::exchange(keptUntilClosed_, nullptr);
+    if (std::exchange(cancelled_, true)) return;
+    std::error_code ignored;
+    resolver_.cancel();
+    receiveTimer_.cancel();
+    closingTimer_.cancel();
+    socket_.close(ignored);
+    reach(State::cancelled, {});
+}
+
 void AsioConnection::cancel()
 {
-    asio::dispatch(strand_, [self = shared_from_this()] {
-        if (std::exchange(self->cancelled_, true)) return;
-        std::error_code ignored;
-        self->resolver_.cancel();
-        self->closingTimer_.cancel();
-        self->socket_.close(ignored);
-        self->reach(State::cancelled, {});
-    });
+    // Posted even on the strand: whoever cancels may hold a lock that the end of this needs.
+    asio::post(strand_, [self = shared_from_this()] { self->close(); });
 }
 
 void AsioConnection::async(SerialQueue::Task task)

@@ -49,10 +49,10 @@ public:
 
     void start(StateHandler handler) override;
     void receive(ByteBuffer& buffer, std::size_t minimum, std::size_t maximum,
-        ReceiveHandler handler) override;
+        std::optional<Duration> limit, ReceiveHandler handler) override;
     void send(QByteArray message, SendHandler handler) override;
     void sendView(ByteView message, SendHandler handler) override;
-    void sendLast(QByteArray message) override;
+    void sendLast(QByteArray message, std::shared_ptr<void> keptUntilClosed) override;
     void cancel() override;
     void async(SerialQueue::Task task) override;
 
@@ -62,8 +62,10 @@ private:
         ByteBuffer& buffer;
         std::size_t minimum;
         std::size_t maximum;
+        std::optional<Duration> limit;
         ReceiveHandler handler;
         std::size_t count = 0;
+        bool isTimedOut = false;
     };
     using Endpoints = asio::ip::tcp::resolver::results_type;
 
@@ -73,17 +75,21 @@ private:
 
     void receiveSome(const std::shared_ptr<Receive>& receive);
     void waitForBytes(const std::shared_ptr<Receive>& receive);
+    void startTimeLimit(const std::shared_ptr<Receive>& receive);
     void sendSome(ByteView rest, SendHandler handler);
     void closeGently();
     void discardIncoming();
+    void close();
 
     Strand strand_;
     asio::ip::tcp::socket socket_;
     asio::ip::tcp::resolver resolver_;
+    asio::steady_timer receiveTimer_;
     asio::steady_timer closingTimer_;
     QString host_;
     std::uint16_t port_ = 0;
     StateHandler stateHandler_;
+    std::shared_ptr<void> keptUntilClosed_;
     bool cancelled_ = false;
 };
 

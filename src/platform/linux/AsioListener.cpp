@@ -1,5 +1,7 @@
 #include "platform/linux/AsioListener.h"
 
+#include "platform/Clock.h"
+#include "platform/DescriptorLimit.h"
 #include "platform/linux/AsioConnection.h"
 #include "platform/linux/AsioError.h"
 #include "platform/linux/FileDescriptor.h"
@@ -7,10 +9,9 @@
 #include <asio/ip/v6_only.hpp>
 #include <asio/post.hpp>
 
-#include <climits>
+#include <optional>
 
 #include <fcntl.h>
-#include <sys/resource.h>
 
 namespace platform {
 
@@ -18,8 +19,12 @@ using asio::ip::tcp;
 
 namespace {
 
-// How long accepting rests when the system is out of descriptors or memory.
-constexpr auto acceptPause = std::chrono::milliseconds(100);
+// How long accepting rests when the system is out of descriptors or memory: short, for whoever
+// waits to be accepted, and long enough to cost nothing.
+constexpr auto acceptPause = std::chrono::milliseconds(10);
+
+// How often a rest is told, at most.
+constexpr auto restTellingInterval = std::chrono::minutes(1);
 
 // Descriptors that connections leave to the rest of the program: a file that is being received
 // needs some in the end.
@@ -29,9 +34,7 @@ constexpr int reservedDescriptors = 16;
 /// connection, `any` an open one.
 bool isShortOfDescriptors(int latest, int any)
 {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur > INT_MAX) return false;
-    const int firstReserved = static_cast<int>(limit.rlim_cur) - reservedDescriptors;
+    const int firstReserved = static_cast<int>(descriptorLimit()) - reservedDescriptors;
     // The system always gives the lowest one, so trying is needed only near the end.
     if (latest < firstReserved - 1) return false;
     const FileDescriptor next(fcntl(any, F_DUPFD_CLOEXEC, 0));
@@ -139,7 +142,6 @@ private:
             rest(error);
             return;
         }
-        if (std::exchange(resting_, false)) onState_(State::ready, {});
         if (!error) latestDescriptor_ = socket.native_handle();
         if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
         acceptNext();
@@ -148,7 +150,11 @@ private:
     /// Out of something that others may give back: trying again at once would spin.
     void rest(const std::error_code& error)
     {
-        if (!std::exchange(resting_, true)) onState_(State::waiting, error);
+        const TimePoint now = SteadyClock().now();
+        if (!lastTold_ || now - *lastTold_ >= restTellingInterval) {
+            lastTold_ = now;
+            onState_(State::waiting, error);
+        }
         pause_.expires_after(acceptPause);
         pause_.async_wait([self = shared_from_this()](const std::error_code& waitError) {
             const std::lock_guard lock(self->mutex_);
@@ -164,7 +170,7 @@ private:
     StateHandler onState_;
     ConnectionHandler onConnection_;
     bool cancelled_ = false;
-    bool resting_ = false;
+    std::optional<TimePoint> lastTold_; ///< of a rest
     int latestDescriptor_ = -1;
 };
 

@@ -4,7 +4,10 @@
 
 #include <asio/executor_work_guard.hpp>
 
+#include <QtGlobal>
+
 #include <algorithm>
+#include <exception>
 #include <thread>
 #include <vector>
 
@@ -25,7 +28,7 @@ public:
         for (unsigned i = 0; i < threadCount(); ++i) {
             threads_.emplace_back([this, label] {
                 setCurrentThreadName(label);
-                context_.run();
+                run();
             });
         }
     }
@@ -49,6 +52,19 @@ public:
     }
 
 private:
+    void run()
+    {
+        while (true) {
+            try {
+                context_.run();
+                return;
+            } catch (const std::exception& error) {
+                // The handler is gone, and with it what it held; the others are served on.
+                qCritical("A connection was dropped: %s", error.what());
+            }
+        }
+    }
+
     asio::io_context context_;
     asio::executor_work_guard<asio::io_context::executor_type> work_;
     std::vector<std::thread> threads_;
