@@ -18,6 +18,8 @@ from parts import simplified  # noqa: E402
 
 def write(name, value):
     content = json.dumps(simplified(value), indent=1, ensure_ascii=False)
+    # Nobody sees a byte order mark, and some readers drop it.
+    content = content.replace("\ufeff", "\\ufeff")
     (pathlib.Path(__file__).parent / name).write_text(content + "\n", encoding="utf-8")
 
 

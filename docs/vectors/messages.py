@@ -62,6 +62,9 @@ def read_uploads():
         upload("a size beyond 64 bits", upload_request(size + "9223372036854775808")),
         upload("a sender's name with a bad escape", upload_request(sender + "100%"),
                senderName="100%"),
+        upload("byte order marks are characters like any other",
+               upload_request(name + "\ufeffa", sender + "%EF%BB%BFb", transfer_id="\ufeff" + "i" * 15),
+               fileName="\ufeffa", transferId="\ufeff" + "i" * 15, senderName="\ufeffb"),
         upload("an escaped sender's name", upload_request(sender + "Zo%C3%AB's+phone"),
                senderName="Zo\u00eb's+phone"),
     ]
@@ -83,6 +86,7 @@ def routed():
         answered("ready", request("GET", "/transfer-status"), "200 OK", "READY"),
         answered("method in lower case", request("get", "/transfer-status"), *not_found),
         answered("another method", request("HEAD", "/transfer-status"), *not_found),
+        answered("a method after a byte order mark", request("\ufeffGET", "/transfer-status"), *not_found),
         answered("no request line", "\r\n\r\n", *not_found),
         answered("no slash", request("GET", "*"), *not_found),
         answered("a post elsewhere", request("POST", "/"), *not_found),
@@ -130,6 +134,9 @@ def refused_uploads():
         answered("no transfer id", no_id, *metadata),
         answered("transfer id too short", upload_request(transfer_id="i" * 15), *metadata),
         answered("transfer id too long", upload_request(transfer_id="i" * 129), *metadata),
+        *[answered(f"transfer id with a control character, U+{ord(control):04X}",
+                   upload_request(transfer_id="i" * 8 + control + "i" * 8), *metadata)
+          for control in ["\x00", "\n", "\x7f", "\x85"]],
         answered("nonce prefix of 7 bytes", upload_request(prefix="AAECAwQFBg"), *metadata),
         answered("nonce prefix of 9 bytes", upload_request(prefix="AAECAwQFBgcI"), *metadata),
         answered("nonce prefix that is not base64", upload_request(prefix="AAECAwQFBg!"),
@@ -166,6 +173,8 @@ def identify():
         refused_challenge("none", None),
         refused_challenge("15 bytes", base64url(bytes(15))),
         refused_challenge("65 bytes", base64url(bytes(65))),
+        refused_challenge("what a name proof begins with", base64url(b"Ferrylane-name-v1")),
+        refused_challenge("a name proof's message", base64url(b"Ferrylane-name-v1\nAAAA\nOffice")),
         refused_challenge("not base64", "not base64 but long enough!"),
     ]}
 

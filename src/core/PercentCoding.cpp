@@ -1,7 +1,8 @@
 #include "core/PercentCoding.h"
 
+#include "core/Text.h"
+
 #include <QList>
-#include <QStringDecoder>
 
 #include <charconv>
 
@@ -37,16 +38,6 @@ std::optional<QByteArray> unescaped(const QByteArray& text)
     return bytes;
 }
 
-std::optional<QString> decodedUtf8(const QByteArray& bytes)
-{
-    using Flag = QStringConverter::Flag;
-    // A byte order mark is a character like any other here, and an unfinished sequence an error.
-    QStringDecoder decode(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
-    QString text = decode(bytes);
-    if (decode.hasError()) return std::nullopt;
-    return text;
-}
-
 bool staysInFileName(char32_t c)
 {
     if (c < 0x80) return QStringView(u"-._~").contains(QChar(c)) || QChar::isLetterOrNumber(c);
@@ -60,7 +51,7 @@ std::optional<QString> percentDecode(QStringView text)
     // A lone surrogate has no UTF-8.
     if (!text.isValidUtf16()) return std::nullopt;
     const auto bytes = unescaped(text.toUtf8());
-    return bytes ? decodedUtf8(*bytes) : std::nullopt;
+    return bytes ? decodeUtf8(*bytes) : std::nullopt;
 }
 
 QString percentEncodeForQuery(QStringView text)

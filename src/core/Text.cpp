@@ -1,6 +1,7 @@
 #include "core/Text.h"
 
 #include <QLocale>
+#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -37,6 +38,15 @@ QString visible(QChar control)
 }
 
 } // namespace
+
+std::optional<QString> decodeUtf8(QByteArrayView bytes)
+{
+    using Flag = QStringConverter::Flag;
+    QStringDecoder decode(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
+    QString text = decode(bytes);
+    if (decode.hasError()) return std::nullopt;
+    return text;
+}
 
 qsizetype characterCount(QStringView text)
 {

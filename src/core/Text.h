@@ -1,11 +1,19 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
+
+#include <optional>
 
 namespace ferrylane {
 
 // Lengths that people see are in characters as they see them: extended grapheme clusters (Unicode
 // Standard Annex 29). An emoji of several code points or a letter with accents is one.
+
+/// The bytes read as UTF-8 (RFC 3629: no overlong forms, no surrogates), every one of them: unlike
+/// Qt's own reading a byte order mark at the start is a character like any other. None when they
+/// are not UTF-8.
+[[nodiscard]] std::optional<QString> decodeUtf8(QByteArrayView bytes);
 
 [[nodiscard]] qsizetype characterCount(QStringView text);
 

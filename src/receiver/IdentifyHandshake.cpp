@@ -8,6 +8,16 @@ namespace ferrylane {
 
 namespace {
 
+/// What the message of a name proof begins with. A challenge that does so, too, is none: the proof
+/// over it could be shown as that of a name.
+constexpr QByteArrayView nameTag("Ferrylane-name-v1");
+
+bool isChallenge(const QByteArray& bytes)
+{
+    return bytes.size() >= shortestChallenge && bytes.size() <= longestChallenge
+        && !bytes.startsWith(nameTag);
+}
+
 QByteArray proof(const platform::SecretKey& key, const QByteArray& message)
 {
     return base64URLEncode(platform::hmacSha256(key, platform::bytesOf(message))).toLatin1();
@@ -19,12 +29,11 @@ std::optional<QByteArray> identifyResponse(const platform::SecretKey& key,
     const std::optional<QString>& challenge, const QString& deviceName)
 {
     const auto bytes = challenge ? base64URLDecode(*challenge) : std::nullopt;
-    if (!bytes || bytes->size() < shortestChallenge || bytes->size() > longestChallenge) {
-        return std::nullopt;
-    }
+    if (!bytes || !isChallenge(*bytes)) return std::nullopt;
     const QByteArray encodedName = percentEncodeForQuery(deviceName).toLatin1();
     // The text of the challenge as it came, so that the name proof binds its spelling as well.
-    const QByteArray nameMessage = "Ferrylane-name-v1\n" + challenge->toUtf8() + "\n" + encodedName;
+    const QByteArray nameMessage
+        = nameTag.toByteArray() + '\n' + challenge->toUtf8() + '\n' + encodedName;
     return QByteArray("HTTP/1.1 200 OK\r\n"
                       "Content-Length: 0\r\n"
                       "Connection: close\r\n"

@@ -4,7 +4,6 @@
 #include "core/Text.h"
 #include "receiver/Blanks.h"
 
-#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
@@ -30,11 +29,10 @@ HttpAnswer refusal(QByteArrayView status, const char* body)
     return {status, QByteArray(body)};
 }
 
-bool isUtf8(QByteArrayView text)
+/// Of a head that is UTF-8 as a whole, and so is between its ASCII characters.
+QString textOf(QByteArrayView part)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = decoder.decode(text);
-    return !decoder.hasError();
+    return decodeUtf8(part).value_or(QString());
 }
 
 Lines linesOf(QByteArrayView head)
@@ -52,7 +50,7 @@ Lines linesOf(QByteArrayView head)
 /// out.
 void readRequestLine(QByteArrayView line, RequestHead& head)
 {
-    const QStringList words = QString::fromUtf8(line).split(u' ', Qt::SkipEmptyParts);
+    const QStringList words = textOf(line).split(u' ', Qt::SkipEmptyParts);
     if (!words.isEmpty()) head.method = words[0];
     if (words.size() > 1) head.target = words[1];
 }
@@ -67,7 +65,7 @@ std::optional<HeaderLine> headerLine(QByteArrayView line)
     const qsizetype colon = line.indexOf(':');
     if (colon < 0 || colon + 1 == line.size()) return std::nullopt;
     return HeaderLine{
-        QString::fromUtf8(line.first(colon)).toLower(), withoutOuterBlanks(line.sliced(colon + 1))};
+        textOf(line.first(colon)).toLower(), withoutOuterBlanks(line.sliced(colon + 1))};
 }
 
 /// -1 for anything but a decimal number that fits 64 bits.
@@ -97,7 +95,7 @@ bool readFileName(const QString& value, RequestHead& head)
 /// file name breaks a limit.
 bool readHeader(const HeaderLine& line, RequestHead& head)
 {
-    const QString value = QString::fromUtf8(line.value);
+    const QString value = textOf(line.value);
     if (line.name == u"x-filename") return readFileName(value, head);
 
     if (line.name == u"transfer-encoding") {
@@ -118,7 +116,7 @@ bool readHeader(const HeaderLine& line, RequestHead& head)
 
 std::variant<RequestHead, HttpAnswer> readHead(QByteArrayView text)
 {
-    if (text.size() > static_cast<qsizetype>(maximumHeadBytes) || !isUtf8(text)) {
+    if (text.size() > static_cast<qsizetype>(maximumHeadBytes) || !text.isValidUtf8()) {
         return refusal(statuses::badRequest, "Invalid headers");
     }
     const Lines lines = linesOf(text);

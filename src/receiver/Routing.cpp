@@ -19,7 +19,9 @@ constexpr std::array<QStringView, 4> olderUploadTargets
 
 bool isTransferId(const std::optional<QString>& id)
 {
-    if (!id) return false;
+    // A line feed would make two pairs of id and file name the same in the associated data.
+    const auto isControl = [](QChar c) { return c.category() == QChar::Other_Control; };
+    if (!id || std::any_of(id->begin(), id->end(), isControl)) return false;
     const qsizetype length = characterCount(*id);
     return length >= shortestTransferId && length <= longestTransferId;
 }
