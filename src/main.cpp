@@ -2,6 +2,8 @@
 #include "app/Appearance.h"
 #include "camera/SystemCameras.h"
 #include "core/Log.h"
+#include "platform/DescriptorLimit.h"
+#include "platform/EndLimit.h"
 #include "platform/MainQueue.h"
 #include "platform/NetworkPathMonitor.h"
 #include "platform/NotificationCenter.h"
@@ -13,7 +15,9 @@
 #include "platform/TrayNotices.h"
 
 #include <QApplication>
+#include <QMessageBox>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -31,8 +35,8 @@ std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
     try {
         return std::make_unique<platform::NetworkPathMonitor>(
             "ferrylane.network.path", [&](bool isSatisfied) {
-                if (!isSatisfied) return;
-                mainQueue.async([&application] { application.networkPathSatisfied(); });
+                mainQueue.async(
+                    [&application, isSatisfied] { application.networkPathChanged(isSatisfied); });
             });
     } catch (const std::system_error& error) {
         flLog(QStringLiteral("Could not watch the network: ")
@@ -41,10 +45,24 @@ std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
     }
 }
 
-/// The event loop of the one instance, and all that lives as long as it does.
-int run(platform::SingleInstance* instance, const QByteArray& action)
+using End = std::optional<platform::EndLimit>;
+
+/// From here on everything ends in its order, which a busy disk may hold up.
+void beginEnd(End& end, platform::SingleInstance* instance)
 {
-    // In this order, so that each goes before what it uses.
+    constexpr auto longestEnd = std::chrono::seconds(20);
+    end.emplace(longestEnd, [] {
+        flLog(QStringLiteral("Ended without waiting any longer for what was still to be written"));
+    });
+    if (instance) instance->sayThatItEnds();
+}
+
+/// The event loop of the one instance, and all that lives as long as it does.
+int run(platform::SingleInstance* instance, const QByteArray& action, End& end)
+{
+    // In this order, so that each goes before what it uses. The signals go last: one that comes
+    // while the application ends is no reason to end it sooner.
+    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     platform::MainQueue mainQueue;
     platform::NotificationCenter notifications(mainQueue);
     const platform::SteadyClock clock;
@@ -61,7 +79,6 @@ int run(platform::SingleInstance* instance, const QByteArray& action)
                  inhibitor.release();
              }
          }});
-    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     application.applicationDidFinishLaunching();
 
     const auto pathMonitor = watchNetworkPath(application, mainQueue);
@@ -73,7 +90,9 @@ int run(platform::SingleInstance* instance, const QByteArray& action)
     }
     // The panel shows already.
     if (action != "show") mainQueue.async([&] { application.perform(action); });
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    beginEnd(end, instance);
+    return status;
 }
 
 constexpr qsizetype longestAction = 64;
@@ -101,6 +120,23 @@ std::unique_ptr<platform::SingleInstance> claimSingleInstance(const QByteArray& 
     }
 }
 
+void sayThatAnotherDoesNotAnswer()
+{
+    const QString text = QStringLiteral("Ferrylane is already running, but it does not answer.");
+    std::fprintf(stderr, "ferrylane: %s\n", qPrintable(text));
+    flLog(text);
+    if (QGuiApplication::platformName() == u"offscreen") return;
+    QMessageBox::warning(nullptr, QStringLiteral("Ferrylane"),
+        text + QStringLiteral(" End it, or log out and in again, then start it anew."));
+}
+
+/// What the platform has to say of faults that it lives on with (a handler that threw).
+void logFaults(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message)
+{
+    std::fprintf(stderr, "ferrylane: %s\n", qPrintable(message));
+    if (type == QtCriticalMsg || type == QtFatalMsg) flLog(message);
+}
+
 /// Where nobody can see windows, phones are served all the same.
 void doWithoutDisplay()
 {
@@ -117,7 +153,10 @@ int main(int argc, char** argv)
 {
     using Outcome = platform::SingleInstance::Outcome;
 
+    qInstallMessageHandler(logFaults);
+    platform::raiseDescriptorLimit();
     doWithoutDisplay();
+    End end; // ends last
     const QApplication toolkit(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ferrylane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(FERRYLANE_VERSION));
@@ -127,10 +166,10 @@ int main(int argc, char** argv)
     const Outcome outcome = instance ? instance->outcome() : Outcome::first;
     if (outcome == Outcome::handedOver) return 0;
     if (outcome == Outcome::unanswered) {
-        std::fputs("ferrylane: already running, but it does not answer\n", stderr);
+        sayThatAnotherDoesNotAnswer();
         return 1;
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
-    return run(instance.get(), action);
+    return run(instance.get(), action, end);
 }

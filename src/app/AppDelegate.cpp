@@ -40,7 +40,13 @@ AppDelegate::AppDelegate(Collaborators collaborators)
 
 AppDelegate::~AppDelegate()
 {
+    // The wait may be long.
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        window->hide();
+    }
+    QGuiApplication::sync();
     sendFlow_->cancelAndWait();
+    if (server_) server_->end();
 }
 
 SendFlow::Collaborators AppDelegate::sendCollaborators()
@@ -229,9 +235,7 @@ void AppDelegate::deviceRenamed()
 void AppDelegate::endTransfers()
 {
     sendFlow_->cancelAndWait();
-    if (!server_) return;
-    server_->cancelActiveTransfer();
-    server_->setOutboundBusy(false);
+    if (server_) server_->end();
 }
 
 void AppDelegate::showAccess()

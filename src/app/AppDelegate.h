@@ -43,7 +43,8 @@ public:
     };
 
     explicit AppDelegate(Collaborators collaborators);
-    /// Cuts off what is being sent, which is recorded as failed.
+    /// Cuts off what is being sent, which is recorded as failed, and what is being received, unless
+    /// all of it has come: that is stored and recorded, however slow the disk is.
     ~AppDelegate() override;
 
     /// Starts everything and shows the main panel. What could not be started or read is told to the
@@ -56,7 +57,7 @@ public:
     void perform(const QByteArray& action);
 
     /// What the system tells.
-    void networkPathSatisfied() { control_->networkPathSatisfied(); }
+    void networkPathChanged(bool isSatisfied) { control_->networkPathChanged(isSatisfied); }
     void systemDidWake() { control_->systemDidWake(); }
     /// The desktop has a tray now.
     void trayDidAppear() { statusItem_->renew(); }

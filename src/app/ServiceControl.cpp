@@ -105,11 +105,16 @@ void ServiceControl::scheduleAutoOff()
           });
 }
 
-void ServiceControl::networkPathSatisfied()
+void ServiceControl::networkPathChanged(bool isSatisfied)
 {
-    // The service has started on the first one.
-    if (!std::exchange(hasInitialNetworkPath_, true)) return;
-    scheduleNetworkRebind(QStringLiteral("network path/IP change"), networkSettlingTime);
+    if (!isSatisfied) {
+        hasStartedWithoutPath_ = hasStartedWithoutPath_ || !hasInitialNetworkPath_;
+    } else if (std::exchange(hasInitialNetworkPath_, true)) {
+        scheduleNetworkRebind(QStringLiteral("network path/IP change"), networkSettlingTime);
+    } else if (hasStartedWithoutPath_) {
+        // The sockets are open to it already; only the address is new.
+        refreshPairingCode();
+    }
 }
 
 void ServiceControl::systemDidWake()
@@ -130,6 +135,11 @@ void ServiceControl::rebind(const QString& reason)
     service_.rebind(reason);
     service_.stopDiscovery();
     service_.startDiscovery();
+    refreshPairingCode();
+}
+
+void ServiceControl::refreshPairingCode()
+{
     service_.refreshPairingCode();
     cancel(secondRefresh_);
     secondRefresh_

@@ -52,11 +52,12 @@ public:
     /// Reads the setting anew and counts from now on.
     void scheduleAutoOff();
 
-    /// The network has a path to others, as is told at the start and after every change.
-    void networkPathSatisfied();
+    /// Whether the network has a path to others, as is told at the start and after every change.
+    void networkPathChanged(bool isSatisfied);
     void systemDidWake();
 
 private:
+    void refreshPairingCode();
     void scheduleNetworkRebind(const QString& reason, platform::Duration delay);
     void rebind(const QString& reason);
 
@@ -66,6 +67,7 @@ private:
     bool visible_;
     bool serviceRunning_;
     bool hasInitialNetworkPath_ = false;
+    bool hasStartedWithoutPath_ = false;
     std::shared_ptr<platform::DelayedTask> autoOffTimer_;
     std::shared_ptr<platform::DelayedTask> pendingNetworkRebind_;
     std::shared_ptr<platform::DelayedTask> secondRefresh_;

@@ -165,17 +165,28 @@ void SettingsFlow::resetFerrylane()
     with_.endTransfers();
     removeSettingsAndPairings();
     with_.transferLog.clear();
-    restartApp();
+    if (!relaunch()) {
+        with_.alert(QStringLiteral("Ferrylane has been reset"),
+            QStringLiteral("It could not start again by itself and ends now. Start it anew."));
+    }
+    QApplication::quit();
 }
 
 void SettingsFlow::restartApp()
 {
-    with_.endTransfers();
-    if (const auto failure = platform::relaunchSoon()) {
-        flLog(QStringLiteral("Could not restart Ferrylane: ") + *failure);
-        return;
+    if (relaunch()) {
+        QApplication::quit();
+    } else {
+        with_.alert(QStringLiteral("Could not restart Ferrylane"),
+            QStringLiteral("It goes on as it is. Quit it and start it anew."));
     }
-    QApplication::quit();
+}
+
+bool SettingsFlow::relaunch()
+{
+    const auto failure = platform::relaunchSoon();
+    if (failure) flLog(QStringLiteral("Could not restart Ferrylane: ") + *failure);
+    return !failure;
 }
 
 } // namespace ferrylane

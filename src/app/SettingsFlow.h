@@ -23,7 +23,7 @@ public:
         std::function<void()> showDevices;
         /// The device has another name.
         std::function<void()> deviceRenamed;
-        /// Ends what is being transferred, for the program is about to end.
+        /// Ends what is being transferred, and the service for good.
         std::function<void()> endTransfers;
     };
 
@@ -49,6 +49,8 @@ private:
     void keepTransfers(bool keepsAll);
     void showFeedback();
     void resetFerrylane();
+    /// False, with a line in the log, when the program cannot be started again.
+    [[nodiscard]] static bool relaunch();
 
     Collaborators with_;
     std::vector<QPointer<InfoPanel>> panels_; ///< null when they have been closed

@@ -22,14 +22,17 @@ public:
     enum class Outcome {
         first,      ///< this process has the claim
         handedOver, ///< another has it, and has been told
-        unanswered, ///< another has it, and did not answer in time
+        unanswered, ///< another has it, and did not answer or end in time
     };
-    /// Far more than a busy process takes, and than one that ends needs to end.
+    /// Far more than a busy process takes to answer.
     static constexpr Duration usualPatience = std::chrono::seconds(5);
+    /// For a process that does not listen: it begins, or it ends and has something to finish first.
+    static constexpr Duration patienceWithEnd = std::chrono::seconds(30);
 
-    /// Blocks for as long as the first process takes to answer, `patience` at most. `program` must
-    /// do as a file name. Throws std::system_error when there is no folder for the claim.
-    /// `request` says what a later process was started for: 64 bytes at most, and not empty.
+    /// Blocks for as long as the first process takes to answer, `patience` at most, or to end once
+    /// it has said that it does, patienceWithEnd at most. `program` must do as a file name. Throws
+    /// std::system_error when there is no folder for the claim. `request` says what a later process
+    /// was started for: 64 bytes at most, and not empty.
     explicit SingleInstance(const QString& program, const QByteArray& request = "show",
         Duration patience = usualPatience);
     ~SingleInstance();
@@ -43,6 +46,10 @@ public:
     /// are not answered before. Once only, and this object goes on the same thread. The handler
     /// must not destroy it.
     void setRequestHandler(std::function<void(const QByteArray& request)> onRequest);
+
+    /// In the first process: it is about to end. The handler is called no more, and later processes
+    /// wait for the claim instead of for an answer. On the thread of setRequestHandler().
+    void sayThatItEnds();
 
 private:
     class Claim;

@@ -50,7 +50,9 @@ void HTTPServer::end()
     if (pendingRebind_) pendingRebind_->cancel();
     context_->admission.setOpen(false);
     cancelActiveTransfer();
-    if (context_->admission.hasActive()) flLog(QStringLiteral("Waiting for a file to be stored"));
+    if (const auto name = context_->admission.storing()) {
+        flLog(QStringLiteral("Waiting until “%1” is stored").arg(*name));
+    }
     closeSockets();
     context_->connections->cancelAll();
     context_->connections->waitUntilNone();

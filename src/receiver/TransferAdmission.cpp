@@ -16,14 +16,14 @@ TransferAdmission::Place::~Place()
     // Another may have taken the place of one that was cancelled.
     if (admission_->activeTransferConnection_.get() != connection_) return;
     admission_->activeTransferConnection_ = nullptr;
-    admission_->isStoring_ = false;
+    admission_->storing_.reset();
 }
 
-bool TransferAdmission::Place::beginStoring()
+bool TransferAdmission::Place::beginStoring(const QString& fileName)
 {
     const std::lock_guard lock(admission_->mutex_);
     if (admission_->activeTransferConnection_.get() != connection_) return false;
-    admission_->isStoring_ = true;
+    admission_->storing_ = fileName;
     return true;
 }
 
@@ -38,7 +38,7 @@ std::optional<TransferAdmission::Place> TransferAdmission::tryAdmit(const Connec
 TransferAdmission::Connection TransferAdmission::takeActive()
 {
     const std::lock_guard lock(mutex_);
-    if (isStoring_) return nullptr;
+    if (storing_) return nullptr;
     return std::exchange(activeTransferConnection_, nullptr);
 }
 
@@ -64,6 +64,12 @@ bool TransferAdmission::hasActive() const
 {
     const std::lock_guard lock(mutex_);
     return activeTransferConnection_ != nullptr;
+}
+
+std::optional<QString> TransferAdmission::storing() const
+{
+    const std::lock_guard lock(mutex_);
+    return storing_;
 }
 
 } // namespace ferrylane

@@ -22,9 +22,9 @@ public:
         Place& operator=(Place&&) = delete;
         ~Place();
 
-        /// The file is whole and is about to be stored: takeActive() leaves it alone from now on.
-        /// False when it has been taken already.
-        [[nodiscard]] bool beginStoring();
+        /// The file of this name is whole and is about to be stored: takeActive() leaves it alone
+        /// from now on. False when it has been taken already.
+        [[nodiscard]] bool beginStoring(const QString& fileName);
 
     private:
         friend class TransferAdmission;
@@ -48,11 +48,13 @@ public:
     void setOpen(bool open);
     [[nodiscard]] bool isBusy() const;
     [[nodiscard]] bool hasActive() const;
+    /// The name of the file that is being stored, if one is.
+    [[nodiscard]] std::optional<QString> storing() const;
 
 private:
     mutable std::mutex mutex_;
     Connection activeTransferConnection_;
-    bool isStoring_ = false;
+    std::optional<QString> storing_;
     bool outboundBusy_ = false;
     bool open_ = true;
 };

@@ -72,8 +72,9 @@ void V4Receiver::next()
 platform::Duration V4Receiver::timeLeft() const
 {
     const UploadTimes& times = upload_.context->times;
-    const platform::TimePoint end = progress_.isAuthenticated() ? latestBytesTime_ + times.silence
-                                                                : admissionTime_ + times.firstRecord;
+    const platform::TimePoint end = progress_.isAuthenticated()
+        ? latestBytesTime_ + times.silence
+        : admissionTime_ + times.firstRecord;
     return end - platform::SteadyClock().now();
 }
 
@@ -137,7 +138,7 @@ void V4Receiver::finalizeIfDone()
         return;
     }
     // Nobody can stop it from here on; whoever did before has cancelled the connection.
-    if (!upload_.place->beginStoring()) {
+    if (!upload_.place->beginStoring(upload_.transfer.fileName)) {
         failConnection(std::make_error_code(std::errc::operation_canceled));
         return;
     }

@@ -109,11 +109,11 @@ TEST_F(ServiceControlTest, switchesItselfOff)
 TEST_F(ServiceControlTest, rebindsOnceForABurstOfChanges)
 {
     begin();
-    control_->networkPathSatisfied(); // the one it has started on
+    control_->networkPathChanged(true); // the one it has started on
     queue_.advance(10s);
     static_cast<void>(service_.told());
     for (int i = 0; i < 3; ++i) {
-        control_->networkPathSatisfied();
+        control_->networkPathChanged(true);
         queue_.advance(500ms);
     }
     queue_.advance(749ms);
@@ -122,6 +122,22 @@ TEST_F(ServiceControlTest, rebindsOnceForABurstOfChanges)
     EXPECT_EQ(service_.told(), rebound);
     queue_.advance(1s);
     EXPECT_EQ(service_.told(), u"code"_s);
+}
+
+TEST_F(ServiceControlTest, theFirstNetworkAfterAStartWithoutOneBringsANewCode)
+{
+    begin();
+    static_cast<void>(service_.told());
+    control_->networkPathChanged(false);
+    EXPECT_EQ(service_.told(), QString());
+    control_->networkPathChanged(true);
+    EXPECT_EQ(service_.told(), u"code"_s);
+    queue_.advance(1s);
+    EXPECT_EQ(service_.told(), u"code"_s);
+    control_->networkPathChanged(false);
+    control_->networkPathChanged(true);
+    queue_.advance(1250ms);
+    EXPECT_EQ(service_.told(), rebound);
 }
 
 TEST_F(ServiceControlTest, wakesUpAndIgnoresChangesWhileOff)

@@ -122,6 +122,22 @@ TEST_F(SingleInstanceTest, OnlyADeadProcessLosesItsClaim)
     killer.join();
 }
 
+TEST_F(SingleInstanceTest, AProcessThatEndsIsWaitedForLongerThanForAnAnswer)
+{
+    auto first = std::make_unique<SingleInstance>(program);
+    first->setRequestHandler([](const QByteArray&) { FAIL(); });
+    first->sayThatItEnds();
+    std::atomic<bool> isOver = false;
+    std::thread second([&] {
+        EXPECT_EQ(SingleInstance(program, "show", 0ms).outcome(), Outcome::first);
+        EXPECT_TRUE(isOver);
+    });
+    std::this_thread::sleep_for(200ms);
+    isOver = true;
+    first.reset();
+    second.join();
+}
+
 TEST_F(SingleInstanceTest, OneOfManyThatStartTogetherIsFirst)
 {
     for (int round = 0; round < 20 && !HasFailure(); ++round) {

@@ -54,14 +54,19 @@ FileDescriptor listeningSocket(const FileDescriptor& folder)
     return listens ? std::move(socket) : FileDescriptor();
 }
 
-/// Whether the process that has the claim answers by `deadline`. False at once when there is none,
-/// or when it ends.
-bool isAnswered(const FileDescriptor& folder, const QByteArray& request, TimePoint deadline)
+enum class Reply {
+    answered,
+    none, ///< by the deadline, or because the process has ended
+    nobodyListens
+};
+
+/// What the process that has the claim says to `request`.
+Reply replyTo(const QByteArray& request, const FileDescriptor& folder, TimePoint deadline)
 {
     const sockaddr_un address = socketAddress(folder);
     const FileDescriptor socket = newSocket();
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        return false;
+        return Reply::nobodyListens;
     }
     ::send(
         socket.get(), request.constData(), static_cast<std::size_t>(request.size()), MSG_NOSIGNAL);
@@ -70,7 +75,8 @@ bool isAnswered(const FileDescriptor& folder, const QByteArray& request, TimePoi
     pollfd wait{socket.get(), POLLIN, 0};
     ::poll(&wait, 1, static_cast<int>(std::max<std::int64_t>(remaining.count(), 0)));
     char received = 0;
-    return ::recv(socket.get(), &received, 1, 0) == 1 && received == answer;
+    return ::recv(socket.get(), &received, 1, 0) == 1 && received == answer ? Reply::answered
+                                                                            : Reply::none;
 }
 
 } // namespace
@@ -91,6 +97,12 @@ public:
     }
 
     [[nodiscard]] const FileDescriptor& socket() const { return socket_; }
+
+    void stopListening()
+    {
+        ::unlinkat(folder_.get(), socketName, 0);
+        socket_ = FileDescriptor();
+    }
 
 private:
     Claim(FileDescriptor folder, FileDescriptor socket)
@@ -134,6 +146,7 @@ private:
 SingleInstance::SingleInstance(const QString& program, const QByteArray& request, Duration patience)
 {
     const TimePoint deadline = SteadyClock().now() + patience;
+    const TimePoint endDeadline = std::max(deadline, SteadyClock().now() + patienceWithEnd);
     FileDescriptor folder = openRuntimeFolder(program);
     if (!folder.isOpen()) {
         throw std::system_error(lastError());
@@ -144,16 +157,24 @@ SingleInstance::SingleInstance(const QString& program, const QByteArray& request
             outcome_ = Outcome::first;
             return;
         }
-        if (isAnswered(folder, request, deadline)) {
+        const Reply reply = replyTo(request, folder, deadline);
+        if (reply == Reply::answered) {
             outcome_ = Outcome::handedOver;
             return;
         }
-        if (SteadyClock().now() >= deadline) return;
+        const bool mayEnd = reply == Reply::nobodyListens;
+        if (SteadyClock().now() >= (mayEnd ? endDeadline : deadline)) return;
         std::this_thread::sleep_for(pauseBetweenAttempts);
     }
 }
 
 SingleInstance::~SingleInstance() = default;
+
+void SingleInstance::sayThatItEnds()
+{
+    requests_ = nullptr;
+    if (claim_) claim_->stopListening();
+}
 
 void SingleInstance::setRequestHandler(std::function<void(const QByteArray& request)> onRequest)
 {
