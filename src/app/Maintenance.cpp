@@ -14,10 +14,8 @@ void removeSettingsAndPairings()
     for (const QString& key : standardDefaults().keys()) {
         if (key.startsWith(u"Ferrylane")) standardDefaults().remove(key);
     }
-    for (const QString& file :
-        {ferrylanePairedTargetURL(), ferrylanePairedTargetsURL(), ferrylaneKeyURL()}) {
-        platform::removeFile(file);
-    }
+    removeFerrylanePairedTargets();
+    platform::removeFile(ferrylaneKeyURL());
 }
 
 QString receiveFolderProblem(const QString& folder)

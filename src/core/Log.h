@@ -8,8 +8,8 @@ namespace ferrylane {
 /// control characters in the message are written visibly (see onOneLine()), so that nothing a peer
 /// sends can pass for a line of the log. From any thread; lines never mix.
 ///
-/// The file is ferrylane.log in logFolder(), for its owner's eyes only, created with its folder
-/// when missing, even while the program runs. It grows without limit. Errors are ignored: there is
+/// The file is ferrylane.log in logFolder(), both for their owner's eyes only, created when
+/// missing, even while the program runs. It grows without limit. Errors are ignored: there is
 /// nowhere else to tell them.
 void flLog(const QString& message);
 

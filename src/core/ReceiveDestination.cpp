@@ -2,9 +2,8 @@
 
 #include "core/DeviceName.h"
 #include "core/Text.h"
-#include "platform/Files.h"
 
-#include <QStringBuilder>
+#include <QTextBoundaryFinder>
 #include <QUuid>
 
 #include <algorithm>
@@ -51,6 +50,60 @@ bool namesFolder(const QString& name)
     return name.isEmpty() || name == u"." || name == u"..";
 }
 
+/// The longest beginning of whole characters that has at most this many bytes of UTF-8; where even
+/// the first character has more, which combining marks can make of it, of whole code points.
+QString beginning(const QString& text, qsizetype maximumBytes)
+{
+    QByteArray bytes = text.toUtf8();
+    if (bytes.size() <= maximumBytes) return text;
+
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype end = 0;
+    qsizetype usedBytes = 0;
+    for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
+        usedBytes += QStringView(text).sliced(end, next - end).toUtf8().size();
+        if (usedBytes > maximumBytes) break;
+        end = next;
+    }
+    if (end > 0) return text.first(end);
+
+    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+    qsizetype length = std::max<qsizetype>(maximumBytes, 0);
+    while (length > 0 && continues(bytes[length])) {
+        --length;
+    }
+    return QString::fromUtf8(bytes.first(length));
+}
+
+/// A safe name taken apart, so that what distinguishes it can be put around its stem.
+class NameParts {
+public:
+    NameParts(const QString& safe, qsizetype maximumBytes)
+        : stem_(safe), maximumBytes_(maximumBytes)
+    {
+        const QStringView ending = dotAndExtension(safe);
+        // One that is longer than the name may be is no extension that anybody needs.
+        const qsizetype room = maximumBytes - ending.toUtf8().size() - longestMark;
+        if (ending.isEmpty() || beginning(safe.chopped(ending.size()), room).isEmpty()) return;
+        ending_ = ending.toString();
+        stem_.chop(ending.size());
+    }
+
+    [[nodiscard]] QString with(const QString& front, const QString& number) const
+    {
+        const qsizetype others = (front + number + ending_).toUtf8().size();
+        return front + beginning(stem_, maximumBytes_ - others) + number + ending_;
+    }
+
+private:
+    /// A random name's bytes and the dash after it, which are more than a number's.
+    static constexpr qsizetype longestMark = 37;
+
+    QString stem_;
+    QString ending_; ///< with its dot
+    qsizetype maximumBytes_;
+};
+
 } // namespace
 
 QString sanitize(const QString& name)
@@ -68,26 +121,24 @@ QString cleanSenderFolderName(const std::optional<QString>& senderName)
     return firstCharacters(safe, maximumFolderNameCharacters);
 }
 
-QString senderReceiveDirectory(const std::optional<QString>& senderName)
+std::unique_ptr<platform::Folder> senderReceiveDirectory(const platform::Folder& receiveFolder,
+    const std::optional<QString>& senderName, std::error_code& error)
 {
-    QString folder = receiveDir() + u'/' + cleanSenderFolderName(senderName);
-    static_cast<void>(platform::createFolders(folder));
-    return folder;
+    const QString name = cleanSenderFolderName(senderName);
+    return receiveFolder.openOrCreate(beginning(name, receiveFolder.longestName()), error);
 }
 
-QString collisionSafeDestination(const QString& name, const QString& folder)
+QString collisionSafeDestination(const QString& name, const platform::Folder& folder)
 {
-    const QString inFolder = folder + u'/';
-    const QString safe = sanitize(name);
-    if (!namesFolder(safe) && !platform::itemExists(inFolder + safe)) return inFolder + safe;
-
-    const QStringView ending = dotAndExtension(safe);
-    const QStringView stem = QStringView(safe).chopped(ending.size());
-    for (int number = 1; number <= maximumNumber; ++number) {
-        QString candidate = inFolder % stem % u" (" % QString::number(number) % u')' % ending;
-        if (!platform::itemExists(candidate)) return candidate;
+    const NameParts parts(sanitize(name), folder.longestName());
+    const auto isFree
+        = [&](const QString& free) { return !namesFolder(free) && !folder.contains(free); };
+    QString candidate = parts.with({}, {});
+    for (int number = 1; number <= maximumNumber && !isFree(candidate); ++number) {
+        candidate = parts.with({}, QStringLiteral(" (%1)").arg(number));
     }
-    return inFolder + QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + u'-' + safe;
+    if (isFree(candidate)) return candidate;
+    return parts.with(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + u'-', {});
 }
 
 } // namespace ferrylane

@@ -1,15 +1,18 @@
 #pragma once
 
-#include "core/StoragePaths.h"
+#include "platform/Folder.h"
 
 #include <QString>
 
+#include <memory>
 #include <optional>
+#include <system_error>
 
 namespace ferrylane {
 
 // Where a received file goes. Names come from the network: whatever they hold, the place they lead
-// to is in the receive folder.
+// to is in the receive folder. Names that are longer than the file system takes are shortened by
+// whole characters.
 
 /// The name with each slash, backslash, colon and NUL replaced by an underscore.
 [[nodiscard]] QString sanitize(const QString& name);
@@ -18,13 +21,16 @@ namespace ferrylane {
 /// its ends, at most 80 characters, "Unknown device" if nothing is left.
 [[nodiscard]] QString cleanSenderFolderName(const std::optional<QString>& senderName);
 
-/// The sender's folder in the receive folder. It is created when missing; when that fails, it is
-/// returned all the same, and moving a file into it fails.
-[[nodiscard]] QString senderReceiveDirectory(const std::optional<QString>& senderName);
+/// The sender's folder in the receive folder, created when missing. Null, and `error` set, when it
+/// cannot be opened.
+[[nodiscard]] std::unique_ptr<platform::Folder> senderReceiveDirectory(
+    const platform::Folder& receiveFolder, const std::optional<QString>& senderName,
+    std::error_code& error);
 
-/// A path in `folder` where nothing is: the safe name, else "stem (1).extension" and so on to 9999,
-/// else a random name. Nothing is reserved: move the file in right away, without replacing.
-[[nodiscard]] QString collisionSafeDestination(
-    const QString& name, const QString& folder = receiveDir());
+/// A name that nothing in `folder` has: the safe one, else "stem (1).extension" and so on to 9999,
+/// else a random one. Number and extension stay when it is shortened, but for an extension that
+/// leaves the stem no character. Nothing is reserved: move the file there right away, without
+/// replacing.
+[[nodiscard]] QString collisionSafeDestination(const QString& name, const platform::Folder& folder);
 
 } // namespace ferrylane

@@ -1,6 +1,7 @@
 #include "pairing/PairedTargets.h"
 
 #include "core/Log.h"
+#include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "pairing/DisplayName.h"
@@ -8,6 +9,8 @@
 #include "platform/Files.h"
 
 #include <algorithm>
+#include <mutex>
+#include <utility>
 
 namespace ferrylane {
 
@@ -15,8 +18,6 @@ namespace {
 
 using Targets = QList<FerrylanePairedTarget>;
 
-constexpr mode_t ownersFolder = 0700;
-constexpr mode_t ownersFile = 0600;
 /// Thousands of phones.
 constexpr qint64 maximumFileBytes = 4 << 20;
 
@@ -30,35 +31,39 @@ std::optional<QString> selectedKey()
     return standardDefaults().string(ferrylaneSelectedOutboundKeyPref);
 }
 
-std::error_code storeList(const Targets& targets)
+/// Serialises the changes of the list, without being held while anybody waits for the disk: a
+/// change is prepared beside the list, and takes its place only if no other has come in between.
+struct Changes {
+    std::mutex mutex;
+    quint64 count = 0;
+};
+
+Changes& changes()
 {
-    const QString folder = applicationSupportFolder();
-    if (const auto error = platform::createFolders(folder, ownersFolder)) return error;
-    // Not permitted on a folder of another owner, which may serve all the same.
-    static_cast<void>(platform::setMode(folder, ownersFolder));
-    return platform::writeFileAtomically(
-        ferrylanePairedTargetsURL(), platform::bytesOf(pairedTargetsJson(targets)), ownersFile);
+    static Changes changes;
+    return changes;
 }
 
-/// False, with a line in the log, when it fails.
-bool writeFerrylanePairedTargets(const Targets& targets)
+quint64 changeCount()
 {
-    const std::error_code error = storeList(targets);
-    if (error) {
-        flLog(QStringLiteral("Could not save paired targets: ")
-            + QString::fromStdString(error.message()));
-    }
-    return !error;
+    const std::lock_guard lock(changes().mutex);
+    return changes().count;
 }
 
-/// None when there is no readable list.
-std::optional<Targets> storedList()
+struct StoredList {
+    std::optional<Targets> targets; ///< none when there is no readable list
+    bool isDamaged = false;         ///< there is one, but it cannot be read
+};
+
+StoredList storedList()
 {
-    const auto content = platform::readFile(ferrylanePairedTargetsURL(), maximumFileBytes);
-    auto targets = content ? parsePairedTargetsJson(*content) : std::nullopt;
-    // A list that somebody has opened to others still counts.
-    if (targets) static_cast<void>(platform::setMode(ferrylanePairedTargetsURL(), ownersFile));
-    return targets;
+    std::error_code error;
+    const auto content = readOwnFile(ferrylanePairedTargetsURL(), maximumFileBytes, error);
+    StoredList list{content ? parsePairedTargetsJson(*content) : std::nullopt};
+    // What is no file, such as a folder, stays where somebody has put it.
+    list.isDamaged = !list.targets && error != std::errc::no_such_file_or_directory
+        && error != std::errc::invalid_argument;
+    return list;
 }
 
 QString normalizedName(const QString& storedName)
@@ -77,19 +82,73 @@ Targets usable(Targets targets)
     return targets;
 }
 
-/// The phone of an earlier version, made the only one of a new list. Its file goes only once the
-/// list is on the disk.
-Targets migratedList()
+/// The phone of an earlier version.
+Targets earlierList()
 {
-    const auto content = platform::readFile(ferrylanePairedTargetURL(), maximumFileBytes);
+    std::error_code error;
+    const auto content = readOwnFile(ferrylanePairedTargetURL(), maximumFileBytes, error);
     const auto target = content ? parsePairedTargetJson(*content) : std::nullopt;
     if (!target || !decodesToKey(target->keyB64)) return {};
-
-    if (writeFerrylanePairedTargets({*target})) {
-        platform::removeFile(ferrylanePairedTargetURL());
-        selectFerrylanePairedTarget(*target);
-    }
     return {*target};
+}
+
+/// Puts a list that has been prepared in the place of the one read before it was. False when that
+/// has been changed meanwhile.
+bool commit(
+    platform::Replacement& replacement, bool isDamaged, quint64 countBefore, std::error_code& error)
+{
+    const std::lock_guard lock(changes().mutex);
+    if (changes().count != countBefore) return false;
+    error = replacement.result().failure;
+    if (!error && isDamaged) error = setAside(ferrylanePairedTargetsURL());
+    if (error) return true;
+    if (replacement.commit()) ++changes().count;
+    error = replacement.result().failure;
+    return true;
+}
+
+/// Makes the change, which tells whether there is one, to the list as it is now.
+template <typename Change> std::error_code tryChange(const Change& change)
+{
+    for (;;) {
+        const quint64 countBefore = changeCount();
+        const StoredList stored = storedList();
+        const Targets earlier = stored.targets ? Targets() : earlierList();
+        Targets targets = stored.targets ? usable(*stored.targets) : earlier;
+        if (!change(targets)) return {};
+
+        auto error = prepareOwnFolder(applicationSupportFolder());
+        if (error) return error;
+        auto replacement = ownReplacement(
+            ferrylanePairedTargetsURL(), platform::bytesOf(pairedTargetsJson(targets)));
+        if (!commit(replacement, stored.isDamaged, countBefore, error)) continue;
+        if (error) return error;
+        replacement.sync();
+        logWeaknesses(ferrylanePairedTargetsURL(), replacement.result());
+        // Taken over, or given up with this change.
+        if (!earlier.isEmpty()) platform::removeFile(ferrylanePairedTargetURL());
+        return {};
+    }
+}
+
+/// False, with a line in the log, when the change could not be written. It is then not made.
+template <typename Change> bool changeList(const Change& change)
+{
+    const std::error_code error = tryChange(change);
+    if (error) {
+        flLog(QStringLiteral("Could not save paired targets: ")
+            + QString::fromStdString(error.message()));
+    }
+    return !error;
+}
+
+/// The phone of an earlier version, made the only one of a new list.
+Targets migratedList()
+{
+    Targets earlier = earlierList();
+    const auto takeOver = [&](const Targets& targets) { return targets == earlier; };
+    if (!earlier.isEmpty() && changeList(takeOver)) selectFerrylanePairedTarget(earlier.first());
+    return earlier;
 }
 
 } // namespace
@@ -107,31 +166,35 @@ QString ferrylanePairedTargetURL()
 QList<FerrylanePairedTarget> loadFerrylanePairedTargets()
 {
     auto stored = storedList();
-    return stored ? usable(std::move(*stored)) : migratedList();
+    return stored.targets ? usable(std::move(*stored.targets)) : migratedList();
 }
 
 bool saveFerrylanePairedTarget(const FerrylanePairedTarget& target)
 {
-    Targets targets = loadFerrylanePairedTargets();
-    targets.removeIf([&](const FerrylanePairedTarget& other) {
-        return other.keyB64 == target.keyB64 || sameName(other.name, target.name);
+    const bool isStored = changeList([&](Targets& targets) {
+        targets.removeIf([&](const FerrylanePairedTarget& other) {
+            return other.keyB64 == target.keyB64 || sameName(other.name, target.name);
+        });
+        targets.append(target);
+        return true;
     });
-    targets.append(target);
-    if (!writeFerrylanePairedTargets(targets)) return false;
-    selectFerrylanePairedTarget(target);
-    return true;
+    if (isStored) selectFerrylanePairedTarget(target);
+    return isStored;
 }
 
 void refreshFerrylanePairedTargetAddress(const QString& name, const QString& baseURL)
 {
-    Targets targets = loadFerrylanePairedTargets();
-    const auto target = std::find_if(targets.begin(), targets.end(),
-        [&](const FerrylanePairedTarget& other) { return sameName(other.name, name); });
-    if (target == targets.end() || target->baseURL == baseURL) return;
-
-    target->baseURL = baseURL;
-    if (writeFerrylanePairedTargets(targets)) {
-        flLog(QStringLiteral("Updated paired address for ") + target->name + QStringLiteral(": ")
+    QString changedName;
+    const bool isStored = changeList([&](Targets& targets) {
+        const auto target = std::find_if(targets.begin(), targets.end(),
+            [&](const FerrylanePairedTarget& other) { return sameName(other.name, name); });
+        const bool isNew = target != targets.end() && target->baseURL != baseURL;
+        changedName = isNew ? target->name : QString();
+        if (isNew) target->baseURL = baseURL;
+        return isNew;
+    });
+    if (isStored && !changedName.isNull()) {
+        flLog(QStringLiteral("Updated paired address for ") + changedName + QStringLiteral(": ")
             + baseURL);
     }
 }
@@ -155,23 +218,36 @@ std::optional<FerrylanePairedTarget> loadFerrylanePairedTarget()
 
 void forgetFerrylanePairedTarget(const FerrylanePairedTarget& target)
 {
-    Targets targets = loadFerrylanePairedTargets();
-    targets.removeIf(
-        [&](const FerrylanePairedTarget& other) { return other.keyB64 == target.keyB64; });
+    Targets left;
     // A failure has been logged; what the user wanted holds for the choice in any case.
-    static_cast<void>(writeFerrylanePairedTargets(targets));
+    static_cast<void>(changeList([&](Targets& targets) {
+        targets.removeIf(
+            [&](const FerrylanePairedTarget& other) { return other.keyB64 == target.keyB64; });
+        left = targets;
+        return true;
+    }));
     if (selectedKey() != target.keyB64) return;
 
-    if (targets.isEmpty()) {
+    if (left.isEmpty()) {
         standardDefaults().remove(ferrylaneSelectedOutboundKeyPref);
     } else {
-        selectFerrylanePairedTarget(targets.first());
+        selectFerrylanePairedTarget(left.first());
     }
 }
 
 void forgetFerrylanePairedTarget()
 {
     if (const auto selected = loadFerrylanePairedTarget()) forgetFerrylanePairedTarget(*selected);
+}
+
+void removeFerrylanePairedTargets()
+{
+    const std::lock_guard lock(changes().mutex);
+    // A change that is being prepared must not bring them back.
+    ++changes().count;
+    platform::removeFile(ferrylanePairedTargetURL());
+    platform::removeFile(ferrylanePairedTargetsURL());
+    removeSetAside(ferrylanePairedTargetsURL());
 }
 
 } // namespace ferrylane

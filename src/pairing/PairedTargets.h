@@ -11,8 +11,9 @@ namespace ferrylane {
 
 // The paired phones, in the order of pairing, and which of them files are sent to. The list is a
 // file beside the receiver key, for its owner alone; the choice is a setting. Nothing is kept in
-// memory: every call reads the file and replaces it in one step that survives a crash. Not
-// synchronised: for the main thread.
+// memory: every call reads the file and replaces it in one step that survives a crash. Safe from
+// any thread: nobody reads half a change, and none undoes another. Changes wait for the disk,
+// reading does not wait for them.
 //
 // Names are compared without regard to the case of letters, keys exactly.
 
@@ -23,8 +24,9 @@ namespace ferrylane {
 [[nodiscard]] QString ferrylanePairedTargetURL();
 
 /// The list; phones whose key is not 32 bytes are left out, and names lose a leading "fl ". A list
-/// with one unreadable entry is unreadable as a whole and counts as missing. A phone taken over
-/// from an earlier version becomes the chosen one.
+/// with one unreadable entry is unreadable as a whole and counts as missing; it is kept under
+/// another name when the next change is written (see setAside()). A phone taken over from an
+/// earlier version becomes the chosen one.
 [[nodiscard]] QList<FerrylanePairedTarget> loadFerrylanePairedTargets();
 
 /// Puts the phone at the end of the list, in place of those with its key or its name, and chooses
@@ -47,5 +49,7 @@ void selectFerrylanePairedTarget(const FerrylanePairedTarget& target);
 void forgetFerrylanePairedTarget(const FerrylanePairedTarget& target);
 /// Forgets the chosen phone, if there is one.
 void forgetFerrylanePairedTarget();
+/// Removes the list, and what has been kept of damaged ones.
+void removeFerrylanePairedTargets();
 
 } // namespace ferrylane

@@ -1,9 +1,9 @@
 #include "pairing/ReceiverKeyStore.h"
 
 #include "core/Log.h"
+#include "core/OwnFiles.h"
 #include "core/StoragePaths.h"
 #include "platform/Crypto.h"
-#include "platform/Files.h"
 
 #include <optional>
 
@@ -13,29 +13,19 @@ namespace {
 
 using platform::SecretKey;
 
-constexpr mode_t ownersFolder = 0700;
-constexpr mode_t ownersFile = 0600;
-
-std::optional<SecretKey> storedKey()
+/// `error` only when there may be a key that cannot be read now.
+std::optional<SecretKey> storedKey(std::error_code& error)
 {
-    auto content = platform::readFile(ferrylaneKeyURL(), SecretKey::length);
+    auto content = readOwnFile(ferrylaneKeyURL(), SecretKey::length, error);
+    const bool isNone = error == std::errc::no_such_file_or_directory
+        || error == std::errc::file_too_large || error == std::errc::invalid_argument;
+    if (isNone) error = {};
     if (!content) return std::nullopt;
 
     auto key = SecretKey::fromBytes(platform::bytesOf(*content));
     platform::wipe(std::as_writable_bytes(
         std::span(content->data(), static_cast<std::size_t>(content->size()))));
-    // A file that somebody has opened to others is still the key.
-    if (key) static_cast<void>(platform::setMode(ferrylaneKeyURL(), ownersFile));
     return key;
-}
-
-std::error_code prepareFolder()
-{
-    const QString folder = applicationSupportFolder();
-    const std::error_code error = platform::createFolders(folder, ownersFolder);
-    // Not permitted on a folder of another owner, which may serve all the same.
-    if (!error) static_cast<void>(platform::setMode(folder, ownersFolder));
-    return error;
 }
 
 SecretKey keyForThisRun(const std::error_code& error)
@@ -54,12 +44,15 @@ QString ferrylaneKeyURL()
 
 SecretKey loadOrCreateFerrylaneKey()
 {
-    if (const std::error_code error = prepareFolder()) return keyForThisRun(error);
-    if (auto stored = storedKey()) return std::move(*stored);
+    if (const auto error = prepareOwnFolder(applicationSupportFolder())) {
+        return keyForThisRun(error);
+    }
+    std::error_code error;
+    if (auto stored = storedKey(error)) return std::move(*stored);
+    if (error) return keyForThisRun(error);
 
     SecretKey created = SecretKey::random();
-    const std::error_code error
-        = platform::writeFileAtomically(ferrylaneKeyURL(), created.bytes(), ownersFile);
+    error = writeOwnFile(ferrylaneKeyURL(), created.bytes());
     return error ? keyForThisRun(error) : std::move(created);
 }
 

@@ -3,9 +3,7 @@
 #include "platform/Bytes.h"
 
 #include <QString>
-#include <QStringList>
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -27,61 +25,57 @@ namespace platform {
 /// The whole content of a regular file, or of the one that a link leads to; none when it cannot be
 /// read or is larger than `limit` bytes. Never waits for a FIFO or device.
 [[nodiscard]] std::optional<QByteArray> readFile(const QString& path, qint64 limit);
+/// The same, with the cause: std::errc::no_such_file_or_directory, file_too_large for one beyond
+/// the limit, not_enough_memory, invalid_argument for what is no regular file.
+[[nodiscard]] std::optional<QByteArray> readFile(
+    const QString& path, qint64 limit, std::error_code& error);
 
-/// Replaces the file's content in one step that survives a crash: a temporary file beside it,
-/// created with `mode` (less nothing: the umask is not applied), synced, renamed over it, and the
-/// folder synced. A link at `path` is itself replaced; what it leads to stays as it was. On failure
-/// the old content stands, unless only syncing the folder failed: then it is the new one, which a
-/// crash may still undo.
-[[nodiscard]] std::error_code writeFileAtomically(
-    const QString& path, ByteView content, mode_t mode);
+/// What became of something written. Like an error code it is true when it has failed: with
+/// `failure` the content is not there. The two others leave it there and tell what it lacks: the
+/// mode, where the file system has none to set, and the certainty to survive a crash, where the
+/// folder cannot be synced.
+struct WriteResult {
+    std::error_code failure{};
+    std::error_code modeError{};
+    std::error_code syncError{};
+
+    explicit operator bool() const { return static_cast<bool>(failure); }
+};
+
+/// New content for a file, on the disk beside it under a hidden name, to take its place in one
+/// step: all waiting for the disk is before and after that. It is removed when this goes unless it
+/// has taken its place.
+class Replacement {
+public:
+    /// Created with `mode` (less nothing: the umask is not applied) before the first byte, and
+    /// synced. See result().
+    Replacement(const QString& path, ByteView content, mode_t mode);
+    ~Replacement();
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    /// Replaces the file. A link in its place is itself replaced; what it leads to stays as it was.
+    /// On failure, the old content stands. Does not wait for the disk.
+    [[nodiscard]] bool commit();
+    /// Makes what commit() did survive a crash.
+    void sync();
+
+    [[nodiscard]] const WriteResult& result() const { return result_; }
+
+private:
+    struct Place;
+    std::unique_ptr<Place> place_;
+    WriteResult result_;
+};
+
+/// All steps of Replacement at once.
+[[nodiscard]] WriteResult writeFileAtomically(const QString& path, ByteView content, mode_t mode);
 
 /// Appends to a file that is created with `mode` (umask not applied) when missing, with one call to
-/// the system where that takes all: lines of several writers do not mix.
-[[nodiscard]] std::error_code appendToFile(const QString& path, ByteView bytes, mode_t mode);
-
-/// Moves a file within one file system, atomically and without ever replacing anything:
-/// std::errc::file_exists when something is at `to`, be it a link that leads nowhere. Where the
-/// file system has no such rename, a hard link or, failing that, an empty file claims the name
-/// first.
-[[nodiscard]] std::error_code moveWithoutReplacing(const QString& from, const QString& to);
-
-/// Makes a folder's entries, such as a new name in it, survive a crash.
-[[nodiscard]] std::error_code syncFolder(const QString& path);
+/// the system where that takes all: lines of several writers do not mix. Nothing is synced.
+[[nodiscard]] WriteResult appendToFile(const QString& path, ByteView bytes, mode_t mode);
 
 /// Removes a file; true when it is gone because of this call.
 bool removeFile(const QString& path);
-
-/// Names of the regular files (not links) in a folder, hidden ones included, in no order.
-[[nodiscard]] QStringList regularFilesIn(const QString& folder);
-
-/// A new file that is written once, from start to end, with the mode that the umask leaves of 0666.
-/// Serves one thread at a time. After a failed write it is good for nothing but to be removed.
-class NewFile {
-public:
-    /// Fails with std::errc::file_exists rather than opening something that is there.
-    [[nodiscard]] static std::unique_ptr<NewFile> create(
-        const QString& path, std::error_code& error);
-
-    ~NewFile();
-    NewFile(const NewFile&) = delete;
-    NewFile& operator=(const NewFile&) = delete;
-
-    /// Writes all of `bytes`. The system is asked now and then to begin writing back to the disk,
-    /// so that sync() has little left to wait for.
-    [[nodiscard]] std::error_code write(ByteView bytes);
-    /// Returns when what was written is on the disk.
-    [[nodiscard]] std::error_code sync();
-    /// Closes and tells what closing tells: some file systems report a full disk only here. Does
-    /// nothing the second time; write() and sync() fail from now on.
-    [[nodiscard]] std::error_code close();
-
-private:
-    explicit NewFile(int descriptor) : descriptor_(descriptor) {}
-
-    int descriptor_;
-    std::uint64_t written_ = 0;
-    std::uint64_t flushed_ = 0;
-};
 
 } // namespace platform

@@ -176,8 +176,8 @@ void HTTPServer::listenerChanged(State state, const std::error_code& error)
 
 void HTTPServer::removeStalePartialsOnce()
 {
-    // The port is ours for the first time, so no upload of ours, and none of another instance that
-    // shares the folder, can be running.
+    // Once, when the port is ours for the first time: later there is nothing left of an earlier
+    // run.
     if (!std::exchange(stalePartialsRemoved_, true)) removeStalePartialFiles(receiveDir());
 }
 

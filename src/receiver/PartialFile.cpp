@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+#include <chrono>
+
 namespace ferrylane {
 
 namespace {
@@ -26,64 +28,110 @@ bool isPartialName(const QString& name)
     return pattern.match(name).hasMatch();
 }
 
+void syncOrLog(const platform::Folder& folder)
+{
+    if (const std::error_code error = folder.sync()) {
+        flLog(QStringLiteral("Stored the upload, but a crash may undo that: cannot sync %1: %2")
+                  .arg(folder.path(), QString::fromStdString(error.message())));
+    }
+}
+
+void removeStaleIn(const platform::Folder& folder, const QStringList& names)
+{
+    // Where no lock can tell that somebody writes it, time must.
+    constexpr auto age = std::chrono::hours(24);
+    for (const QString& name : names) {
+        if (isPartialName(name) && folder.removeUnlessLocked(name, age)) {
+            flLog(QStringLiteral("Removed unfinished upload ") + name);
+        }
+    }
+}
+
 } // namespace
 
 std::unique_ptr<PartialFile> PartialFile::create(const QString& folder, std::error_code& error)
 {
-    const QString path = folder + u'/' + newPartialName();
-    auto file = platform::NewFile::create(path, error);
-    if (!file) return nullptr;
-    return std::unique_ptr<PartialFile>(new PartialFile(folder, path, std::move(file)));
+    SharedFolder opened = platform::Folder::open(folder, error);
+    return opened ? createIn(std::move(opened), error) : nullptr;
 }
 
-PartialFile::PartialFile(QString folder, QString path, std::unique_ptr<platform::NewFile> file)
-    : folder_(std::move(folder)), path_(std::move(path)), file_(std::move(file))
+std::unique_ptr<PartialFile> PartialFile::createIn(SharedFolder folder, std::error_code& error)
+{
+    for (int i = 0; i < maximumClaims; ++i) {
+        const QString name = newPartialName();
+        auto file = folder->createFile(name, error);
+        if (file) {
+            return std::unique_ptr<PartialFile>(
+                new PartialFile(std::move(folder), name, std::move(file)));
+        }
+        if (error != std::errc::device_or_resource_busy) break;
+    }
+    return nullptr;
+}
+
+PartialFile::PartialFile(SharedFolder folder, QString name, std::unique_ptr<platform::NewFile> file)
+    : folder_(std::move(folder)), name_(std::move(name)), file_(std::move(file))
 {
 }
 
 PartialFile::~PartialFile()
 {
-    if (!kept_) platform::removeFile(path_);
+    if (!name_.isEmpty()) folder_->remove(name_);
 }
 
 std::optional<QString> PartialFile::store(
     const QString& name, const std::optional<QString>& senderName, std::error_code& error)
 {
     error = file_->sync();
-    if (!error) error = file_->close();
-    if (!error) error = moveInto(senderReceiveDirectory(senderName), name);
     if (error) return std::nullopt;
-    kept_ = true;
-    return path_;
-}
-
-std::error_code PartialFile::moveInto(const QString& folder, const QString& name)
-{
-    std::error_code error = claimName(folder, name);
-    if (!error) error = platform::syncFolder(folder);
+    const SharedFolder folder = senderReceiveDirectory(*folder_, senderName, error);
+    if (error) return std::nullopt;
+    const QString stored = moveInto(folder, name, error);
+    if (error) return std::nullopt;
+    syncOrLog(*folder);
     // The sender's folder may be new, and the partial file has left this one.
-    if (!error) error = platform::syncFolder(folder_);
-    return error;
+    syncOrLog(*folder_);
+    return folder->path() + u'/' + stored;
 }
 
-std::error_code PartialFile::claimName(const QString& folder, const QString& name)
+QString PartialFile::moveInto(
+    const SharedFolder& folder, const QString& name, std::error_code& error)
 {
-    std::error_code error;
+    QString stored = claimName(*folder, name, error);
+    if (error != std::errc::cross_device_link) return stored;
+
+    // To another file system only a copy gets, which is claimed as soon as it is safe there.
+    const auto copy = createIn(folder, error);
+    if (!error) error = file_->copyTo(*copy->file_);
+    if (!error) error = copy->file_->sync();
+    return error ? QString() : copy->claimName(*folder, name, error);
+}
+
+QString PartialFile::claimName(
+    const platform::Folder& folder, const QString& name, std::error_code& error)
+{
+    QString destination;
     for (int i = 0; i < maximumClaims; ++i) {
-        const QString destination = collisionSafeDestination(name, folder);
-        error = platform::moveWithoutReplacing(path_, destination);
-        if (!error) path_ = destination;
-        if (error != std::errc::file_exists) return error;
+        destination = collisionSafeDestination(name, folder);
+        error = folder_->moveWithoutReplacing(name_, folder, destination);
+        if (error != std::errc::file_exists) break;
     }
-    return error;
+    if (!error) name_.clear();
+    return destination;
 }
 
 void removeStalePartialFiles(const QString& folder)
 {
-    for (const QString& name : platform::regularFilesIn(folder)) {
-        if (isPartialName(name) && platform::removeFile(folder + u'/' + name)) {
-            flLog(QStringLiteral("Removed unfinished upload ") + name);
-        }
+    std::error_code error;
+    const auto receiveFolder = platform::Folder::open(folder, error);
+    if (!receiveFolder) return;
+    const QStringList names = receiveFolder->names();
+    removeStaleIn(*receiveFolder, names);
+    // A sender's folder has one only if it is on another file system, but that may have changed.
+    for (const QString& name : names) {
+        if (!receiveFolder->isFolder(name)) continue;
+        const auto sender = receiveFolder->openOrCreate(name, error);
+        if (sender) removeStaleIn(*sender, sender->names());
     }
 }
 

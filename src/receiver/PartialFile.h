@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Files.h"
+#include "platform/Folder.h"
 
 #include <QString>
 
@@ -10,7 +10,9 @@
 namespace ferrylane {
 
 /// The hidden file in the receive folder that an upload is written to until it has proved complete.
-/// It is deleted when this goes, unless store() has moved it away. Serves one thread at a time.
+/// It is deleted when this goes, unless store() has moved it away. The folder is held: the upload
+/// ends where it began, whatever becomes of the folder's path or of the setting meanwhile. Serves
+/// one thread at a time.
 class PartialFile {
 public:
     /// Creates ".<UUID>.ferrylane-v4-part" in `folder`. Null, and `error` set, when that fails.
@@ -23,27 +25,34 @@ public:
 
     [[nodiscard]] std::error_code write(platform::ByteView bytes) { return file_->write(bytes); }
 
-    /// Puts the file on the disk under `name`, or a numbered variant of it that is free, in the
-    /// sender's folder; never replaces anything. Returns the path, or none and `error` set: the
-    /// file is then deleted.
+    /// Puts the file on the disk under `name`, or a variant of it that is free and short enough, in
+    /// the sender's folder, which may be on another file system; never replaces anything. Returns
+    /// the path, or none and `error` set: the file is then deleted. Folders that cannot be synced
+    /// are only logged.
     [[nodiscard]] std::optional<QString> store(
         const QString& name, const std::optional<QString>& senderName, std::error_code& error);
 
 private:
-    PartialFile(QString folder, QString path, std::unique_ptr<platform::NewFile> file);
+    using SharedFolder = std::shared_ptr<const platform::Folder>;
 
-    /// Moves the file into `folder` and makes both folders' entries last.
-    [[nodiscard]] std::error_code moveInto(const QString& folder, const QString& name);
-    [[nodiscard]] std::error_code claimName(const QString& folder, const QString& name);
+    PartialFile(SharedFolder folder, QString name, std::unique_ptr<platform::NewFile> file);
 
-    QString folder_;
-    QString path_;
+    [[nodiscard]] static std::unique_ptr<PartialFile> createIn(
+        SharedFolder folder, std::error_code& error);
+    /// Moves the file into a folder under a name that is free, which is returned.
+    [[nodiscard]] QString moveInto(
+        const SharedFolder& folder, const QString& name, std::error_code& error);
+    [[nodiscard]] QString claimName(
+        const platform::Folder& folder, const QString& name, std::error_code& error);
+
+    SharedFolder folder_;
+    QString name_; ///< in the folder; empty when it has been moved away
     std::unique_ptr<platform::NewFile> file_;
-    bool kept_ = false;
 };
 
-/// Deletes the partial files that uploads of an earlier run have left in `folder`, and logs each.
-/// To be called only while no upload runs.
+/// Deletes the partial files that uploads of an earlier run have left in `folder` and the senders'
+/// folders, and logs each. Those that are being written, here or by another computer that shares
+/// the folder, stay.
 void removeStalePartialFiles(const QString& folder);
 
 } // namespace ferrylane

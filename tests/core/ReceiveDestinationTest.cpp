@@ -29,13 +29,15 @@ public:
     }
 
     [[nodiscard]] QString path() const { return folder_.path(); }
-    /// The destination's name in the folder; it must lie there and be free.
+    /// It must be free, and the file system must take it.
     [[nodiscard]] QString destination(const QString& name) const
     {
-        const QString destination = collisionSafeDestination(name, path());
-        EXPECT_FALSE(platform::itemExists(destination)) << destination.toStdString();
-        EXPECT_TRUE(destination.startsWith(path() + u'/')) << destination.toStdString();
-        return destination.sliced(path().size() + 1);
+        std::error_code error;
+        const auto folder = platform::Folder::open(path(), error);
+        QString destination = collisionSafeDestination(name, *folder);
+        EXPECT_TRUE(folder->createFile(destination, error)) << destination.toStdString();
+        folder->remove(destination);
+        return destination;
     }
 
 private:
@@ -113,12 +115,54 @@ TEST(SenderFolderName, hasEightyCharactersAtMost)
 
 TEST(SenderDirectory, isCreatedInTheReceiveFolder)
 {
-    const support::PrivateUserFolders home;
-    const QString folder = home.downloads() + QStringLiteral("/Ferrylane/Pixel 8");
-    EXPECT_EQ(senderReceiveDirectory(QStringLiteral("FL Pixel 8")), folder);
+    const FolderWith receiveFolder({"file"});
+    std::error_code error;
+    const auto open = platform::Folder::open(receiveFolder.path(), error);
+    const QString folder = receiveFolder.path() + QStringLiteral("/Pixel 8");
+    EXPECT_EQ(senderReceiveDirectory(*open, QStringLiteral("FL Pixel 8"), error)->path(), folder);
     EXPECT_TRUE(QDir(folder).exists());
-    EXPECT_EQ(senderReceiveDirectory(std::nullopt),
-        home.downloads() + QStringLiteral("/Ferrylane/Unknown device"));
+    EXPECT_EQ(senderReceiveDirectory(*open, std::nullopt, error)->path(),
+        receiveFolder.path() + QStringLiteral("/Unknown device"));
+
+    // Eighty characters of four bytes are too many bytes.
+    const QString smileys = QStringLiteral("\U0001F600").repeated(80);
+    EXPECT_EQ(senderReceiveDirectory(*open, smileys, error)->path(),
+        receiveFolder.path() + u'/' + smileys.first(2 * qsizetype{63}));
+    EXPECT_FALSE(senderReceiveDirectory(*open, QStringLiteral("file"), error));
+    EXPECT_EQ(error, std::errc::not_a_directory);
+}
+
+TEST(Destination, isShortenedByWholeCharactersToWhatTheFileSystemTakes)
+{
+    const QString n = QStringLiteral("n");
+    // Five bytes each, and one that is longer than a name may be.
+    const QString marked = QStringLiteral("e\u0323\u0301");
+    const QString monster = u'e' + QStringLiteral("\u0301").repeated(200);
+    struct Row {
+        QString name;
+        QString destination;
+        QString copy; ///< where the first is taken
+    };
+    for (const Row& row :
+        {
+            Row{n.repeated(255), n.repeated(255), n.repeated(251) + QStringLiteral(" (1)")},
+            Row{n.repeated(4000) + QStringLiteral(".jpg"), n.repeated(251) + QStringLiteral(".jpg"),
+                n.repeated(247) + QStringLiteral(" (1).jpg")},
+            Row{marked.repeated(99) + QStringLiteral(".gz"),
+                marked.repeated(50) + QStringLiteral(".gz"),
+                marked.repeated(49) + QStringLiteral(" (1).gz")},
+            // No extension is that long.
+            Row{QStringLiteral("a.") + n.repeated(300), QStringLiteral("a.") + n.repeated(253),
+                QStringLiteral("a.") + n.repeated(249) + QStringLiteral(" (1)")},
+            Row{monster + QStringLiteral(".jpg"), monster.first(1 + 125) + QStringLiteral(".jpg"),
+                monster.first(1 + 123) + QStringLiteral(" (1).jpg")},
+            Row{QStringLiteral("..") + monster, QStringLiteral(".. (1)"), QStringLiteral(".. (2)")},
+        }) {
+        const FolderWith folder({});
+        EXPECT_EQ(folder.destination(row.name), row.destination);
+        support::writeFile(folder.path() + u'/' + row.destination);
+        EXPECT_EQ(folder.destination(row.name), row.copy);
+    }
 }
 
 TEST(Destination, takesTheNextFreeNumber)
@@ -169,14 +213,6 @@ TEST(Destination, countsFoldersAndDanglingLinksAsTaken)
     ASSERT_TRUE(QFile::link(
         folder.path() + QStringLiteral("/nowhere"), folder.path() + QStringLiteral("/name (1)")));
     EXPECT_EQ(folder.destination(QStringLiteral("name")), QStringLiteral("name (2)"));
-}
-
-TEST(Destination, staysInAFolderThatIsGone)
-{
-    for (const char* const name : {"", ".", ".."}) {
-        EXPECT_EQ(collisionSafeDestination(QString::fromLatin1(name), QStringLiteral("/nowhere")),
-            QStringLiteral("/nowhere/%1 (1)").arg(QString::fromLatin1(name)));
-    }
 }
 
 TEST(Destination, isRandomOnceAllNumbersAreTaken)

@@ -3,6 +3,7 @@
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "platform/Files.h"
+#include "support/BadDisk.h"
 #include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
 #include "support/TestFiles.h"
@@ -11,10 +12,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <thread>
+
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace ferrylane;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -167,6 +173,57 @@ TEST_F(PairedTargets, refreshesTheAddressOfTheFirstOfThatName)
         (FerrylanePairedTarget{u"Office"_s, u"http://10.0.0.9:1"_s, key(1)}));
     EXPECT_TRUE(home_.log().endsWith(u"Z  Updated paired address for Office: http://10.0.0.9:1\n"))
         << qPrintable(home_.log());
+}
+
+TEST_F(PairedTargets, keepsADamagedListAsideUntilAReset)
+{
+    const QString damaged = ferrylanePairedTargetsURL() + u".damaged-"_s;
+    for (int time = 1; time <= 3; ++time) {
+        write(ferrylanePairedTargetsURL(), "[{" + QByteArray::number(time));
+        EXPECT_EQ(names(), u""_s);
+        ASSERT_TRUE(saveFerrylanePairedTarget(phone(u"a"_s, time)));
+        EXPECT_EQ(names(), u"a %1"_s.arg(time));
+    }
+    QByteArrayList kept;
+    for (const QString& name : support::everythingIn(applicationSupportFolder())) {
+        const QString path = applicationSupportFolder() + u'/' + name;
+        if (path.startsWith(damaged)) kept.append(support::contentOf(path));
+        EXPECT_EQ(support::modeOf(path), 0600U);
+    }
+    std::sort(kept.begin(), kept.end());
+    EXPECT_EQ(kept, QByteArrayList({"[{1", "[{2", "[{3"})) << "none in another's place";
+    EXPECT_EQ(home_.log().count(u" is damaged; it is kept as paired-targets-v2.json.damaged-2"), 3);
+
+    removeFerrylanePairedTargets();
+    EXPECT_EQ(support::everythingIn(applicationSupportFolder()), QStringList());
+}
+
+TEST_F(PairedTargets, losesNoChangeOfTwoThreadsOnASlowDisk)
+{
+    ASSERT_TRUE(saveFerrylanePairedTarget(phone(u"a"_s, 1)));
+    const support::BadDisk disk({.syncTime = 100ms});
+    std::thread discovery([] {
+        for (int i = 1; i <= 3; ++i) {
+            refreshFerrylanePairedTargetAddress(u"a"_s, u"http://10.0.0.9:%1"_s.arg(i));
+        }
+    });
+    for (int number = 2; number <= 4; ++number) {
+        EXPECT_TRUE(saveFerrylanePairedTarget(phone(QString::number(number), number)));
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(names(), u"a 1,2 2,3 3,4 4"_s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 100ms) << "who reads waits for nobody";
+    discovery.join();
+    EXPECT_EQ(names(), u"a 1,2 2,3 3,4 4"_s);
+    EXPECT_EQ(loadFerrylanePairedTargets().first().baseURL, u"http://10.0.0.9:3"_s);
+}
+
+TEST_F(PairedTargets, areStoredWhereFoldersCannotBeSynced)
+{
+    const support::BadDisk disk({.folderSyncError = EIO});
+    ASSERT_TRUE(saveFerrylanePairedTarget(phone(u"a"_s, 1)));
+    EXPECT_EQ(names(), u"a 1"_s);
+    EXPECT_EQ(home_.log().count(u"but a crash may undo that: Input/output error"), 1);
 }
 
 TEST_F(PairedTargets, takesOverTheSinglePhoneOfEarlierVersions)

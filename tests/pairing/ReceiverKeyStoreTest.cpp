@@ -2,10 +2,14 @@
 
 #include "core/StoragePaths.h"
 #include "platform/Files.h"
+#include "support/BadDisk.h"
 #include "support/PrivateUserFolders.h"
+#include "support/SystemCallFailure.h"
 #include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 using namespace ferrylane;
 using support::modeOf;
@@ -88,4 +92,18 @@ TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFolder)
     EXPECT_NE(loadedKey(), loadedKey()) << "not kept";
     EXPECT_EQ(home_.log().count(u"Z  Could not persist receiver key: Not a directory\n"), 2)
         << home_.log().toStdString();
+}
+
+TEST_F(ReceiverKeyStore, losesNoKeyToADiskThatFails)
+{
+    QByteArray key;
+    {
+        const support::BadDisk disk({.folderSyncError = EINVAL});
+        key = loadedKey();
+        EXPECT_EQ(home_.log().count(u"but a crash may undo that: Invalid argument"), 1);
+    }
+    EXPECT_EQ(loadedKey(), key);
+    EXPECT_TRUE(support::runWithFailures({{SYS_read, EIO}}, [&] { EXPECT_NE(loadedKey(), key); }));
+    EXPECT_EQ(loadedKey(), key);
+    EXPECT_EQ(home_.log().count(u"Could not persist receiver key: Input/output error"), 1);
 }

@@ -65,15 +65,40 @@ TEST_F(AtomicWriteTest, KeepsTheOldContentWhicheverStepFails)
 {
     const QString file = path(u"file"_s);
     ASSERT_FALSE(writeFileAtomically(file, bytesOf("old"), 0600));
-    const std::vector<int> steps{SYS_fchmod, SYS_write, SYS_fsync, SYS_close, support::plainRename};
+    const std::vector<int> steps{SYS_write, SYS_fsync, SYS_close, support::plainRename};
     for (const int step : steps) {
-        std::error_code error;
+        WriteResult result;
         ASSERT_TRUE(support::runWithFailures(
-            {{step, EIO}}, [&] { error = writeFileAtomically(file, bytesOf("new"), 0600); }));
-        EXPECT_EQ(error, std::errc::io_error) << "system call " << step;
+            {{step, EIO}}, [&] { result = writeFileAtomically(file, bytesOf("new"), 0600); }));
+        EXPECT_EQ(result.failure, std::errc::io_error) << "system call " << step;
         EXPECT_EQ(readFile(file, 100), "old") << "system call " << step;
         EXPECT_EQ(everything(), QStringList{u"file"_s}) << "system call " << step;
     }
+}
+
+TEST_F(AtomicWriteTest, KeepsWhatWasWrittenWhereThereAreNoModesAndFoldersCannotBeSynced)
+{
+    const QString file = path(u"file"_s);
+    WriteResult result;
+    ASSERT_TRUE(support::runWithFailures({{SYS_fchmod, EPERM}},
+        [&] { result = writeFileAtomically(file, bytesOf("content"), 0600); }));
+    EXPECT_FALSE(result);
+    EXPECT_EQ(result.modeError, std::errc::operation_not_permitted);
+    EXPECT_FALSE(result.syncError);
+    EXPECT_EQ(readFile(file, 100), "content");
+
+    Replacement replacement(file, bytesOf("new"), 0600);
+    ASSERT_TRUE(replacement.commit());
+    ASSERT_TRUE(support::runWithFailures({{SYS_fsync, EINVAL}}, [&] { replacement.sync(); }));
+    EXPECT_FALSE(replacement.result());
+    EXPECT_EQ(replacement.result().syncError, std::errc::invalid_argument);
+    EXPECT_EQ(readFile(file, 100), "new");
+
+    ASSERT_TRUE(support::runWithFailures({{SYS_fchmod, EPERM}},
+        [&] { result = appendToFile(path(u"log"_s), bytesOf("line\n"), 0600); }));
+    EXPECT_FALSE(result);
+    EXPECT_EQ(result.modeError, std::errc::operation_not_permitted);
+    EXPECT_EQ(readFile(path(u"log"_s), 100), "line\n");
 }
 
 TEST_F(AtomicWriteTest, LeavesNothingWhereItCannotReplace)

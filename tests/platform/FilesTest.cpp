@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/Folder.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -134,27 +135,33 @@ TEST_F(FilesTest, AppendingReportsWhatCannotBeWritten)
     EXPECT_TRUE(appendToFile(path(u"fifo"_s), bytesOf("x"), 0600));
     EXPECT_TRUE(appendToFile(path(u"dangling"_s), bytesOf("x"), 0600));
     EXPECT_TRUE(appendToFile(path(u"missing/file"_s), bytesOf("x"), 0600));
-    EXPECT_EQ(appendToFile(u"/dev/full"_s, bytesOf("x"), 0600), std::errc::no_space_on_device);
+    EXPECT_EQ(
+        appendToFile(u"/dev/full"_s, bytesOf("x"), 0600).failure, std::errc::no_space_on_device);
     EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
 }
 
-TEST_F(FilesTest, ListsRegularFilesOnly)
+TEST_F(FilesTest, ListsWhatCanBeNamed)
 {
     const QString folder = path(u"list"_s);
     ASSERT_TRUE(QDir().mkpath(folder + u"/sub"_s));
-    writeFile(folder + u"/plain"_s, "x");
     writeFile(folder + u"/.hidden"_s, "x");
     writeFile(folder + u"/Größe ☂"_s, "x");
-    ASSERT_TRUE(QFile::link(folder + u"/plain"_s, folder + u"/link"_s));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(folder + u"/fifo"_s).constData(), 0600), 0);
     const QByteArray notUtf8 = QFile::encodeName(folder) + "/\xff";
     ASSERT_EQ(::close(::open(notUtf8.constData(), O_WRONLY | O_CREAT, 0600)), 0);
 
-    QStringList names = regularFilesIn(folder);
-    names.sort();
-    EXPECT_EQ(names, QStringList({u".hidden"_s, u"Größe ☂"_s, u"plain"_s}));
-    EXPECT_TRUE(regularFilesIn(path(u"missing"_s)).isEmpty());
-    EXPECT_TRUE(regularFilesIn(folder + u"/plain"_s).isEmpty());
+    std::error_code error;
+    const auto open = Folder::open(folder, error);
+    for (int time = 0; time < 2; ++time) {
+        QStringList names = open->names();
+        names.sort();
+        EXPECT_EQ(names, QStringList({u".hidden"_s, u"Größe ☂"_s, u"sub"_s}));
+    }
+    EXPECT_TRUE(open->isFolder(u"sub"_s));
+    EXPECT_FALSE(open->isFolder(u".hidden"_s));
+    EXPECT_FALSE(Folder::open(path(u"missing"_s), error));
+    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+    EXPECT_FALSE(Folder::open(folder + u"/.hidden"_s, error));
+    EXPECT_EQ(error, std::errc::not_a_directory);
     EXPECT_EQ(::unlink(notUtf8.constData()), 0);
 }
 

@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/Folder.h"
 #include "support/SystemCallFailure.h"
 #include "support/TestFiles.h"
 
@@ -46,22 +47,27 @@ protected:
         support::writeFile(path(name), content);
         ASSERT_TRUE(QFile::setPermissions(path(name), QFile::ReadOwner | QFile::ReadGroup));
     }
-    [[nodiscard]] static std::error_code moved(const QString& from, const QString& to)
+    [[nodiscard]] std::error_code move(const QString& from, const QString& to) const
+    {
+        return open_->moveWithoutReplacing(from, *open_, to);
+    }
+    [[nodiscard]] std::error_code moved(const QString& from, const QString& to) const
     {
         std::error_code error;
-        EXPECT_TRUE(support::runWithFailures(
-            GetParam().failures, [&] { error = moveWithoutReplacing(from, to); }));
+        EXPECT_TRUE(support::runWithFailures(GetParam().failures, [&] { error = move(from, to); }));
         return error;
     }
 
 private:
     QTemporaryDir folder_;
+    std::error_code error_;
+    std::unique_ptr<Folder> open_ = Folder::open(folder_.path(), error_);
 };
 
 TEST_P(MoveWithoutReplacingTest, MovesToAFreeName)
 {
     write(u"from"_s, "content");
-    EXPECT_FALSE(moved(path(u"from"_s), path(u"to"_s)));
+    EXPECT_FALSE(moved(u"from"_s, u"to"_s));
     EXPECT_EQ(everything(), QStringList{u"to"_s});
     EXPECT_EQ(readFile(path(u"to"_s), 100), "content");
     EXPECT_EQ(support::modeOf(path(u"to"_s)), 0440U);
@@ -77,15 +83,15 @@ TEST_P(MoveWithoutReplacingTest, ReplacesNothingAndLeavesNothingWhenItFails)
     const QStringList before = everything();
 
     for (const QString& name : {u"file"_s, u"folder"_s, u"dangling"_s, u"link"_s, u"from"_s}) {
-        EXPECT_EQ(moved(path(u"from"_s), path(name)), std::errc::file_exists) << name.toStdString();
+        EXPECT_EQ(moved(u"from"_s, name), std::errc::file_exists) << name.toStdString();
     }
     EXPECT_EQ(everything(), before);
     EXPECT_EQ(readFile(path(u"from"_s), 100), "content");
     EXPECT_EQ(readFile(path(u"file"_s), 100), "other");
 
     const auto missing = std::errc::no_such_file_or_directory;
-    EXPECT_EQ(moved(path(u"missing"_s), path(u"to"_s)), missing);
-    EXPECT_EQ(moved(path(u"from"_s), path(u"missing/to"_s)), missing);
+    EXPECT_EQ(moved(u"missing"_s, u"to"_s), missing);
+    EXPECT_EQ(moved(u"from"_s, u"missing/to"_s), missing);
     EXPECT_EQ(everything(), before);
 }
 
@@ -103,8 +109,8 @@ TEST_P(MoveWithoutReplacingTest, OneOfTwoRivalsWins)
         EXPECT_TRUE(support::runWithFailures(GetParam().failures, [&] {
             for (std::size_t round = 0; round < rounds; ++round) {
                 together.arrive_and_wait();
-                errors.at(self).at(round) = moveWithoutReplacing(
-                    path(u"%1-%2"_s.arg(self).arg(round)), path(u"to-%1"_s.arg(round)));
+                errors.at(self).at(round)
+                    = move(u"%1-%2"_s.arg(self).arg(round), u"to-%1"_s.arg(round));
             }
         }));
     };
@@ -141,18 +147,19 @@ TEST(MoveFailureTest, StaysUnderTheOldNameOnlyWhicheverStepFails)
     const std::vector<Case> cases{
         {{{SYS_renameat2, EXDEV}}, std::errc::cross_device_link},
         {{{SYS_renameat2, EINVAL}, {SYS_linkat, EXDEV}}, std::errc::cross_device_link},
-        {{{SYS_renameat2, EINVAL}, {SYS_linkat, EPERM}, {support::plainRename, EIO}},
-            std::errc::io_error},
+        {{{SYS_renameat2, EINVAL}, {SYS_linkat, EPERM}, {SYS_renameat, EIO}}, std::errc::io_error},
     };
-    const QTemporaryDir folder;
-    const QString from = folder.filePath(u"from"_s);
+    const QTemporaryDir temporary;
+    const QString from = temporary.filePath(u"from"_s);
+    std::error_code opening;
+    const auto folder = Folder::open(temporary.path(), opening);
     ASSERT_FALSE(writeFileAtomically(from, bytesOf("content"), 0600));
     for (const Case& c : cases) {
         std::error_code error;
-        ASSERT_TRUE(support::runWithFailures(
-            c.failures, [&] { error = moveWithoutReplacing(from, folder.filePath(u"to"_s)); }));
+        ASSERT_TRUE(support::runWithFailures(c.failures,
+            [&] { error = folder->moveWithoutReplacing(u"from"_s, *folder, u"to"_s); }));
         EXPECT_EQ(error, c.error);
-        EXPECT_EQ(regularFilesIn(folder.path()), QStringList{u"from"_s});
+        EXPECT_EQ(folder->names(), QStringList{u"from"_s});
         EXPECT_EQ(readFile(from, 100), "content");
     }
 }

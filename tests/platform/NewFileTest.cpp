@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/Folder.h"
 #include "support/SystemCallFailure.h"
 #include "support/TestFiles.h"
 
@@ -7,6 +8,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,10 +26,27 @@ class NewFileTest : public ::testing::Test {
 protected:
     ~NewFileTest() override { ::umask(umask_); }
 
-    [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
+    [[nodiscard]] QString path(const QString& name) const { return temporary_.filePath(name); }
+    [[nodiscard]] const Folder& folder() const { return *folder_; }
+    /// How a new file fares that is written while some system calls fail.
+    [[nodiscard]] std::pair<std::error_code, std::error_code> outcome(
+        const std::vector<support::SystemCallFailure>& failures) const
+    {
+        std::pair<std::error_code, std::error_code> errors;
+        EXPECT_TRUE(support::runWithFailures(failures, [&] {
+            std::error_code error;
+            const auto file = folder().createFile(u"file"_s, error);
+            ASSERT_TRUE(file);
+            errors = {file->write(bytesOf("x")), file->sync()};
+            folder().remove(u"file"_s);
+        }));
+        return errors;
+    }
 
 private:
-    QTemporaryDir folder_;
+    QTemporaryDir temporary_;
+    std::error_code error_;
+    std::unique_ptr<Folder> folder_ = Folder::open(temporary_.path(), error_);
     mode_t umask_ = ::umask(022);
 };
 
@@ -36,14 +57,13 @@ TEST_F(NewFileTest, HoldsWhatWasWrittenWithTheModeThatTheUmaskLeaves)
     QByteArray expected;
     ::umask(027);
     std::error_code error;
-    const auto file = NewFile::create(path(u"file"_s), error);
+    const auto file = folder().createFile(u"file"_s, error);
     ASSERT_TRUE(file);
     for (int i = 0; i < 20; ++i) {
         ASSERT_FALSE(file->write(bytesOf(piece)));
         expected.append(piece);
     }
     EXPECT_FALSE(file->sync());
-    EXPECT_FALSE(file->close());
     EXPECT_TRUE(readFile(path(u"file"_s), expected.size()) == expected);
 
     EXPECT_EQ(support::modeOf(path(u"file"_s)), 0640U);
@@ -57,7 +77,7 @@ TEST_F(NewFileTest, OpensNothingThatIsThere)
 
     for (const QString& name : {u"file"_s, u"folder"_s, u"dangling"_s}) {
         std::error_code error;
-        EXPECT_FALSE(NewFile::create(path(name), error));
+        EXPECT_FALSE(folder().createFile(name, error));
         EXPECT_EQ(error, std::errc::file_exists) << name.toStdString();
     }
     EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
@@ -65,21 +85,46 @@ TEST_F(NewFileTest, OpensNothingThatIsThere)
 
 TEST_F(NewFileTest, TellsOfEachFailure)
 {
-    std::error_code writing;
-    std::error_code syncing;
-    std::error_code closing;
-    ASSERT_TRUE(support::runWithFailures(
-        {{SYS_write, ENOSPC}, {SYS_fdatasync, EIO}, {SYS_close, EDQUOT}}, [&] {
-            std::error_code error;
-            const auto file = NewFile::create(path(u"file"_s), error);
-            ASSERT_TRUE(file);
-            writing = file->write(bytesOf("x"));
-            syncing = file->sync();
-            closing = file->close();
-        }));
-    EXPECT_EQ(writing, std::errc::no_space_on_device);
-    EXPECT_EQ(syncing, std::errc::io_error);
-    EXPECT_EQ(closing.value(), EDQUOT);
+    EXPECT_EQ(outcome({{SYS_write, ENOSPC}}).first, std::errc::no_space_on_device);
+    EXPECT_EQ(outcome({{SYS_fdatasync, EIO}}).second, std::errc::io_error);
+    EXPECT_EQ(outcome({{SYS_close, EDQUOT}}).second.value(), EDQUOT);
+}
+
+TEST_F(NewFileTest, IsNotTakenForAbandonedWhileItIsWritten)
+{
+    constexpr auto day = std::chrono::hours(24);
+    std::error_code error;
+    auto file = folder().createFile(u"file"_s, error);
+    ASSERT_TRUE(file);
+    ASSERT_FALSE(file->sync());
+    // As another computer would try it, whose descriptors are others.
+    EXPECT_FALSE(Folder::open(path({}), error)->removeUnlessLocked(u"file"_s, {}));
+    file.reset();
+    // Without locks only time tells.
+    ASSERT_TRUE(support::runWithFailures({{SYS_fcntl, ENOLCK}}, [&] {
+        EXPECT_FALSE(folder().removeUnlessLocked(u"file"_s, day));
+        EXPECT_TRUE(folder().contains(u"file"_s));
+    }));
+    EXPECT_TRUE(folder().removeUnlessLocked(u"file"_s, day));
+    ASSERT_TRUE(support::runWithFailures({{SYS_fcntl, ENOLCK}}, [&] {
+        EXPECT_TRUE(folder().createFile(u"file"_s, error)) << "written all the same";
+        EXPECT_TRUE(folder().removeUnlessLocked(u"file"_s, {}));
+    }));
+}
+
+TEST_F(NewFileTest, LeadsNowhereButIntoItsFolder)
+{
+    std::error_code error;
+    for (const QString& name : {u"../file"_s, u"sub/file"_s, u"/file"_s, u""_s, u"."_s}) {
+        EXPECT_FALSE(folder().createFile(name, error)) << name.toStdString();
+    }
+    // Wherever that is now, and whatever has taken its place.
+    const auto inner = folder().openOrCreate(u"inner"_s, error);
+    ASSERT_TRUE(QFile::rename(path(u"inner"_s), path(u"moved"_s)));
+    EXPECT_EQ(inner->path(), path(u"moved"_s));
+    ASSERT_TRUE(QDir().mkdir(path(u"inner"_s)));
+    EXPECT_TRUE(inner->createFile(u"file"_s, error));
+    EXPECT_TRUE(itemExists(path(u"moved/file"_s)));
 }
 
 } // namespace

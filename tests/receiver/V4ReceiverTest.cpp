@@ -1,5 +1,6 @@
 #include "core/StoragePaths.h"
 #include "pairing/ReceiverKeyStore.h"
+#include "support/BadDisk.h"
 #include "support/ServiceFixture.h"
 #include "support/TcpClient.h"
 #include "support/TestFiles.h"
@@ -7,8 +8,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
@@ -321,11 +325,60 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeStoredIsRefusedWithTheCauseInTheLog)
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
     EXPECT_EQ(logCount("Could not store the upload: Not a directory"), 1);
     ASSERT_TRUE(QFile::remove(inTheWay));
+}
 
-    const QString longest(255, u'n');
-    EXPECT_EQ(summary(answerTo(upload(longest, "x"))), "200 OK|OK SHA256");
-    EXPECT_EQ(summary(answerTo(upload(longest + u'n', "x"))),
-        "500 Internal Server Error|Cannot finalize destination");
-    EXPECT_EQ(logCount("Could not store the upload: File name too long"), 1);
+TEST_F(V4ReceiverTest, anyNameEndsStored)
+{
+    for (int copy = 0; copy < 2; ++copy) {
+        EXPECT_EQ(summary(answerTo(upload(QString(300, u'n') + QStringLiteral(".jpg"), "x"))),
+            "200 OK|OK SHA256");
+    }
+    QStringList names = support::everythingIn(received(QStringLiteral("Pixel 8")));
+    names.sort();
+    EXPECT_EQ(names,
+        QStringList({QString(247, u'n') + QStringLiteral(" (1).jpg"),
+            QString(251, u'n') + QStringLiteral(".jpg")}));
+}
+
+TEST_F(V4ReceiverTest, anUploadEndsInTheFolderInWhichItBegan)
+{
+    const QString folder = receiveDir();
+    const QString moved = folder + QStringLiteral(".moved");
+    const QByteArray request = upload(QStringLiteral("photo.jpg"), support::testContent(5000));
+    // Once to the end, once broken off.
+    for (const qsizetype length : {request.size(), qsizetype{4000}}) {
+        TcpClient client;
+        client.send(request.first(3000));
+        waitUntilStarted(length < request.size() ? 2 : 1);
+        ASSERT_TRUE(QFile::rename(folder, moved));
+        ASSERT_TRUE(QDir().mkdir(folder));
+        client.send(request.sliced(3000, length - 3000));
+        if (length < request.size()) {
+            client.reset();
+            ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped")));
+        } else {
+            EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
+        }
+        EXPECT_EQ(support::everythingIn(folder), QStringList());
+        EXPECT_EQ(support::everythingIn(moved), QStringList{QStringLiteral("Pixel 8")});
+        ASSERT_TRUE(QDir().rmdir(folder));
+        ASSERT_TRUE(QFile::rename(moved, folder));
+    }
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/photo.jpg")), support::testContent(5000));
+    EXPECT_EQ(logCount("bytes to " + QFile::encodeName(moved) + "/Pixel 8/photo.jpg"), 1);
+}
+
+TEST_F(V4ReceiverTest, aSendersFolderMayBeOnAnotherDiskAndUnableToSync)
+{
+    const QTemporaryDir other(QStringLiteral("/dev/shm/ferrylane-test-XXXXXX"));
+    ASSERT_TRUE(QFile::link(other.path(), received(QStringLiteral("Pixel 8"))));
+    const QByteArray bytes = support::testContent(1000000);
+    const support::BadDisk disk({.folderSyncError = EIO});
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), bytes))), "200 OK|OK SHA256");
+    EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "y"))), "200 OK|OK SHA256");
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/x")), bytes);
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/x (1)")), "y");
+    EXPECT_EQ(support::everythingIn(other.path()).size(), 2);
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
+    EXPECT_EQ(logCount("a crash may undo that"), 4) << "each of two folders, each time";
 }

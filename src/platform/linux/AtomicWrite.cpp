@@ -21,73 +21,64 @@ QByteArray temporaryName()
         + QByteArray::number(random->generate64(), 16) + ".tmp";
 }
 
-/// A new file in a folder, removed again unless it was renamed.
-class TemporaryFile {
-public:
-    TemporaryFile(const QByteArray& folder, mode_t mode)
-        : path_(folder + '/' + temporaryName())
-        , file_(openFile(path_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode))
-    {
-        if (!file_.isOpen()) {
-            error_ = lastError();
-            return;
-        }
-        exists_ = true;
-        // Before the first byte, and it can only widen: the umask has taken away from `mode`.
-        if (::fchmod(file_.get(), mode) != 0) error_ = lastError();
-    }
-
-    ~TemporaryFile()
-    {
-        if (exists_) ::unlink(path_.constData());
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    /// Each step does nothing once one has failed.
-    void write(ByteView content)
-    {
-        if (!error_) error_ = writeAll(file_.get(), content);
-        if (!error_) error_ = syncAll(file_.get());
-        if (!error_) error_ = file_.close();
-    }
-
-    void renameTo(const QByteArray& target)
-    {
-        if (error_) return;
-        if (::rename(path_.constData(), target.constData()) == 0) {
-            exists_ = false;
-        } else {
-            error_ = lastError();
-        }
-    }
-
-    [[nodiscard]] const std::error_code& error() const { return error_; }
-
-private:
-    QByteArray path_;
-    FileDescriptor file_;
-    bool exists_ = false;
-    std::error_code error_;
-};
-
 } // namespace
 
-std::error_code writeFileAtomically(const QString& path, ByteView content, mode_t mode)
+struct Replacement::Place {
+    QByteArray target;
+    QByteArray folder = folderOf(target);
+    QByteArray temporary = folder + '/' + temporaryName();
+    bool exists = false; ///< the temporary file
+};
+
+Replacement::Replacement(const QString& path, ByteView content, mode_t mode)
+    : place_(std::make_unique<Place>(Place{nativePath(path)}))
 {
-    const QByteArray target = nativePath(path);
-    if (target.isEmpty()) return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (place_->target.isEmpty()) {
+        result_.failure = std::make_error_code(std::errc::no_such_file_or_directory);
+        return;
+    }
+    FileDescriptor file
+        = openFile(place_->temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+    if (!file.isOpen()) {
+        result_.failure = lastError();
+        return;
+    }
+    place_->exists = true;
+    // Before the first byte, and it can only widen: the umask has taken away from `mode`. What has
+    // no modes, such as FAT, refuses.
+    if (::fchmod(file.get(), mode) != 0) result_.modeError = lastError();
+    result_.failure = writeAll(file.get(), content);
+    if (!result_) result_.failure = syncAll(file.get());
+    if (!result_) result_.failure = file.close();
+}
 
-    const QByteArray folderPath = folderOf(target);
-    // Opened first: what cannot be synced in the end had better not be replaced.
-    const FileDescriptor folder = openFile(folderPath, O_RDONLY | O_DIRECTORY);
-    if (!folder.isOpen()) return lastError();
+Replacement::~Replacement()
+{
+    if (place_->exists) ::unlink(place_->temporary.constData());
+}
 
-    TemporaryFile temporary(folderPath, mode);
-    temporary.write(content);
-    temporary.renameTo(target);
-    if (temporary.error()) return temporary.error();
-    return syncFolderEntries(folder.get());
+bool Replacement::commit()
+{
+    if (result_) return false;
+    if (::rename(place_->temporary.constData(), place_->target.constData()) == 0) {
+        place_->exists = false;
+    } else {
+        result_.failure = lastError();
+    }
+    return !result_;
+}
+
+void Replacement::sync()
+{
+    const FileDescriptor folder = openFile(place_->folder, O_RDONLY | O_DIRECTORY);
+    result_.syncError = folder.isOpen() ? syncAll(folder.get()) : lastError();
+}
+
+WriteResult writeFileAtomically(const QString& path, ByteView content, mode_t mode)
+{
+    Replacement replacement(path, content, mode);
+    if (replacement.commit()) replacement.sync();
+    return replacement.result();
 }
 
 } // namespace platform

@@ -25,6 +25,11 @@ QByteArray nativePath(const QString& path)
     return QFile::encodeName(path);
 }
 
+QByteArray nativeName(const QString& name)
+{
+    return name.contains(u'/') ? QByteArray() : nativePath(name);
+}
+
 QByteArray folderOf(const QByteArray& nativePath)
 {
     const qsizetype slash = nativePath.lastIndexOf('/');
@@ -34,8 +39,13 @@ QByteArray folderOf(const QByteArray& nativePath)
 
 FileDescriptor openFile(const QByteArray& nativePath, int flags, mode_t mode)
 {
-    return FileDescriptor(
-        uninterrupted([&] { return ::open(nativePath.constData(), flags | O_CLOEXEC, mode); }));
+    return openFileAt(AT_FDCWD, nativePath, flags, mode);
+}
+
+FileDescriptor openFileAt(int folder, const QByteArray& nativePath, int flags, mode_t mode)
+{
+    return FileDescriptor(uninterrupted(
+        [&] { return ::openat(folder, nativePath.constData(), flags | O_CLOEXEC, mode); }));
 }
 
 std::error_code writeAll(int descriptor, ByteView bytes)
@@ -61,15 +71,6 @@ std::error_code syncContent(int descriptor)
 {
     if (uninterrupted([&] { return ::fdatasync(descriptor); }) == 0) return {};
     return lastError();
-}
-
-std::error_code syncFolderEntries(int descriptor)
-{
-    const std::error_code error = syncAll(descriptor);
-    if (error == std::errc::invalid_argument || error == std::errc::operation_not_supported) {
-        return {};
-    }
-    return error;
 }
 
 } // namespace platform

@@ -16,11 +16,17 @@ namespace platform {
 /// the system would take what stands before it and work on a different file.
 [[nodiscard]] QByteArray nativePath(const QString& path);
 
+/// The same for a name within a folder: empty also for what would lead out of it.
+[[nodiscard]] QByteArray nativeName(const QString& name);
+
 /// The folder part of a path, "." when there is none.
 [[nodiscard]] QByteArray folderOf(const QByteArray& nativePath);
 
 /// open(2) with O_CLOEXEC; not open when it fails, and lastError() tells why.
 [[nodiscard]] FileDescriptor openFile(const QByteArray& nativePath, int flags, mode_t mode = 0);
+/// The same for a path that is relative to a folder.
+[[nodiscard]] FileDescriptor openFileAt(
+    int folder, const QByteArray& nativePath, int flags, mode_t mode = 0);
 
 /// Writes all bytes, in one call where the system takes them so.
 [[nodiscard]] std::error_code writeAll(int descriptor, ByteView bytes);
@@ -29,7 +35,4 @@ namespace platform {
 [[nodiscard]] std::error_code syncAll(int descriptor);
 /// fdatasync(2): content, and of the rest what is needed to read it back.
 [[nodiscard]] std::error_code syncContent(int descriptor);
-/// fsync(2) of a folder. File systems that cannot do it for folders count as synced.
-[[nodiscard]] std::error_code syncFolderEntries(int descriptor);
-
 } // namespace platform

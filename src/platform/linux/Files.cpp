@@ -2,9 +2,8 @@
 
 #include "platform/linux/FileCalls.h"
 
-#include <QFile>
+#include <new>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -31,7 +30,8 @@ std::error_code createFolder(const QByteArray& path, mode_t mode)
 
 /// Everything up to the end of the file, which may have grown since its size was asked, or be one
 /// of those under /proc that tell no size.
-std::optional<QByteArray> readToEnd(int descriptor, qint64 expectedSize, qint64 limit)
+std::optional<QByteArray> readToEnd(
+    int descriptor, qint64 expectedSize, qint64 limit, std::error_code& error)
 {
     constexpr qsizetype growth = 65536;
     // Room for one byte more, so that the end is seen without growing.
@@ -45,14 +45,18 @@ std::optional<QByteArray> readToEnd(int descriptor, qint64 expectedSize, qint64 
             content.truncate(used);
             return content;
         }
-        if (count < 0 && errno != EINTR) return std::nullopt;
+        if (count < 0 && errno != EINTR) {
+            error = lastError();
+            return std::nullopt;
+        }
         used += std::max<ssize_t>(count, 0);
     }
+    error = std::make_error_code(std::errc::file_too_large);
     return std::nullopt;
 }
 
 /// A file to append to, created with exactly `mode` when missing.
-FileDescriptor openForAppending(const QByteArray& path, mode_t mode, std::error_code& error)
+FileDescriptor openForAppending(const QByteArray& path, mode_t mode, WriteResult& result)
 {
     // A FIFO or device in the file's place must not block.
     constexpr int flags = O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY;
@@ -61,25 +65,14 @@ FileDescriptor openForAppending(const QByteArray& path, mode_t mode, std::error_
         file = openFile(path, flags | O_CREAT | O_EXCL, mode);
         if (file.isOpen()) {
             // Only the creator sets the mode; the umask has taken away what this gives back.
-            if (::fchmod(file.get(), mode) != 0) error = lastError();
+            if (::fchmod(file.get(), mode) != 0) result.modeError = lastError();
         } else if (errno == EEXIST) {
             // Somebody else has just created it.
             file = openFile(path, flags);
         }
     }
-    if (!file.isOpen()) error = lastError();
+    if (!file.isOpen()) result.failure = lastError();
     return file;
-}
-
-struct FolderCloser {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
-bool isRegularFileIn(DIR* folder, const char* name)
-{
-    struct stat status {};
-    return ::fstatat(::dirfd(folder), name, &status, AT_SYMLINK_NOFOLLOW) == 0
-        && S_ISREG(status.st_mode);
 }
 
 } // namespace
@@ -103,54 +96,53 @@ std::error_code createFolders(const QString& path, mode_t mode)
 
 std::error_code setMode(const QString& path, mode_t mode)
 {
-    if (::chmod(nativePath(path).constData(), mode) == 0) return {};
-    return lastError();
+    const QByteArray native = nativePath(path);
+    struct stat status {};
+    // Not even tried where there is nothing to do: it may not be permitted.
+    if (::stat(native.constData(), &status) == 0 && (status.st_mode & 07777U) == mode) return {};
+    return ::chmod(native.constData(), mode) == 0 ? std::error_code() : lastError();
 }
 
 std::optional<QByteArray> readFile(const QString& path, qint64 limit)
 {
+    std::error_code error;
+    return readFile(path, limit, error);
+}
+
+std::optional<QByteArray> readFile(const QString& path, qint64 limit, std::error_code& error)
+{
+    error = {};
     // Opening a FIFO that nobody writes to would block without O_NONBLOCK.
     const FileDescriptor file = openFile(nativePath(path), O_RDONLY | O_NONBLOCK | O_NOCTTY);
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode) || status.st_size > limit) return std::nullopt;
-    return readToEnd(file.get(), status.st_size, limit);
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
+        error = lastError();
+    } else if (!S_ISREG(status.st_mode)) {
+        error = std::make_error_code(std::errc::invalid_argument);
+    } else if (status.st_size > limit) {
+        error = std::make_error_code(std::errc::file_too_large);
+    }
+    if (error) return std::nullopt;
+    try {
+        return readToEnd(file.get(), status.st_size, limit, error);
+    } catch (const std::bad_alloc&) {
+        error = std::make_error_code(std::errc::not_enough_memory);
+        return std::nullopt;
+    }
 }
 
-std::error_code appendToFile(const QString& path, ByteView bytes, mode_t mode)
+WriteResult appendToFile(const QString& path, ByteView bytes, mode_t mode)
 {
-    std::error_code error;
-    FileDescriptor file = openForAppending(nativePath(path), mode, error);
-    if (!error) error = writeAll(file.get(), bytes);
-    return error ? error : file.close();
-}
-
-std::error_code syncFolder(const QString& path)
-{
-    const FileDescriptor folder = openFile(nativePath(path), O_RDONLY | O_DIRECTORY);
-    if (!folder.isOpen()) return lastError();
-    return syncFolderEntries(folder.get());
+    WriteResult result;
+    FileDescriptor file = openForAppending(nativePath(path), mode, result);
+    if (!result) result.failure = writeAll(file.get(), bytes);
+    if (!result) result.failure = file.close();
+    return result;
 }
 
 bool removeFile(const QString& path)
 {
     return ::unlink(nativePath(path).constData()) == 0;
-}
-
-QStringList regularFilesIn(const QString& folder)
-{
-    QStringList names;
-    const std::unique_ptr<DIR, FolderCloser> entries(::opendir(nativePath(folder).constData()));
-    if (!entries) return names;
-    while (const dirent* const entry = ::readdir(entries.get())) {
-        const QByteArray raw(entry->d_name);
-        QString name = QFile::decodeName(raw);
-        // A name that is not UTF-8 would come out as the name of a different file.
-        if (QFile::encodeName(name) == raw && isRegularFileIn(entries.get(), entry->d_name)) {
-            names.append(std::move(name));
-        }
-    }
-    return names;
 }
 
 } // namespace platform

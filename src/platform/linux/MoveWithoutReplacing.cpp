@@ -1,4 +1,4 @@
-#include "platform/Files.h"
+#include "platform/Folder.h"
 
 #include "platform/linux/FileCalls.h"
 
@@ -19,9 +19,17 @@ bool isMissing(const std::error_code& error)
         || error == std::errc::operation_not_permitted;
 }
 
-std::error_code renameWithoutReplacing(const QByteArray& from, const QByteArray& to)
+/// A name in an open folder.
+struct Place {
+    int folder;
+    QByteArray name;
+};
+
+std::error_code renameWithoutReplacing(const Place& from, const Place& to)
 {
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) {
+    if (::renameat2(
+            from.folder, from.name.constData(), to.folder, to.name.constData(), RENAME_NOREPLACE)
+        == 0) {
         return {};
     }
     return lastError();
@@ -29,32 +37,38 @@ std::error_code renameWithoutReplacing(const QByteArray& from, const QByteArray&
 
 /// A second name never replaces anything, and the file is whole under either. A crash in between
 /// leaves both.
-std::error_code linkAndUnlink(const QByteArray& from, const QByteArray& to)
+std::error_code linkAndUnlink(const Place& from, const Place& to)
 {
-    if (::linkat(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), 0) != 0) return lastError();
-    if (::unlink(from.constData()) == 0) return {};
+    if (::linkat(from.folder, from.name.constData(), to.folder, to.name.constData(), 0) != 0) {
+        return lastError();
+    }
+    if (::unlinkat(from.folder, from.name.constData(), 0) == 0) return {};
     const std::error_code error = lastError();
-    ::unlink(to.constData());
+    ::unlinkat(to.folder, to.name.constData(), 0);
     return error;
 }
 
 /// Claims the name with an empty file that only one can create, then replaces that. Anything that
 /// others put in the place of the claim meanwhile would be lost: the last resort.
-std::error_code claimAndRename(const QByteArray& from, const QByteArray& to)
+std::error_code claimAndRename(const Place& from, const Place& to)
 {
-    if (!openFile(to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600).isOpen()) return lastError();
-    if (::rename(from.constData(), to.constData()) == 0) return {};
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    if (!openFileAt(to.folder, to.name, flags, 0600).isOpen()) return lastError();
+    if (::renameat(from.folder, from.name.constData(), to.folder, to.name.constData()) == 0) {
+        return {};
+    }
     const std::error_code error = lastError();
-    ::unlink(to.constData());
+    ::unlinkat(to.folder, to.name.constData(), 0);
     return error;
 }
 
 } // namespace
 
-std::error_code moveWithoutReplacing(const QString& from, const QString& to)
+std::error_code Folder::moveWithoutReplacing(
+    const QString& name, const Folder& to, const QString& newName) const
 {
-    const QByteArray source = nativePath(from);
-    const QByteArray target = nativePath(to);
+    const Place source{descriptor_, nativeName(name)};
+    const Place target{to.descriptor_, nativeName(newName)};
     std::error_code error = renameWithoutReplacing(source, target);
     if (isMissing(error)) error = linkAndUnlink(source, target);
     if (isMissing(error)) error = claimAndRename(source, target);

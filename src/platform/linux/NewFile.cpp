@@ -1,6 +1,8 @@
-#include "platform/Files.h"
+#include "platform/Folder.h"
 
 #include "platform/linux/FileCalls.h"
+
+#include <vector>
 
 #include <fcntl.h>
 
@@ -9,22 +11,14 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t writeBackStep = std::uint64_t{8} * 1024 * 1024;
+constexpr std::size_t copyStep = std::size_t{256} * 1024;
 
 } // namespace
 
-std::unique_ptr<NewFile> NewFile::create(const QString& path, std::error_code& error)
-{
-    FileDescriptor file
-        = openFile(nativePath(path), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
-    error = file.isOpen() ? std::error_code() : lastError();
-    if (error) return nullptr;
-    return std::unique_ptr<NewFile>(new NewFile(file.release()));
-}
-
 NewFile::~NewFile()
 {
-    // Who wants to know whether closing succeeds has called close().
-    static_cast<void>(close());
+    // Who wants to know whether the content is safe has called sync().
+    ::close(descriptor_);
 }
 
 std::error_code NewFile::write(ByteView bytes)
@@ -43,12 +37,24 @@ std::error_code NewFile::write(ByteView bytes)
 
 std::error_code NewFile::sync()
 {
-    return syncContent(descriptor_);
+    if (const std::error_code error = syncContent(descriptor_)) return error;
+    // The lock goes with the last descriptor, so it is a second one that is closed.
+    FileDescriptor second(::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0));
+    return second.isOpen() ? second.close() : lastError();
 }
 
-std::error_code NewFile::close()
+std::error_code NewFile::copyTo(NewFile& other) const
 {
-    return FileDescriptor(std::exchange(descriptor_, -1)).close();
+    std::vector<std::byte> piece(copyStep);
+    for (off64_t position = 0;;) {
+        const ssize_t count = ::pread64(descriptor_, piece.data(), piece.size(), position);
+        if (count == 0) return {};
+        if (count < 0 && errno != EINTR) return lastError();
+        if (count < 0) continue;
+        const auto bytes = ByteView(piece).first(static_cast<std::size_t>(count));
+        if (const std::error_code error = other.write(bytes)) return error;
+        position += count;
+    }
 }
 
 } // namespace platform

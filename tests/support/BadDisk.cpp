@@ -1,0 +1,60 @@
+#include "support/BadDisk.h"
+
+#include <atomic>
+#include <cerrno>
+#include <thread>
+
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace support {
+
+namespace {
+
+// What the functions below look at. NOLINTBEGIN(*-avoid-non-const-global-variables)
+std::atomic<std::chrono::milliseconds> syncTime{};
+std::atomic<int> folderSyncError{};
+// NOLINTEND(*-avoid-non-const-global-variables)
+
+int sync(long call, int descriptor)
+{
+    std::this_thread::sleep_for(syncTime.load());
+    const int error = folderSyncError;
+    struct stat status {};
+    if (error != 0 && fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
+        errno = error;
+        return -1;
+    }
+    return static_cast<int>(::syscall(call, descriptor));
+}
+
+} // namespace
+
+BadDisk::BadDisk(Faults faults)
+{
+    syncTime = faults.syncTime;
+    folderSyncError = faults.folderSyncError;
+}
+
+BadDisk::~BadDisk()
+{
+    syncTime = std::chrono::milliseconds();
+    folderSyncError = 0;
+}
+
+} // namespace support
+
+// In the place of the C library's, for all of the program.
+extern "C" {
+
+int fsync(int fd)
+{
+    return support::sync(SYS_fsync, fd);
+}
+
+int fdatasync(int fd)
+{
+    return support::sync(SYS_fdatasync, fd);
+}
+}
