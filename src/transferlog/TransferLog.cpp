@@ -1,14 +1,15 @@
 #include "transferlog/TransferLog.h"
 
+#include "core/Log.h"
 #include "core/Notifications.h"
+#include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "core/Text.h"
-#include "platform/Files.h"
 #include "transferlog/TransferLogJson.h"
 
 #include <algorithm>
-#include <mutex>
+#include <utility>
 
 namespace ferrylane {
 
@@ -17,16 +18,41 @@ namespace {
 /// A million entries or so; what is larger is no log that this program wrote.
 constexpr qint64 maximumLogBytes = 256LL * 1024 * 1024;
 
-/// Held while the log is read, changed and written, so that no change gets lost.
-std::mutex& changeMutex()
+struct StoredLog {
+    QList<FerrylaneTransferLogEntry> entries;
+    bool isDamaged = false; ///< it is there, and no log
+    std::error_code error;  ///< it is there, but cannot be read now
+};
+
+StoredLog storedLog()
 {
-    static std::mutex mutex;
-    return mutex;
+    StoredLog log;
+    const auto json = readOwnFile(ferrylaneTransferLogURL(), maximumLogBytes, log.error);
+    auto entries = json ? parseTransferLogJson(*json) : std::nullopt;
+    if (entries) log.entries = std::move(*entries);
+    log.isDamaged = (json && !entries) || log.error == std::errc::file_too_large;
+    if (log.isDamaged || log.error == std::errc::no_such_file_or_directory) log.error = {};
+    return log;
 }
 
 QList<FerrylaneTransferLogEntry> newest(const QList<FerrylaneTransferLogEntry>& entries)
 {
     return entries.last(std::min(entries.size(), keptTransferLogEntries));
+}
+
+void addToLog(const QList<FerrylaneTransferLogEntry>& newEntries)
+{
+    StoredLog log = storedLog();
+    if (!log.error && log.isDamaged) log.error = setAside(ferrylaneTransferLogURL());
+    if (log.error) {
+        // What is in it is worth more than the new entries.
+        flLog(QStringLiteral("Could not read the transfer log: ")
+            + QString::fromStdString(log.error.message()));
+        return;
+    }
+    log.entries.append(newEntries);
+    const bool continuous = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false);
+    saveFerrylaneTransferLog(continuous ? log.entries : newest(log.entries));
 }
 
 QString lineOf(const FerrylaneTransferLogEntry& entry)
@@ -43,25 +69,24 @@ QString lineOf(const FerrylaneTransferLogEntry& entry)
 
 QString ferrylaneTransferLogURL()
 {
-    constexpr mode_t ownerOnly = 0700;
-    static_cast<void>(platform::createFolders(applicationSupportFolder(), ownerOnly));
+    static_cast<void>(prepareOwnFolder(applicationSupportFolder()));
     return applicationSupportFolder() + QStringLiteral("/transfer-log-v1.json");
 }
 
 QList<FerrylaneTransferLogEntry> loadFerrylaneTransferLog()
 {
-    const auto json = platform::readFile(ferrylaneTransferLogURL(), maximumLogBytes);
-    if (!json) return {};
-    return parseTransferLogJson(*json).value_or(QList<FerrylaneTransferLogEntry>());
+    return storedLog().entries;
 }
 
 void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries)
 {
-    constexpr mode_t ownerOnly = 0600;
-    const QByteArray json = transferLogJson(entries);
+    const auto error
+        = writeOwnFile(ferrylaneTransferLogURL(), platform::bytesOf(transferLogJson(entries)));
     // Only bookkeeping: the transfer itself went as it went.
-    static_cast<void>(platform::writeFileAtomically(
-        ferrylaneTransferLogURL(), platform::bytesOf(json), ownerOnly));
+    if (error) {
+        flLog(QStringLiteral("Could not save the transfer log: ")
+            + QString::fromStdString(error.message()));
+    }
 }
 
 FerrylaneTransferLogEntry transferLogEntry(const FerrylaneTransfer& transfer)
@@ -79,19 +104,12 @@ void appendFerrylaneTransferLog(
 void appendFerrylaneTransferLog(
     const QList<FerrylaneTransferLogEntry>& newEntries, platform::NotificationCenter& notifications)
 {
-    {
-        const std::lock_guard lock(changeMutex());
-        const auto entries = loadFerrylaneTransferLog() + newEntries;
-        const bool continuous
-            = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false);
-        saveFerrylaneTransferLog(continuous ? entries : newest(entries));
-    }
+    addToLog(newEntries);
     notifications.post(FerrylaneTransferLogChanged);
 }
 
 void trimFerrylaneTransferLog()
 {
-    const std::lock_guard lock(changeMutex());
     const auto entries = loadFerrylaneTransferLog();
     if (entries.size() > keptTransferLogEntries) saveFerrylaneTransferLog(newest(entries));
 }

@@ -35,9 +35,9 @@ struct FerrylaneTransferLogEntry {
 /// How many entries the log keeps unless the setting for a continuous log is on.
 inline constexpr qsizetype keptTransferLogEntries = 100;
 
-// The transfer log is a JSON file, read and written as a whole. All of these may be called from any
-// thread. No error is told: a log that cannot be read is empty, one that cannot be written stays as
-// it was.
+// The transfer log is a JSON file, read and written as a whole. It may be read from any thread;
+// changes are for one thread at a time, that of the TransferLogKeeper. Errors are only logged: a
+// log that cannot be written stays as it was.
 
 /// The path of the log's file; its folder is created when missing.
 [[nodiscard]] QString ferrylaneTransferLogURL();
@@ -48,7 +48,8 @@ inline constexpr qsizetype keptTransferLogEntries = 100;
 void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries);
 
 /// Appends an entry with the current time, drops the oldest beyond what is kept, and posts
-/// "FerrylaneTransferLogChanged".
+/// "FerrylaneTransferLogChanged". A file that is no log is kept under another name (see setAside())
+/// and a new log begun; one that cannot be read now stays, without the entry.
 void appendFerrylaneTransferLog(
     const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications);
 
@@ -68,3 +69,6 @@ void trimFerrylaneTransferLog();
     const QList<FerrylaneTransferLogEntry>& entries);
 
 } // namespace ferrylane
+
+// So that a growing list of many is not copied.
+Q_DECLARE_TYPEINFO(ferrylane::FerrylaneTransferLogEntry, Q_RELOCATABLE_TYPE);

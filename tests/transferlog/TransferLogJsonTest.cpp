@@ -82,6 +82,20 @@ TEST(TransferLogJson, isRefusedWholeForOneBadElement)
     }
 }
 
+TEST(TransferLogJson, isRefusedUnlessAllOfItIsAnArrayOfObjects)
+{
+    const QByteArray entry = entryWith("fileName", R"("a ]} \\")");
+    EXPECT_EQ(parseTransferLogJson("\xEF\xBB\xBF [" + entry + " ,\n" + entry + "]")->size(), 2);
+    EXPECT_EQ(parseTransferLogJson("[ ]\n")->size(), 0);
+    for (const QByteArray& json : {QByteArray(), QByteArray("{}"), QByteArray("["), QByteArray("]"),
+             QByteArray("[,]"), QByteArray("[1]"), entry, '[' + entry, '[' + entry + ",]",
+             '[' + entry + "]]", '[' + entry + "] " + entry, '[' + entry + entry + ']',
+             '[' + entry + ",[]]", '[' + entry.chopped(1) + ']', '[' + entry.sliced(1) + ']',
+             "[{" + entry + "}]", '[' + entry + "\v]"}) {
+        EXPECT_FALSE(parseTransferLogJson(json)) << json.constData();
+    }
+}
+
 TEST(TransferLogJson, mayLackTheSizeAndHoldOtherMembers)
 {
     struct Row {

@@ -2,15 +2,14 @@
 
 #include "core/Notifications.h"
 #include "core/Settings.h"
-#include "platform/Files.h"
+#include "core/StoragePaths.h"
 #include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
+#include "support/SystemCallFailure.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
 
 using namespace ferrylane;
 using namespace Qt::StringLiterals;
@@ -128,35 +127,25 @@ TEST_F(TransferLog, keepsAllWhereThatIsWantedUntilItIsTrimmed)
     EXPECT_EQ(changeCount(), 1) << "trimming tells nobody";
 }
 
-TEST_F(TransferLog, beginsAnewWhenDamaged)
+TEST_F(TransferLog, beginsAnewWhenDamagedAndKeepsWhatWasThere)
 {
-    ASSERT_FALSE(platform::writeFileAtomically(
-        ferrylaneTransferLogURL(), platform::bytesOf("[{\"date\":"), 0600));
+    support::writeFile(ferrylaneTransferLogURL(), "[{\"date\":");
     appendNumbered(7);
     EXPECT_EQ(fileNames(), QStringList(QStringLiteral("7")));
+    const QStringList files = support::everythingIn(applicationSupportFolder());
+    ASSERT_EQ(files.size(), 2);
+    EXPECT_TRUE(files.last().startsWith(u"transfer-log-v1.json.damaged-20"))
+        << qPrintable(files.last());
+    EXPECT_EQ(support::contentOf(applicationSupportFolder() + u'/' + files.last()), "[{\"date\":");
+    EXPECT_EQ(home_.log().count(u" is damaged; it is kept as "), 1);
 }
 
-TEST_F(TransferLog, losesNoEntryOfSeveralThreads)
+TEST_F(TransferLog, staysAsItIsWhileItCannotBeRead)
 {
-    constexpr int threadCount = 4;
-    constexpr int entriesEach = 10;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < threadCount; ++thread) {
-        threads.emplace_back([this, thread] {
-            for (int i = 0; i < entriesEach; ++i) {
-                appendNumbered(thread * entriesEach + i);
-            }
-        });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    QStringList names = fileNames();
-    names.sort();
-    QStringList expected = numbers(0, threadCount * entriesEach);
-    expected.sort();
-    EXPECT_EQ(names, expected);
-    EXPECT_EQ(changeCount(), threadCount * entriesEach);
+    saveNumbered(3);
+    EXPECT_TRUE(support::runWithFailures({{SYS_read, EIO}}, [this] { appendNumbered(3); }));
+    EXPECT_EQ(fileNames(), numbers(0, 3));
+    EXPECT_EQ(home_.log().count(u"Could not read the transfer log: Input/output error"), 1);
 }
 
 TEST(TransferLogLines, areThereForEachEntryNewestFirst)
