@@ -2,6 +2,7 @@
 #include "app/Appearance.h"
 #include "camera/SystemCameras.h"
 #include "core/Log.h"
+#include "core/Settings.h"
 #include "platform/DescriptorLimit.h"
 #include "platform/EndLimit.h"
 #include "platform/MainQueue.h"
@@ -171,5 +172,11 @@ int main(int argc, char** argv)
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
-    return run(instance.get(), action, end);
+    const int exitCode = run(instance.get(), action, end);
+    // Before the claim of the instance goes: the next one reads them.
+    if (const std::error_code error = ferrylane::standardDefaults().flush()) {
+        flLog(QStringLiteral("Could not save the settings: ")
+            + QString::fromStdString(error.message()));
+    }
+    return exitCode;
 }

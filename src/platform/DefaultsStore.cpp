@@ -1,39 +1,22 @@
 #include "platform/DefaultsStore.h"
 
 #include "platform/Files.h"
+#include "platform/IniText.h"
+#include "platform/ThreadQueue.h"
 
-#include <QEvent>
 #include <QFileInfo>
-#include <QSettings>
 
+#include <future>
 #include <mutex>
 
 namespace platform {
 
 namespace {
 
-/// Settings that are written only when told to. After a change QSettings posts itself an event to
-/// write later, on the thread of its making, which knows nothing of the lock held here.
-class SettingsFile final : public QSettings {
-public:
-    explicit SettingsFile(const QString& path) : QSettings(path, QSettings::IniFormat) {}
-
-protected:
-    bool event(QEvent* event) override
-    {
-        return event->type() == QEvent::UpdateRequest || QSettings::event(event);
-    }
-};
-
-/// A value as text: the form in which it comes back from the file, so that it reads the same before
-/// and after a restart.
-std::optional<QString> textOf(const QVariant& value)
-{
-    // A comma that somebody has written into the file without quotes.
-    if (value.typeId() == QMetaType::QStringList) return value.toStringList().join(u", ");
-    if (!value.canConvert<QString>()) return std::nullopt;
-    return value.toString();
-}
+constexpr mode_t ownersFolder = 0700;
+constexpr mode_t ownersFile = 0600;
+/// Many thousands of settings.
+constexpr qint64 maximumFileBytes = 4 << 20;
 
 std::optional<bool> booleanIn(const QString& text)
 {
@@ -43,41 +26,109 @@ std::optional<bool> booleanIn(const QString& text)
     return std::nullopt;
 }
 
+/// The file itself where the path is a link to it, as with settings that are kept in one place for
+/// several computers: writing would replace the link.
+QString withoutLink(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.isSymLink() && info.exists() ? info.canonicalFilePath() : path;
+}
+
 } // namespace
 
 struct DefaultsStore::State {
+    using Changes = QMap<QString, std::optional<QString>>;
+
     explicit State(const QString& filePath)
-        : settings(filePath), folder(QFileInfo(filePath).absolutePath())
+        : folder(QFileInfo(filePath).absolutePath()), path(withoutLink(filePath))
     {
+        // What somebody has opened to others is closed; where that is not permitted, it serves all
+        // the same.
+        static_cast<void>(setMode(folder, ownersFolder));
+        static_cast<void>(setMode(path, ownersFile));
+        values = iniValues(readFile(path, maximumFileBytes).value_or(QByteArray()));
+    }
+
+    void change(const QString& key, const std::optional<QString>& value)
+    {
+        const std::lock_guard lock(mutex);
+        if (value) {
+            values.insert(key, *value);
+        } else {
+            values.remove(key);
+        }
+        changes.insert(key, value);
+        if (!writer) writer = std::make_unique<ThreadQueue>("ferrylane.settings");
+        // One that has not begun takes this change with it.
+        if (std::exchange(isWriteDue, true)) return;
+        writer->async([this] { write(); });
     }
 
     void write()
     {
-        // Without the folder the file cannot be written, and then the values live on in memory.
-        static_cast<void>(createFolders(folder));
-        settings.sync();
+        Changes all;
+        {
+            const std::lock_guard lock(mutex);
+            isWriteDue = false;
+            all = changes;
+        }
+        const std::error_code error = store(all);
+        const std::lock_guard lock(mutex);
+        lastError = error;
     }
 
+    /// All changes of this run and not the last one alone: an earlier writing may have failed.
+    [[nodiscard]] std::error_code store(const Changes& all) const
+    {
+        if (const auto error = createFolders(folder, ownersFolder)) return error;
+        std::error_code error;
+        const auto text = readFile(path, maximumFileBytes, error);
+        if (error && error != std::errc::no_such_file_or_directory) return error;
+        const QByteArray changed = withIniValues(text.value_or(QByteArray()), all);
+        return writeFileAtomically(path, bytesOf(changed), ownersFile).failure;
+    }
+
+    std::error_code flush()
+    {
+        std::promise<void> written;
+        {
+            const std::lock_guard lock(mutex);
+            if (!writer) return {};
+            writer->async([&written] { written.set_value(); });
+        }
+        written.get_future().wait();
+        const std::lock_guard lock(mutex);
+        return lastError;
+    }
+
+    const QString folder;
+    const QString path;
     std::mutex mutex;
-    SettingsFile settings;
-    QString folder;
+    QMap<QString, QString> values;
+    Changes changes; ///< of this run
+    bool isWriteDue = false;
+    std::error_code lastError;
+    /// Since the first change: who only reads needs no thread.
+    std::unique_ptr<ThreadQueue> writer;
 };
 
 DefaultsStore::DefaultsStore(const QString& filePath) : state_(std::make_unique<State>(filePath)) {}
 
-DefaultsStore::~DefaultsStore() = default;
+DefaultsStore::~DefaultsStore()
+{
+    flush();
+}
 
 bool DefaultsStore::contains(const QString& key) const
 {
-    const std::lock_guard lock(state_->mutex);
-    return state_->settings.contains(key);
+    return string(key).has_value();
 }
 
 std::optional<QString> DefaultsStore::string(const QString& key) const
 {
     const std::lock_guard lock(state_->mutex);
-    if (!state_->settings.contains(key)) return std::nullopt;
-    return textOf(state_->settings.value(key));
+    const auto value = state_->values.constFind(key);
+    return value == state_->values.constEnd() ? std::nullopt : std::optional(*value);
 }
 
 bool DefaultsStore::boolean(const QString& key, bool fallback) const
@@ -94,25 +145,22 @@ qint64 DefaultsStore::integer(const QString& key) const
 QStringList DefaultsStore::keys() const
 {
     const std::lock_guard lock(state_->mutex);
-    QStringList keys = state_->settings.allKeys();
-    // A damaged file may hold keys that cannot be asked for, such as an empty one.
-    keys.removeIf(
-        [this](const QString& key) { return key.isEmpty() || !state_->settings.contains(key); });
-    return keys;
+    return state_->values.keys();
 }
 
 void DefaultsStore::set(const QString& key, const QVariant& value)
 {
-    const std::lock_guard lock(state_->mutex);
-    state_->settings.setValue(key, value);
-    state_->write();
+    state_->change(key, value.toString());
 }
 
 void DefaultsStore::remove(const QString& key)
 {
-    const std::lock_guard lock(state_->mutex);
-    state_->settings.remove(key);
-    state_->write();
+    state_->change(key, std::nullopt);
+}
+
+std::error_code DefaultsStore::flush()
+{
+    return state_->flush();
 }
 
 } // namespace platform

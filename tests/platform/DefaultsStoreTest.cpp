@@ -1,21 +1,24 @@
 #include "platform/DefaultsStore.h"
 
 #include "platform/Files.h"
+#include "support/BadDisk.h"
 #include "support/TestFiles.h"
 
-#include <QCoreApplication>
+#include <QSettings>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <thread>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace platform {
 namespace {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 class DefaultsStoreTest : public ::testing::Test {
 protected:
@@ -78,18 +81,104 @@ TEST_F(DefaultsStoreTest, ValuesReadTheSameBeforeAndAfterARestart)
     }
 }
 
-TEST_F(DefaultsStoreTest, WritesEachChangeAtOnceAndCreatesTheFolder)
+TEST_F(DefaultsStoreTest, WritesEachChangeForItsOwnerAlone)
 {
     const QTemporaryDir folder;
-    const QString file = folder.filePath(u"a/b/settings.ini"_s);
-    DefaultsStore store(file);
-    store.set(u"key"_s, u"value"_s);
-    EXPECT_EQ(support::contentOf(file), "[General]\nkey=value\n");
-    store.set(u"flag"_s, true);
-    EXPECT_TRUE(support::contentOf(file).contains("flag=true\n"));
-    store.remove(u"key"_s);
+    const QString file = folder.filePath(u"a/settings.ini"_s);
+    const mode_t umaskBefore = ::umask(0);
+    {
+        DefaultsStore store(file);
+        store.set(u"key"_s, u"value"_s);
+        EXPECT_FALSE(store.flush());
+        EXPECT_EQ(support::contentOf(file), "[General]\nkey=value\n");
+        EXPECT_EQ(support::modeOf(file), 0600U);
+        EXPECT_EQ(support::modeOf(folder.filePath(u"a"_s)), 0700U);
+        store.set(u"flag"_s, true);
+        store.remove(u"key"_s);
+        EXPECT_EQ(store.keys(), QStringList{u"flag"_s});
+    }
+    ::umask(umaskBefore);
     EXPECT_EQ(support::contentOf(file), "[General]\nflag=true\n");
-    EXPECT_EQ(store.keys(), QStringList{u"flag"_s});
+    EXPECT_EQ(support::everythingIn(folder.filePath(u"a"_s)), QStringList{u"settings.ini"_s});
+
+    ASSERT_FALSE(setMode(file, 0644));
+    ASSERT_FALSE(setMode(folder.filePath(u"a"_s), 0755));
+    const DefaultsStore repairing(file);
+    EXPECT_EQ(support::modeOf(file), 0600U);
+    EXPECT_EQ(support::modeOf(folder.filePath(u"a"_s)), 0700U);
+}
+
+TEST_F(DefaultsStoreTest, NobodyWaitsForASlowDisk)
+{
+    constexpr auto syncTime = 500ms;
+    const auto start = std::chrono::steady_clock::now();
+    const auto elapsed = [&] { return std::chrono::steady_clock::now() - start; };
+    {
+        const support::BadDisk disk({.syncTime = syncTime});
+        DefaultsStore store(path());
+        for (int i = 0; i < 100; ++i) {
+            store.set(u"key"_s, i);
+            EXPECT_EQ(store.integer(u"key"_s), i);
+            std::this_thread::sleep_for(1ms);
+        }
+        EXPECT_LT(elapsed(), syncTime);
+    }
+    EXPECT_GT(elapsed(), syncTime);
+    EXPECT_LT(elapsed(), 20 * syncTime) << "not each change by itself";
+    EXPECT_EQ(DefaultsStore(path()).integer(u"key"_s), 99);
+}
+
+TEST_F(DefaultsStoreTest, TakesWhatPeopleWriteAndKeepsTheRestOfTheFile)
+{
+    struct Case {
+        QByteArray written;
+        QString value;
+    };
+    const std::vector<Case> cases{
+        {"/home/a, b=c;d", u"/home/a, b=c;d"_s},
+        {" /home/new\\table\\x41 ", u"/home/new\\table\\x41"_s},
+        {"a\\\\b \\\"c\\\"", u"a\\b \"c\""_s},
+        {"\"a, \\\\b\\t\\x41\" rest", u"a, \\b\tA"_s},
+        {"@@Invalid()", u"@Invalid()"_s},
+        {"", u""_s},
+    };
+    for (const Case& c : cases) {
+        support::writeFile(
+            path(), "; mine\n[Other]\nkey=1\n[general]\nkey=0\nkey=" + c.written + "\r\n");
+        {
+            DefaultsStore store(path());
+            EXPECT_EQ(store.string(u"key"_s), c.value) << c.written.constData();
+            EXPECT_EQ(store.keys(), QStringList{u"key"_s});
+            store.set(u"key"_s, u"new"_s);
+            store.set(u"more"_s, 1);
+        }
+        EXPECT_EQ(
+            support::contentOf(path()), "; mine\n[Other]\nkey=1\n[general]\nkey=new\nmore=1\n");
+    }
+}
+
+TEST_F(DefaultsStoreTest, ReadsAndIsReadByQSettings)
+{
+    const QStringList texts{u"a, b"_s, u"back\\slash\\n"_s, u"\"q\""_s, u"@Invalid()"_s, u" x "_s,
+        u"Größe ☂"_s, u"a;b=c"_s};
+    {
+        QSettings settings(path(), QSettings::IniFormat);
+        for (const QString& text : texts) {
+            settings.setValue(u"key%1"_s.arg(texts.indexOf(text)), text);
+        }
+    }
+    {
+        DefaultsStore store(path());
+        for (const QString& text : texts) {
+            const QString key = u"key%1"_s.arg(texts.indexOf(text));
+            EXPECT_EQ(store.string(key), text);
+            store.set(key, text);
+        }
+    }
+    const QSettings settings(path(), QSettings::IniFormat);
+    for (const QString& text : texts) {
+        EXPECT_EQ(settings.value(u"key%1"_s.arg(texts.indexOf(text))).toString(), text);
+    }
 }
 
 TEST_F(DefaultsStoreTest, KeepsValuesForThisRunWhenTheFileCannotBeWritten)
@@ -102,6 +191,7 @@ TEST_F(DefaultsStoreTest, KeepsValuesForThisRunWhenTheFileCannotBeWritten)
     EXPECT_EQ(store.integer(u"other"_s), 3);
     store.remove(u"key"_s);
     EXPECT_FALSE(store.contains(u"key"_s));
+    EXPECT_TRUE(store.flush());
 }
 
 TEST_F(DefaultsStoreTest, KeepsWhatCanBeReadOfADamagedFile)
@@ -145,15 +235,11 @@ TEST_F(DefaultsStoreTest, ServesThreadsSideBySide)
             }
         });
     }
-    // Whatever the changes post to this thread is delivered while they go on.
-    for (int i = 0; i < 200; ++i) {
-        QCoreApplication::processEvents();
-        std::this_thread::yield();
-    }
     for (std::thread& thread : threads) {
         thread.join();
     }
 
+    EXPECT_FALSE(store.flush());
     const DefaultsStore again(path());
     EXPECT_EQ(again.keys(), QStringList({u"thread0"_s, u"thread1"_s, u"thread2"_s, u"thread3"_s}));
     for (int self = 0; self < 4; ++self) {

@@ -1,5 +1,6 @@
 #include "support/PrivateUserFolders.h"
 
+#include "core/Settings.h"
 #include "support/TestFiles.h"
 
 #include <QFile>
@@ -17,6 +18,12 @@ PrivateUserFolders::PrivateUserFolders()
 {
     // Going on would mean going on in some other folder.
     if (!folder_.isValid()) throw std::runtime_error("no temporary folder");
+}
+
+PrivateUserFolders::~PrivateUserFolders()
+{
+    // Or the folder would be made again after it has gone.
+    ferrylane::standardDefaults().flush();
 }
 
 QString PrivateUserFolders::file(const QString& name, const QByteArray& content) const

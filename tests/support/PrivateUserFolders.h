@@ -14,6 +14,9 @@ namespace support {
 class PrivateUserFolders {
 public:
     PrivateUserFolders();
+    ~PrivateUserFolders();
+    PrivateUserFolders(const PrivateUserFolders&) = delete;
+    PrivateUserFolders& operator=(const PrivateUserFolders&) = delete;
 
     /// The path of something in the home folder, by its path below it.
     [[nodiscard]] QString below(const QString& path) const { return folder_.filePath(path); }

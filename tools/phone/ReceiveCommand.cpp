@@ -39,6 +39,7 @@ void makePhoneSettings(const ReceiveArguments& arguments)
     }
     standardDefaults().set(ferrylaneReceiveFolderKey, folder.absoluteFilePath());
     standardDefaults().set(ferrylaneDeviceNameKey, arguments.name);
+    standardDefaults().flush();
 }
 
 /// The receiver service as a phone's: on its port, telling on the terminal what becomes of uploads.
