@@ -26,12 +26,12 @@ using ferrylane::FerrylaneV4Sender;
 
 namespace {
 
-QStringList filesOf(const QString& path)
+platform::FilePaths filesOf(const QString& path)
 {
     if (!QFileInfo(path).isDir()) return {path};
-    QStringList files;
+    platform::FilePaths files;
     for (const QFileInfo& file : QDir(path).entryInfoList(QDir::Files, QDir::Name)) {
-        files.append(file.filePath());
+        files.append(platform::FilePath(file.filePath()));
     }
     return files;
 }
@@ -52,7 +52,7 @@ public:
     {
     }
 
-    [[nodiscard]] SendCost send(const QStringList& files)
+    [[nodiscard]] SendCost send(const platform::FilePaths& files)
     {
         const auto before = Process::ownProcessorTime();
         const Stopwatch stopwatch;
@@ -62,7 +62,7 @@ public:
     }
 
 private:
-    void sendAndWait(const QStringList& files)
+    void sendAndWait(const platform::FilePaths& files)
     {
         std::optional<FerrylaneV4Sender::Result> result;
         QEventLoop loop;

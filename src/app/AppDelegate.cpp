@@ -156,7 +156,7 @@ void AppDelegate::createPanel()
         .keepsInTaskbar = [this] { return !statusItem_->hasHost(); },
         .serviceSwitched = [this](bool isOn) { switchService(isOn); },
         .filesDropped
-        = [this](const QStringList& paths) { sendFlow_->chooseReceiverAndSend(paths); },
+        = [this](const platform::FilePaths& paths) { sendFlow_->chooseReceiverAndSend(paths); },
     });
     panel_->setContextMenu(&statusItem_->menu());
     panel_->setDeviceName(ferrylaneDeviceSuffix());
@@ -273,7 +273,11 @@ void AppDelegate::chooseFilesToSend()
     dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Send"));
     if (dialog.exec() != QDialog::Accepted) return;
     lastFolder_ = dialog.directory().path();
-    sendFlow_->chooseReceiverAndSend(dialog.selectedFiles());
+    platform::FilePaths paths;
+    for (const QUrl& url : dialog.selectedUrls()) {
+        if (const auto path = platform::FilePath::fromUrl(url)) paths << *path;
+    }
+    sendFlow_->chooseReceiverAndSend(paths);
 }
 
 void AppDelegate::start()

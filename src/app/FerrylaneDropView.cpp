@@ -1,9 +1,9 @@
 #include "app/FerrylaneDropView.h"
 
 #include "app/Appearance.h"
+#include "app/SendChoices.h"
 
 #include <QDropEvent>
-#include <QFileInfo>
 #include <QMimeData>
 #include <QPainter>
 
@@ -11,11 +11,11 @@ namespace ferrylane {
 
 namespace {
 
-QStringList pathsIn(const QMimeData& data)
+platform::FilePaths pathsIn(const QMimeData& data)
 {
-    QStringList paths;
+    platform::FilePaths paths;
     for (const QUrl& url : data.urls()) {
-        if (url.isLocalFile()) paths << url.toLocalFile();
+        if (const auto path = platform::FilePath::fromUrl(url)) paths << *path;
     }
     return paths;
 }
@@ -57,14 +57,13 @@ void FerrylaneDropView::dragMoveEvent(QDragMoveEvent* event)
 
 void FerrylaneDropView::dropEvent(QDropEvent* event)
 {
-    QStringList paths = pathsIn(*event->mimeData());
+    const platform::FilePaths paths = pathsIn(*event->mimeData());
     if (paths.isEmpty()) {
         event->ignore();
         return;
     }
     takeAsCopy(*event);
-    paths.removeIf([](const QString& path) { return QFileInfo(path).isDir(); });
-    if (onFiles) onFiles(paths);
+    if (onFiles) onFiles(withoutFolders(paths));
 }
 
 void FerrylaneDropView::paintEvent(QPaintEvent* /*event*/)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FilePath.h"
+
 #include <QLabel>
 
 #include <functional>
@@ -16,7 +18,7 @@ public:
 
     /// Called with the paths of the dropped files, in their order and without the folders among
     /// them: with an empty list when there were only folders.
-    std::function<void(const QStringList& paths)> onFiles;
+    std::function<void(const platform::FilePaths& paths)> onFiles;
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;

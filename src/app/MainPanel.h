@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/TransferTexts.h"
+#include "platform/FilePath.h"
 
 #include <QWidget>
 
@@ -39,7 +40,7 @@ public:
         /// The switch was turned by hand; setServiceState() does not report.
         std::function<void(bool isOn)> serviceSwitched;
         /// Dropped files without the folders among them; may be empty.
-        std::function<void(const QStringList& paths)> filesDropped;
+        std::function<void(const platform::FilePaths& paths)> filesDropped;
     };
 
     explicit MainPanel(Intents intents);

@@ -2,8 +2,6 @@
 
 #include "app/KnownDevices.h"
 
-#include <QFileInfo>
-
 namespace ferrylane {
 
 QList<SendChoice> sendChoices(const QList<FerrylanePairedTarget>& paired,
@@ -29,10 +27,10 @@ QString sendQuestionText(qsizetype fileCount)
         .arg(QString::number(fileCount), fileCount == 1 ? QString() : QStringLiteral("s"));
 }
 
-QStringList withoutFolders(const QStringList& paths)
+platform::FilePaths withoutFolders(const platform::FilePaths& paths)
 {
-    QStringList files = paths;
-    files.removeIf([](const QString& path) { return QFileInfo(path).isDir(); });
+    platform::FilePaths files = paths;
+    files.removeIf([](const platform::FilePath& path) { return path.isFolder(); });
     return files;
 }
 

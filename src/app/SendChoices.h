@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pairing/PairedTarget.h"
+#include "platform/FilePath.h"
 
 #include <QList>
 #include <QString>
@@ -30,6 +31,6 @@ struct SendChoice {
 [[nodiscard]] QString sendQuestionText(qsizetype fileCount);
 
 /// The paths that are not those of folders, in their order.
-[[nodiscard]] QStringList withoutFolders(const QStringList& paths);
+[[nodiscard]] platform::FilePaths withoutFolders(const platform::FilePaths& paths);
 
 } // namespace ferrylane

@@ -5,8 +5,6 @@
 #include "core/Text.h"
 #include "pairing/PairedTargets.h"
 
-#include <QFileInfo>
-
 #include <chrono>
 #include <utility>
 
@@ -25,9 +23,9 @@ SendFlow::~SendFlow()
     if (pendingClose_) pendingClose_->cancel();
 }
 
-void SendFlow::chooseReceiverAndSend(const QStringList& paths)
+void SendFlow::chooseReceiverAndSend(const platform::FilePaths& paths)
 {
-    const QStringList files = withoutFolders(paths);
+    const platform::FilePaths files = withoutFolders(paths);
     if (files.isEmpty()) return;
     const SendChoice choice = with_.views.chooseReceiver(sendQuestionText(files.size()),
         sendChoices(loadFerrylanePairedTargets(), with_.visibleNames(), ferrylaneDeviceSuffix()));
@@ -49,9 +47,9 @@ void SendFlow::chooseReceiverAndSend(const QStringList& paths)
     }
 }
 
-void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
+void SendFlow::sendFilesToPairedPhone(const platform::FilePaths& paths)
 {
-    const QStringList files = withoutFolders(paths);
+    const platform::FilePaths files = withoutFolders(paths);
     if (files.isEmpty()) return;
     const auto target = loadFerrylanePairedTarget();
     if (!target) {
@@ -65,7 +63,7 @@ void SendFlow::sendFilesToPairedPhone(const QStringList& paths)
     }
 }
 
-void SendFlow::start(const QStringList& files, const FerrylanePairedTarget& target)
+void SendFlow::start(const platform::FilePaths& files, const FerrylanePairedTarget& target)
 {
     if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
     const auto sender = std::make_shared<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
@@ -143,13 +141,12 @@ void SendFlow::failed(const SendError& error)
 
 void SendFlow::record(const Send& send, const QString& result)
 {
-    for (const QString& file : send.files) {
-        const QFileInfo info(file);
+    for (const platform::FilePath& file : send.files) {
         with_.log({.direction = QStringLiteral("Sent"),
-            .fileName = info.fileName(),
+            .fileName = file.name(),
             .peer = send.target.name,
             .result = result,
-            .size = info.exists() ? std::optional(info.size()) : std::nullopt});
+            .size = file.size()});
     }
 }
 

@@ -51,9 +51,9 @@ public:
     SendFlow& operator=(const SendFlow&) = delete;
 
     /// Asks for the receiver of these files and sends them. Folders are left out.
-    void chooseReceiverAndSend(const QStringList& paths);
+    void chooseReceiverAndSend(const platform::FilePaths& paths);
     /// Sends to the selected phone.
-    void sendFilesToPairedPhone(const QStringList& paths);
+    void sendFilesToPairedPhone(const platform::FilePaths& paths);
     /// Stops what is being sent, if anything. How it ended is shown and recorded soon.
     void cancel();
     /// The same, but shown and recorded when this returns: for when the program ends.
@@ -64,13 +64,13 @@ public:
 private:
     using Result = FerrylaneV4Sender::Result;
     struct Send {
-        QStringList files;
+        platform::FilePaths files;
         FerrylanePairedTarget target;
         /// Shared, for it must outlive the callback that completes it.
         std::shared_ptr<FerrylaneV4Sender> outboundSender;
     };
 
-    void start(const QStringList& files, const FerrylanePairedTarget& target);
+    void start(const platform::FilePaths& files, const FerrylanePairedTarget& target);
     void showProgress(const FerrylaneV4Sender::Progress& progress);
     void completed(const Result& result);
     void succeeded(int fileCount, const FerrylanePairedTarget& target);

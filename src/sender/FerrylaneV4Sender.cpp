@@ -2,8 +2,6 @@
 
 #include "core/Base64Url.h"
 
-#include <QFileInfo>
-
 #include <utility>
 
 namespace ferrylane {
@@ -30,7 +28,7 @@ TargetAddress addressOf(const FerrylanePairedTarget& target)
 } // namespace
 
 struct FerrylaneV4Sender::Job {
-    QStringList files;
+    platform::FilePaths files;
     FerrylanePairedTarget target;
     ProgressHandler progress;
     CompletionHandler completion;
@@ -50,7 +48,7 @@ FerrylaneV4Sender::~FerrylaneV4Sender()
     cancel();
 }
 
-void FerrylaneV4Sender::send(const QStringList& files, const FerrylanePairedTarget& target,
+void FerrylaneV4Sender::send(const platform::FilePaths& files, const FerrylanePairedTarget& target,
     ProgressHandler progress, CompletionHandler completion)
 {
     // Here and not in the job: a cancel() between the two must count.
@@ -109,8 +107,8 @@ void FerrylaneV4Sender::waitUntilReceiverReady(const SendTarget& target)
 
 SendProgress FerrylaneV4Sender::progressOf(const Job& job, int fileIndex)
 {
-    Progress progress{QFileInfo(job.files[fileIndex]).fileName(), fileIndex,
-        static_cast<int>(job.files.size()), 0, 0};
+    Progress progress{
+        job.files[fileIndex].name(), fileIndex, static_cast<int>(job.files.size()), 0, 0};
     return {with_.clock, [this, &job, progress](double fraction, double speed) mutable {
                 progress.fraction = fraction;
                 progress.speed = speed;

@@ -11,7 +11,6 @@
 #include "sender/SendError.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -53,9 +52,9 @@ public:
     /// The phone is busy, and its turn is waited for. At most once a file. To be set before send().
     std::function<void()> onWaiting;
 
-    /// Sends `files` (paths) in order, up to the first that fails. Waits for as long as the phone
+    /// Sends `files` in order, up to the first that fails. Waits for as long as the phone
     /// says that it is busy. One job at a time: a second begins when the first has ended.
-    void send(const QStringList& files, const FerrylanePairedTarget& target,
+    void send(const platform::FilePaths& files, const FerrylanePairedTarget& target,
         ProgressHandler progress, CompletionHandler completion);
     /// Ends the running job, which completes with the error "stopped". Does not wait for it.
     void cancel();

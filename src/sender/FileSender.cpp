@@ -40,8 +40,8 @@ FileSender::FileSender(
 {
 }
 
-void FileSender::send(const QString& path, const SendTarget& target, const QString& senderName,
-    SendProgress& progress)
+void FileSender::send(const platform::FilePath& path, const SendTarget& target,
+    const QString& senderName, SendProgress& progress)
 {
     SourceFile file(path);
     const V4Transfer transfer = newTransfer(file);

@@ -36,7 +36,7 @@ public:
     /// All must outlive this.
     FileSender(platform::TcpNetwork& network, Cancellation& cancellation, const SendTimes& times);
 
-    void send(const QString& path, const SendTarget& target, const QString& senderName,
+    void send(const platform::FilePath& path, const SendTarget& target, const QString& senderName,
         SendProgress& progress);
 
 private:

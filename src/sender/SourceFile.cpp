@@ -2,48 +2,44 @@
 
 #include "sender/SendError.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 
 namespace ferrylane {
 
 namespace {
 
-SendError failure(const QFile& file, const QString& what)
+SendError failure(const QString& name, const QString& what)
 {
-    const QString name = QFileInfo(file.fileName()).fileName();
     return {SendError::Domain::file, 0, QStringLiteral("%1: %2").arg(name, what)};
+}
+
+SendError failure(const QString& name, const std::error_code& error)
+{
+    return failure(name, QString::fromStdString(error.message()));
 }
 
 } // namespace
 
-SourceFile::SourceFile(const QString& path) : file_(path)
+SourceFile::SourceFile(const platform::FilePath& path) : name_(path.name())
 {
-    // Looked at before it is opened: opening a FIFO waits for its writer. Only regular files have a
-    // size that tells how much there is to read.
-    if (QFileInfo(path).exists() && !QFileInfo(path).isFile()) throw send_errors::noFileSize();
-    if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw failure(file_, file_.errorString());
-    }
-    size_ = file_.size();
-}
-
-QString SourceFile::name() const
-{
-    return QFileInfo(file_.fileName()).fileName();
+    std::error_code error;
+    file_ = platform::FileReader::open(path, error);
+    // Only regular files have a size that tells how much there is to read.
+    if (error == std::errc::invalid_argument) throw send_errors::noFileSize();
+    if (error) throw failure(name_, error);
 }
 
 std::size_t SourceFile::next(platform::MutableByteView out)
 {
     // At the end one byte is asked for, to see that there is none.
-    const qint64 expected = std::min(size_ - read_, static_cast<qint64>(out.size()));
-    char* const data = reinterpret_cast<char*>(out.data());
-    const qint64 count = file_.read(data, std::max<qint64>(expected, 1));
-    if (count < 0) throw failure(file_, file_.errorString());
-    if (count != expected) throw failure(file_, QStringLiteral("changed while it was being sent"));
-    read_ += count;
-    return static_cast<std::size_t>(count);
+    const auto left = static_cast<std::size_t>(size() - read_);
+    const std::size_t expected = std::min(left, out.size());
+    std::error_code error;
+    const std::size_t count = file_->read(out.first(std::max<std::size_t>(expected, 1)), error);
+    if (error) throw failure(name_, error);
+    if (count != expected) throw failure(name_, QStringLiteral("changed while it was being sent"));
+    read_ += static_cast<qint64>(count);
+    return count;
 }
 
 } // namespace ferrylane

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "platform/FileReader.h"
 
-#include <QFile>
 #include <QString>
 
 namespace ferrylane {
@@ -13,18 +12,18 @@ namespace ferrylane {
 class SourceFile {
 public:
     /// Throws SendError (domain file), like next().
-    explicit SourceFile(const QString& path);
+    explicit SourceFile(const platform::FilePath& path);
 
     /// The last component of the path.
-    [[nodiscard]] QString name() const;
-    [[nodiscard]] qint64 size() const { return size_; }
+    [[nodiscard]] const QString& name() const { return name_; }
+    [[nodiscard]] qint64 size() const { return file_->size(); }
 
     /// Reads the next bytes: all that `out` has room for, less only at the end, where it is none.
     [[nodiscard]] std::size_t next(platform::MutableByteView out);
 
 private:
-    QFile file_;
-    qint64 size_ = 0;
+    QString name_;
+    std::unique_ptr<platform::FileReader> file_;
     qint64 read_ = 0;
 };
 

@@ -30,19 +30,22 @@ TEST(FerrylaneDropView, TakesFilesOnly)
     const QUrl web(u"https://example.org/a.txt"_s);
     struct Row {
         QList<QUrl> dropped;
-        std::optional<QStringList> passedOn;
+        std::optional<platform::FilePaths> passedOn;
     };
     const Row rows[]{
-        {{first, second}, QStringList({first.toLocalFile(), second.toLocalFile()})},
-        {{directory, second, web}, QStringList(second.toLocalFile())},
-        {{directory}, QStringList()},
+        {{first, second}, platform::FilePaths({first.toLocalFile(), second.toLocalFile()})},
+        {{directory, second, web}, platform::FilePaths({second.toLocalFile()})},
+        {{directory}, platform::FilePaths()},
+        // A name that is no text, and one with a percent sign.
+        {QUrl::fromStringList({u"file:///nowhere/\u00e9%FF%25FF"_s}),
+            platform::FilePaths({platform::FilePath::fromNative("/nowhere/\u00e9\xff%FF")})},
         {{web}, std::nullopt},
         {{}, std::nullopt},
     };
 
     FerrylaneDropView view;
-    std::optional<QStringList> passedOn;
-    view.onFiles = [&](const QStringList& paths) { passedOn = paths; };
+    std::optional<platform::FilePaths> passedOn;
+    view.onFiles = [&](const platform::FilePaths& paths) { passedOn = paths; };
     for (const Row& row : rows) {
         QMimeData data;
         data.setText(u"/somewhere/text.txt"_s);

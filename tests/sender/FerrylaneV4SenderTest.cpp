@@ -50,7 +50,7 @@ protected:
         return {QStringLiteral("Pixel 8"), baseURL, base64URLEncode(support::testKey().bytes())};
     }
 
-    void start(const QStringList& files, const FerrylanePairedTarget& to)
+    void start(const platform::FilePaths& files, const FerrylanePairedTarget& to)
     {
         result_.reset();
         sender_->onWaiting = [this] { ++waits_; };
@@ -68,7 +68,7 @@ protected:
         return QStringLiteral("%1 %2").arg(error.code()).arg(error.description());
     }
 
-    [[nodiscard]] QString send(const QStringList& files, const FerrylanePairedTarget& to)
+    [[nodiscard]] QString send(const platform::FilePaths& files, const FerrylanePairedTarget& to)
     {
         start(files, to);
         return outcome();
@@ -128,7 +128,7 @@ TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
         upload.answer(httpAnswer("200 OK", "OK SHA256"));
     });
     const QByteArray content = support::testContent(2 * 1048576 + 1);
-    const QStringList files{folders_.file(QStringLiteral("a b.bin"), content),
+    const platform::FilePaths files{folders_.file(QStringLiteral("a b.bin"), content),
         folders_.file(QStringLiteral("empty"), {})};
     EXPECT_EQ(send(files, target(phone.baseURL())), QStringLiteral("2"));
 

@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <array>
+#include <cstdio>
 #include <functional>
 
 #include <sys/stat.h>
@@ -73,6 +75,17 @@ TEST_F(SourceFileTest, failsWhenTheFileBecomesLonger)
     append("8");
     EXPECT_EQ(file.next(buffer_), 4U);
     expectFileError([&] { static_cast<void>(file.next(buffer_)); });
+}
+
+TEST_F(SourceFileTest, mayHaveANameThatIsNoText)
+{
+    const auto path = platform::FilePath::fromNative(QFile::encodeName(dir_.path()) + "/a\xff.txt");
+    append("content");
+    ASSERT_EQ(rename(QFile::encodeName(this->path()).constData(), path.native().constData()), 0);
+    EXPECT_EQ(path.size(), 7);
+    SourceFile file(path);
+    EXPECT_EQ(file.name(), u"a\ufffd.txt"_s);
+    EXPECT_EQ(file.next(buffer_), 4U);
 }
 
 TEST_F(SourceFileTest, takesRegularFilesOnly)

@@ -7,6 +7,8 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
+
 namespace ferrylane::phone {
 
 namespace {
@@ -33,9 +35,14 @@ public:
     }
 
     /// False when help is wanted.
-    [[nodiscard]] bool parse(const QStringList& arguments)
+    [[nodiscard]] bool parse(const QByteArrayList& arguments)
     {
-        const bool isGood = parser_.parse(arguments);
+        native_ = arguments;
+        QStringList texts;
+        for (const QByteArray& argument : arguments) {
+            texts << textOf(argument);
+        }
+        const bool isGood = parser_.parse(texts);
         if (isGood && isSet("help")) return false;
         if (!isGood) throw wrongUsage(parser_.errorText(), help_);
         rest_ = parser_.positionalArguments();
@@ -72,7 +79,20 @@ public:
         if (rest_.isEmpty()) fail(QStringLiteral("The pairing link is missing."));
         return rest_.takeFirst();
     }
-    [[nodiscard]] const QStringList& rest() const { return rest_; }
+    /// The rest as paths, which need not be text.
+    [[nodiscard]] platform::FilePaths paths() const
+    {
+        platform::FilePaths paths;
+        // In the order of the command line, so each is looked for behind the one before.
+        auto next = native_.begin();
+        for (const QString& text : rest_) {
+            next = std::find_if(next, native_.end(),
+                [&](const QByteArray& argument) { return textOf(argument) == text; });
+            if (next == native_.end()) break;
+            paths << platform::FilePath::fromNative(*next++);
+        }
+        return paths;
+    }
     void expectNoMore() const
     {
         if (!rest_.isEmpty()) fail(QStringLiteral("One argument too many: ") + rest_.first());
@@ -81,12 +101,15 @@ public:
     [[noreturn]] void fail(const QString& what) const { throw wrongUsage(what, help_); }
 
 private:
+    static QString textOf(const QByteArray& argument) { return QString::fromUtf8(argument); }
+
     QString help_;
     QCommandLineParser parser_;
+    QByteArrayList native_;
     QStringList rest_;
 };
 
-Arguments parseIdentify(const QStringList& arguments)
+Arguments parseIdentify(const QByteArrayList& arguments)
 {
     CommandLine line(identifyHelp());
     line.addFlag("local");
@@ -96,7 +119,7 @@ Arguments parseIdentify(const QStringList& arguments)
     return parsed;
 }
 
-Arguments parseUpload(const QStringList& arguments)
+Arguments parseUpload(const QByteArrayList& arguments)
 {
     CommandLine line(uploadHelp());
     line.addFlag("local");
@@ -105,14 +128,14 @@ Arguments parseUpload(const QStringList& arguments)
     if (!line.parse(arguments)) return Help{uploadHelp()};
     UploadArguments parsed;
     parsed.link = line.takeLink();
-    parsed.files = line.rest();
+    parsed.files = line.paths();
     parsed.skipsIdentify = line.isSet("skip-identify");
     if (line.isSet("name")) parsed.senderName = line.value("name");
     if (parsed.files.isEmpty()) line.fail(QStringLiteral("There is no file to upload."));
     return parsed;
 }
 
-Arguments parseReceive(const QStringList& arguments)
+Arguments parseReceive(const QByteArrayList& arguments)
 {
     CommandLine line(receiveHelp());
     line.addValue("dir", QStringLiteral("received"));
@@ -125,7 +148,7 @@ Arguments parseReceive(const QStringList& arguments)
         static_cast<std::uint16_t>(line.number("port", 1, 65535)), line.number("busy", 0, 1000000)};
 }
 
-Arguments parseDiscover(const QStringList& arguments)
+Arguments parseDiscover(const QByteArrayList& arguments)
 {
     CommandLine line(discoverHelp());
     line.addValue("time", QStringLiteral("3"));
@@ -136,20 +159,21 @@ Arguments parseDiscover(const QStringList& arguments)
 
 } // namespace
 
-Arguments parseArguments(const QStringList& arguments)
+Arguments parseArguments(const QByteArrayList& arguments)
 {
     if (arguments.size() < 2) {
         throw Failure(ExitCode::usage, generalHelp().trimmed());
     }
-    const QString& command = arguments[1];
-    const QStringList forCommand = arguments.sliced(1);
-    if (command == u"identify") return parseIdentify(forCommand);
-    if (command == u"upload") return parseUpload(forCommand);
-    if (command == u"receive") return parseReceive(forCommand);
-    if (command == u"discover") return parseDiscover(forCommand);
-    if (command == u"--help" || command == u"-h") return Help{generalHelp()};
+    const QByteArray& command = arguments[1];
+    const QByteArrayList forCommand = arguments.sliced(1);
+    if (command == "identify") return parseIdentify(forCommand);
+    if (command == "upload") return parseUpload(forCommand);
+    if (command == "receive") return parseReceive(forCommand);
+    if (command == "discover") return parseDiscover(forCommand);
+    if (command == "--help" || command == "-h") return Help{generalHelp()};
     throw Failure(ExitCode::usage,
-        QStringLiteral("Unknown command '%1'; see ferrylane-phone --help").arg(command));
+        QStringLiteral("Unknown command '%1'; see ferrylane-phone --help")
+            .arg(QString::fromUtf8(command)));
 }
 
 } // namespace ferrylane::phone

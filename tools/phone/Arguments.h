@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/FilePath.h"
+
+#include <QByteArrayList>
 #include <QString>
-#include <QStringList>
 
 #include <chrono>
 #include <cstdint>
@@ -19,7 +21,7 @@ struct IdentifyArguments {
 
 struct UploadArguments {
     std::optional<QString> link;
-    QStringList files;
+    platform::FilePaths files;
     bool skipsIdentify = false;
     std::optional<QString> senderName;
 };
@@ -42,7 +44,7 @@ struct Help {
 using Arguments
     = std::variant<Help, IdentifyArguments, UploadArguments, ReceiveArguments, DiscoverArguments>;
 
-/// `arguments`: with the program's name in front. Throws Failure (usage).
-[[nodiscard]] Arguments parseArguments(const QStringList& arguments);
+/// `arguments`: as main() gets them, with the program's name in front. Throws Failure (usage).
+[[nodiscard]] Arguments parseArguments(const QByteArrayList& arguments);
 
 } // namespace ferrylane::phone

@@ -11,7 +11,6 @@
 #include "sender/FerrylaneV4Sender.h"
 
 #include <QEventLoop>
-#include <QFileInfo>
 
 namespace ferrylane::phone {
 
@@ -53,9 +52,9 @@ public:
         sender_.onWaiting = [] { tell(QStringLiteral("The receiver is busy; waiting")); };
     }
 
-    void put(const QString& path)
+    void put(const platform::FilePath& path)
     {
-        const QString name = onOneLine(QFileInfo(path).fileName());
+        const QString name = onOneLine(path.name());
         const auto start = clock_.now();
         double speed = 0;
         {
@@ -66,13 +65,13 @@ public:
             });
         }
         print(QStringLiteral("%1: stored and verified, %2 bytes in %3 s, %4")
-                  .arg(name, QString::number(QFileInfo(path).size()),
+                  .arg(name, QString::number(path.size().value_or(0)),
                       QString::number(platform::seconds(clock_.now() - start), 'f', 2),
                       speedText(speed)));
     }
 
 private:
-    void send(const QString& path, const FerrylaneV4Sender::ProgressHandler& progress)
+    void send(const platform::FilePath& path, const FerrylaneV4Sender::ProgressHandler& progress)
     {
         QEventLoop loop;
         FerrylaneV4Sender::Result result;
@@ -98,7 +97,7 @@ void upload(const UploadArguments& arguments, const PairingLink& link,
     platform::TcpNetwork& network, const platform::Clock& clock)
 {
     Upload upload(arguments, link, network, clock);
-    for (const QString& path : arguments.files) {
+    for (const platform::FilePath& path : arguments.files) {
         if (!arguments.skipsIdentify) static_cast<void>(identify(network, link));
         upload.put(path);
     }

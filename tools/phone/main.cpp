@@ -11,7 +11,7 @@ int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     try {
-        phone::run(phone::parseArguments(QCoreApplication::arguments()));
+        phone::run(phone::parseArguments(QByteArrayList(argv, argv + argc)));
     } catch (const phone::Failure& failure) {
         phone::tell(QStringLiteral("ferrylane-phone: ") + QString::fromUtf8(failure.what()));
         return static_cast<int>(failure.code());
