@@ -1,6 +1,6 @@
 #include "transferlog/TransferLogKeeper.h"
 
-#include "platform/Files.h"
+#include "core/OwnFiles.h"
 
 #include <future>
 #include <utility>
@@ -49,7 +49,10 @@ void TransferLogKeeper::clear()
 {
     const std::lock_guard lock(mutex_);
     openBatch_ = nullptr;
-    queue_.async([] { platform::removeFile(ferrylaneTransferLogURL()); });
+    queue_.async([] {
+        platform::removeFile(ferrylaneTransferLogURL());
+        removeSetAside(ferrylaneTransferLogURL());
+    });
 }
 
 void TransferLogKeeper::read(Reader reader)

