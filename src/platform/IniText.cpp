@@ -73,7 +73,7 @@ QString takeEscape(QStringView& rest)
     if (kind == u'r') return QStringLiteral("\r");
     if (kind == u't') return QStringLiteral("\t");
     if (kind != u'x') return kind;
-    const auto end = std::find_if_not(rest.begin(), rest.end(), isHexDigit);
+    const auto* const end = std::find_if_not(rest.begin(), rest.end(), isHexDigit);
     const QStringView digits = rest.first(end - rest.begin());
     rest = rest.sliced(digits.size());
     return QChar(digits.toUShort(nullptr, hexadecimal));
