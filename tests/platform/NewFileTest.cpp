@@ -73,10 +73,11 @@ TEST_F(NewFileTest, TellsOfEachFailure)
 {
     const support::SystemCallFailure failures[]
         = {{SYS_write, ENOSPC}, {SYS_fdatasync, EIO}, {SYS_close, EDQUOT}};
+    const Folder& into = folder();
     for (const auto& failure : failures) {
         ASSERT_TRUE(support::runWithFailures({failure}, [&] {
             std::error_code error;
-            const auto file = folder().createFile(QString::number(failure.call), error);
+            const auto file = into.createFile(QString::number(failure.call), error);
             error = file->write(bytesOf("x"));
             if (!error) error = file->sync();
             EXPECT_EQ(error.value(), failure.error);
