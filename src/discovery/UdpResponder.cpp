@@ -2,6 +2,7 @@
 
 #include "core/Log.h"
 #include "discovery/DiscoveryProtocol.h"
+#include "discovery/ReplyBudget.h"
 
 #include <array>
 #include <utility>
@@ -45,21 +46,22 @@ void UdpResponder::stop()
 void UdpResponder::receiveLoop(platform::DatagramSocket& socket, std::int64_t generation) const
 {
     using Outcome = platform::DatagramSocket::Outcome;
+    const platform::SteadyClock clock;
+    ReplyBudget budget;
     std::array<std::byte, maximumDiscoveryBytes> buffer{};
     while (discoveryResponderGeneration_ == generation) {
         const auto received = socket.receive(buffer);
         if (received.outcome == Outcome::closed || received.outcome == Outcome::failed) return;
-        if (received.outcome == Outcome::received) {
-            answer(socket, platform::ByteView(buffer).first(received.length), received.source);
-        }
+        if (received.outcome != Outcome::received) continue;
+        if (!isToBeAnswered(platform::ByteView(buffer).first(received.length))) continue;
+        if (!budget.spend(received.source.address, clock.now())) continue;
+        socket.send(platform::bytesOf(discoveryReply(deviceName_(), tcpPort_)), received.source);
     }
 }
 
-void UdpResponder::answer(platform::DatagramSocket& socket, platform::ByteView datagram,
-    const platform::Endpoint& source) const
+bool UdpResponder::isToBeAnswered(platform::ByteView datagram) const
 {
-    if (!isVisible_() || !isDiscoveryRequest(datagram)) return;
-    socket.send(platform::bytesOf(discoveryReply(deviceName_(), tcpPort_)), source);
+    return isVisible_() && isDiscoveryRequest(datagram);
 }
 
 } // namespace ferrylane

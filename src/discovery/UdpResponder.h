@@ -14,8 +14,8 @@
 namespace ferrylane {
 
 /// Answers phones that look for this computer: each discovery request that comes while the computer
-/// is visible gets a reply with the device's name and the service's TCP port. Everything else is
-/// dropped without a word.
+/// is visible gets a reply with the device's name and the service's TCP port, as far as the
+/// ReplyBudget goes. Everything else is dropped without a word.
 ///
 /// start(), stop() and the destructor belong to one thread. The two functions are called on the
 /// responder's own thread, at every request; they must not wait for that of stop().
@@ -38,8 +38,7 @@ public:
 
 private:
     void receiveLoop(platform::DatagramSocket& socket, std::int64_t generation) const;
-    void answer(platform::DatagramSocket& socket, platform::ByteView datagram,
-        const platform::Endpoint& source) const;
+    [[nodiscard]] bool isToBeAnswered(platform::ByteView datagram) const;
 
     std::function<bool()> isVisible_;
     std::function<QString()> deviceName_;

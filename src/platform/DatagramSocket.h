@@ -20,7 +20,8 @@ struct Endpoint {
     bool operator==(const Endpoint&) const = default;
 };
 
-/// A blocking IPv4 UDP socket. One thread receives; close() may be called from any other.
+/// An IPv4 UDP socket that waits to receive, and never to send. One thread uses it; close() may be
+/// called from any other.
 class DatagramSocket {
 public:
     enum class Outcome { received, timedOut, closed, failed };
@@ -47,6 +48,10 @@ public:
     /// that ended with a datagram found damaged, counts as timed out.
     [[nodiscard]] Received receive(MutableByteView buffer);
     /// Errors are ignored: a datagram may get lost in any case.
+    ///
+    /// Datagrams to hosts of the local network that do not answer stay in the socket's buffer for
+    /// seconds. When they fill it, a bound socket gives them up to the system and goes on with a
+    /// new one on the same port, so that those to other hosts are not held up.
     void send(ByteView datagram, const Endpoint& to);
     /// Ends receive() with Outcome::closed, the waiting one at once and all from then on. The port
     /// is free once the last holder has let go of the socket.
