@@ -8,7 +8,6 @@
 #include "core/LocalAddresses.h"
 #include "core/Log.h"
 #include "core/Notifications.h"
-#include "pairing/PairedTargets.h"
 #include "pairing/PairingLink.h"
 
 #include <QApplication>
@@ -25,7 +24,8 @@ AppDelegate::AppDelegate(Collaborators collaborators)
     , transferLogChange_(with_.notifications.observe(
           FerrylaneTransferLogChanged, [this](const auto& /*payload*/) { refreshHistory(); }))
     , keepAwake_(with_.notifications, with_.keepAwake)
-    , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(with_.mainQueue, with_.clock))
+    , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(
+          with_.mainQueue, with_.clock, presence_.announcedName()))
     , control_(
           std::make_unique<ServiceControl>(*this, with_.mainQueue, [this] { showServiceState(); }))
     , inbound_(std::make_unique<InboundTransfer>(with_.notifications, with_.mainQueue, *this,
@@ -82,7 +82,6 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     createServer();
     deviceDiscovery_.setOnChange([this](const QStringList& names) { nearbyDevicesChanged(names); });
-    deviceDiscovery_.setOnAddress(refreshFerrylanePairedTargetAddress);
     control_->begin();
     createStatusItem();
     show();

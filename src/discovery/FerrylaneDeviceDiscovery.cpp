@@ -3,6 +3,7 @@
 #include "core/DeviceName.h"
 #include "core/Log.h"
 #include "core/Service.h"
+#include "core/Text.h"
 #include "discovery/UdpScanner.h"
 #include "pairing/DisplayName.h"
 #include "platform/ThreadQueue.h"
@@ -14,24 +15,25 @@ namespace ferrylane {
 namespace {
 
 constexpr platform::Duration scanPeriod = std::chrono::seconds(3);
-
-void logNames(const QStringList& names)
-{
-    flLog(QStringLiteral("Nearby devices: ") + names.join(QStringLiteral(", ")));
-}
+/// Of names in a line of the log; the neighbours choose them.
+constexpr qsizetype longestNames = 1000;
 
 } // namespace
 
 FerrylaneDeviceDiscovery::Parts FerrylaneDeviceDiscovery::Parts::ofSystem(
-    platform::SerialQueue& mainQueue, const platform::Clock& clock)
+    platform::SerialQueue& mainQueue, const platform::Clock& clock,
+    std::shared_ptr<const platform::AnnouncedName> ownService)
 {
     return {mainQueue, clock, std::make_unique<platform::ThreadQueue>("ferrylane.mac.discovery"),
-        [] { return platform::ServiceBrowser::create(); }, std::make_unique<UdpScanner>(clock),
-        [] { return ferrylaneDeviceSuffix(); }};
+        [ownService] { return platform::ServiceBrowser::create(ownService); },
+        std::make_unique<UdpScanner>(clock), [] { return ferrylaneDeviceSuffix(); }};
 }
 
 FerrylaneDeviceDiscovery::FerrylaneDeviceDiscovery(Parts parts)
-    : parts_(std::move(parts)), handlers_(std::make_shared<Handlers>())
+    : parts_(std::move(parts))
+    , queue_(*parts_.queue)
+    , onChange_(std::make_shared<ChangeHandler>())
+    , ownedQueue_(std::move(parts_.queue))
 {
 }
 
@@ -39,18 +41,11 @@ FerrylaneDeviceDiscovery::~FerrylaneDeviceDiscovery()
 {
     run_.request_stop();
     browser_.reset();
-    // Waits for the running task, so none outlives this.
-    parts_.queue.reset();
 }
 
 void FerrylaneDeviceDiscovery::setOnChange(ChangeHandler onChange)
 {
-    handlers_->onChange = std::move(onChange);
-}
-
-void FerrylaneDeviceDiscovery::setOnAddress(AddressHandler onAddress)
-{
-    handlers_->onAddress = std::move(onAddress);
+    *onChange_ = std::move(onChange);
 }
 
 void FerrylaneDeviceDiscovery::start()
@@ -58,7 +53,7 @@ void FerrylaneDeviceDiscovery::start()
     if (browser_) return;
     run_ = std::stop_source();
     browse();
-    parts_.queue->async([this, run = run_.get_token()] { tick(run); });
+    queue_.async([this, run = run_.get_token()] { tick(run); });
 }
 
 void FerrylaneDeviceDiscovery::browse()
@@ -67,7 +62,7 @@ void FerrylaneDeviceDiscovery::browse()
     browser_->start(
         dnsSdServiceType,
         [this, run = run_.get_token()](const QStringList& names) {
-            parts_.queue->async([this, names, run] { takeAdvertised(names, run); });
+            queue_.async([this, names, run] { takeAdvertised(names, run); });
         },
         [](const QString& reason) {
             flLog(QStringLiteral("Ferrylane device discovery failed: ") + reason);
@@ -78,8 +73,7 @@ void FerrylaneDeviceDiscovery::stop()
 {
     run_.request_stop();
     browser_.reset();
-    parts_.queue->async([this] { forget(); });
-    logNames({});
+    queue_.async([this] { forget(); });
     // Of no run that can be stopped: it comes also when a start has followed.
     publish({}, std::stop_token());
 }
@@ -88,35 +82,28 @@ void FerrylaneDeviceDiscovery::forget()
 {
     nearby_.clear();
     if (const auto tickToCome = std::exchange(nextTick_, nullptr)) tickToCome->cancel();
+    logNames({});
 }
 
 void FerrylaneDeviceDiscovery::tick(const std::stop_token& run)
 {
     if (run.stop_requested()) return;
     // Before the scan, whose length must not add to the period.
-    nextTick_ = parts_.queue->after(scanPeriod, [this, run] { tick(run); });
-    const bool scanned = parts_.scanner->scan(
-        [&](const DiscoveryReply& reply, const platform::Endpoint& source) {
-            accept(reply, source, run);
-        },
-        run);
+    nextTick_ = queue_.after(scanPeriod, [this, run] { tick(run); });
+    const bool scanned
+        = parts_.scanner->scan([this](const DiscoveryReply& reply,
+                                   const platform::Endpoint& source) { accept(reply, source); },
+            run);
     if (scanned) emitSnapshot(run);
+    if (run.stop_requested()) return pairedAddresses_.forgetClaims();
+    pairedAddresses_.refresh();
 }
 
-void FerrylaneDeviceDiscovery::accept(
-    const DiscoveryReply& reply, const platform::Endpoint& source, const std::stop_token& run)
+void FerrylaneDeviceDiscovery::accept(const DiscoveryReply& reply, const platform::Endpoint& source)
 {
     if (isOwnName(reply.name)) return;
     nearby_.markSeen(reply.name, parts_.clock.now());
-    if (!reply.tcpPort) return;
-
-    const QString baseURL
-        = QStringLiteral("http://%1:%2").arg(source.addressText()).arg(*reply.tcpPort);
-    parts_.mainQueue.async([handlers = std::weak_ptr(handlers_), name = reply.name, baseURL, run] {
-        const auto present = handlers.lock();
-        if (!present || run.stop_requested() || !present->onAddress) return;
-        present->onAddress(name, baseURL);
-    });
+    pairedAddresses_.claim(reply, source);
 }
 
 bool FerrylaneDeviceDiscovery::isOwnName(const QString& name) const
@@ -145,12 +132,24 @@ void FerrylaneDeviceDiscovery::emitSnapshot(const std::stop_token& run)
     publish(names, run);
 }
 
+void FerrylaneDeviceDiscovery::logNames(const QStringList& names)
+{
+    if (loggedNames_ == names) return;
+    loggedNames_ = names;
+    const QString all = names.join(QStringLiteral(", "));
+    const QString told = longerThan(all, longestNames)
+        ? QStringLiteral("%1… (%2 in all)")
+              .arg(firstCharacters(all, longestNames))
+              .arg(names.size())
+        : all;
+    flLog(QStringLiteral("Nearby devices: ") + told);
+}
+
 void FerrylaneDeviceDiscovery::publish(const QStringList& names, const std::stop_token& run)
 {
-    parts_.mainQueue.async([handlers = std::weak_ptr(handlers_), names, run] {
-        const auto present = handlers.lock();
-        if (!present || run.stop_requested() || !present->onChange) return;
-        present->onChange(names);
+    parts_.mainQueue.async([handler = std::weak_ptr(onChange_), names, run] {
+        const auto present = handler.lock();
+        if (present && !run.stop_requested() && *present) (*present)(names);
     });
 }
 

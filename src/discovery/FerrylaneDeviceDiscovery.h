@@ -2,6 +2,7 @@
 
 #include "discovery/DiscoveryScanner.h"
 #include "discovery/NearbyNames.h"
+#include "discovery/PairedAddresses.h"
 #include "platform/Clock.h"
 #include "platform/SerialQueue.h"
 #include "platform/ServiceBrowser.h"
@@ -11,27 +12,27 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace ferrylane {
 
 /// Keeps the list of the phones that are on the local network right now, by browsing DNS-SD and, at
-/// once and then every three seconds, by scanning over UDP. This computer is never in it. Starts
-/// nothing by itself.
+/// once and then every three seconds, by scanning over UDP. This computer is never in it. What a
+/// scan finds also keeps the addresses of the paired phones current. Starts nothing by itself.
 ///
-/// Everything public belongs to the main thread, which also runs the two handlers. Scans, and what
-/// browsing yields, run on a queue of its own, which a scan keeps busy for its 1.2 seconds (at most
-/// ten, see UdpScanner); browse results wait meanwhile.
+/// Everything public belongs to the main thread, which also runs the handler. Scans, what follows
+/// from them and what browsing yields run on a queue of its own, which a scan keeps busy for its
+/// 1.2 seconds (at most ten, see UdpScanner); browse results wait meanwhile.
 ///
-/// stop() and the destructor wait for no scan to come to its end: one in flight is cut short. After
-/// stop() the handlers get nothing but one empty list until start() is called again; after the
-/// destructor they get nothing at all.
+/// stop() and the destructor wait for no scan to come to its end: one in flight is cut short. The
+/// destructor waits for a paired phone's new address to be written. After stop() the handler gets
+/// nothing but one empty list until start() is called again; after the destructor it gets nothing
+/// at all.
 class FerrylaneDeviceDiscovery {
 public:
     /// Gets the complete sorted list after every look at the network, be it the same as before.
     using ChangeHandler = std::function<void(const QStringList& names)>;
-    /// Gets each phone that has answered over UDP, with the base URL of its receiver.
-    using AddressHandler = std::function<void(const QString& name, const QString& baseURL)>;
 
     /// What it works with. `mainQueue` and `clock` must outlive it.
     struct Parts {
@@ -46,9 +47,10 @@ public:
         /// This computer's name, from any thread.
         std::function<QString()> deviceName;
 
-        /// The ones of the running system.
-        [[nodiscard]] static Parts ofSystem(
-            platform::SerialQueue& mainQueue, const platform::Clock& clock);
+        /// The ones of the running system. What is announced as `ownService` is not browsed for.
+        [[nodiscard]] static Parts ofSystem(platform::SerialQueue& mainQueue,
+            const platform::Clock& clock,
+            std::shared_ptr<const platform::AnnouncedName> ownService);
     };
 
     explicit FerrylaneDeviceDiscovery(Parts parts);
@@ -57,7 +59,6 @@ public:
     FerrylaneDeviceDiscovery& operator=(const FerrylaneDeviceDiscovery&) = delete;
 
     void setOnChange(ChangeHandler onChange);
-    void setOnAddress(AddressHandler onAddress);
 
     /// Does nothing when it runs already. When browsing fails that is logged, and scanning goes on.
     void start();
@@ -65,27 +66,23 @@ public:
     void stop();
 
 private:
-    struct Handlers {
-        ChangeHandler onChange;
-        AddressHandler onAddress;
-    };
-
     // On its own queue. `run` is stopped when the start that it came from has been followed by a
     // stop.
     void tick(const std::stop_token& run);
-    void accept(
-        const DiscoveryReply& reply, const platform::Endpoint& source, const std::stop_token& run);
+    void accept(const DiscoveryReply& reply, const platform::Endpoint& source);
     void takeAdvertised(const QStringList& instanceNames, const std::stop_token& run);
     void emitSnapshot(const std::stop_token& run);
     void forget();
+    void logNames(const QStringList& names);
     [[nodiscard]] bool isOwnName(const QString& name) const;
 
     void browse();
     void publish(const QStringList& names, const std::stop_token& run);
 
     Parts parts_;
-    /// Shared, so that what waits in the main queue finds out when they are gone.
-    std::shared_ptr<Handlers> handlers_;
+    platform::SerialQueue& queue_;
+    /// Shared, so that what waits in the main queue finds out when it is gone.
+    std::shared_ptr<ChangeHandler> onChange_;
 
     // Of the main thread.
     std::stop_source run_;
@@ -93,7 +90,12 @@ private:
 
     // Of the own queue.
     NearbyNames nearby_;
+    PairedAddresses pairedAddresses_;
+    std::optional<QStringList> loggedNames_;
     std::shared_ptr<platform::DelayedTask> nextTick_;
+
+    /// Has the thread, so it goes first; its tasks use it through queue_ until then.
+    std::unique_ptr<platform::SerialQueue> ownedQueue_;
 };
 
 } // namespace ferrylane

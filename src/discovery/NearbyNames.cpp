@@ -13,14 +13,13 @@ void NearbyNames::setAdvertised(const QStringList& names)
 
 void NearbyNames::markSeen(const QString& name, platform::TimePoint now)
 {
-    seen_[name] = now;
-    if (seen_.size() > maximumSeen) dropSilentLongest();
+    if (seen_.size() == maximumSeen) forgetSilent(now);
+    if (seen_.size() < maximumSeen || seen_.contains(name)) seen_[name] = now;
 }
 
-void NearbyNames::dropSilentLongest()
+void NearbyNames::forgetSilent(platform::TimePoint now)
 {
-    seen_.erase(std::min_element(seen_.begin(), seen_.end(),
-        [](const auto& left, const auto& right) { return left.second < right.second; }));
+    std::erase_if(seen_, [&](const auto& entry) { return entry.second < now - grace; });
 }
 
 void NearbyNames::clear()
@@ -31,7 +30,7 @@ void NearbyNames::clear()
 
 QStringList NearbyNames::snapshot(platform::TimePoint now, const QString& ownName)
 {
-    std::erase_if(seen_, [&](const auto& entry) { return entry.second < now - grace; });
+    forgetSilent(now);
 
     // Out of a set, so that names that differ only in case keep their order from one snapshot to
     // the next.

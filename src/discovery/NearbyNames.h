@@ -12,8 +12,8 @@ namespace ferrylane {
 
 /// The names of the devices that are here right now, out of two sources: the latest set of DNS-SD
 /// services, and who has answered over UDP in the last ten seconds. Of the latter, which anybody
-/// can make up, no more than 256 are kept; the one that has been silent longest goes. For one
-/// thread.
+/// can make up, no more than 256 are kept: those that are there stay, and newcomers wait for one of
+/// them to fall silent. For one thread.
 class NearbyNames {
 public:
     static constexpr platform::Duration grace = std::chrono::seconds(10);
@@ -30,7 +30,7 @@ public:
     [[nodiscard]] QStringList snapshot(platform::TimePoint now, const QString& ownName);
 
 private:
-    void dropSilentLongest();
+    void forgetSilent(platform::TimePoint now);
 
     std::set<QString> advertised_;
     std::map<QString, platform::TimePoint> seen_;

@@ -1,6 +1,7 @@
 #include "discovery/UdpScanner.h"
 
 #include <array>
+#include <map>
 #include <system_error>
 
 namespace ferrylane {
@@ -36,13 +37,14 @@ void UdpScanner::collect(platform::DatagramSocket& socket, const ReplyHandler& o
     using Outcome = platform::DatagramSocket::Outcome;
     const platform::TimePoint end = clock_.now() + maximumLength;
     std::array<std::byte, maximumDiscoveryBytes> buffer{};
+    std::map<std::uint32_t, int> repliesOf;
     for (int replies = 0; replies < maximumReplies && clock_.now() < end;) {
         const auto received = socket.receive(buffer);
         if (received.outcome != Outcome::received || received.length == 0) return;
         if (stop.stop_requested()) return;
 
         const auto reply = parseDiscoveryReply(platform::ByteView(buffer).first(received.length));
-        if (!reply) continue;
+        if (!reply || ++repliesOf[received.source.address] > maximumRepliesOfOneHost) continue;
         onReply(*reply, received.source);
         ++replies;
     }

@@ -8,13 +8,14 @@ namespace ferrylane {
 /// Scans by UDP broadcast: sends one request from a socket of its own, and waits for replies until
 /// none has come for 1.2 seconds. Any datagram makes it wait anew, but an empty one ends it, as
 /// does an error. Whatever a hostile network sends, a scan ends after ten seconds or 256 replies,
-/// and keeps nothing. A network that cannot be asked, such as one without a route, counts as one
-/// where nobody answers.
+/// of which no host has more than eight, and keeps nothing. A network that cannot be asked, such as
+/// one without a route, counts as one where nobody answers.
 class UdpScanner final : public DiscoveryScanner {
 public:
     static constexpr platform::Duration silence = std::chrono::milliseconds(1200);
     static constexpr platform::Duration maximumLength = std::chrono::seconds(10);
     static constexpr int maximumReplies = 256;
+    static constexpr int maximumRepliesOfOneHost = 8;
     /// Everyone on the local network.
     static constexpr platform::Endpoint everyone{0xFFFFFFFF, discoveryPort};
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/AnnouncedName.h"
 #include "platform/Clock.h"
 #include "platform/Interface.h"
 
@@ -11,24 +12,29 @@
 
 namespace platform {
 
-/// Keeps the names of all instances of one DNS-SD service type (RFC 6763) on the local network,
-/// those of this computer too, as the system's own DNS-SD daemon sees them. While that cannot be
-/// reached there are none; the browser takes its work up again as soon as the daemon is there.
+/// Keeps the names of the instances of one DNS-SD service type (RFC 6763) on the local network,
+/// those of this computer's other programs too, as the system's own DNS-SD daemon sees them. While
+/// that cannot be reached there are none; the browser takes its work up again as soon as the daemon
+/// is there.
 ///
 /// One thread calls start(), stop() and the destructor.
 class ServiceBrowser : public Interface {
 public:
-    /// Gets all names that there are now, each once and sorted, after every change. Runs on the
-    /// browser's own thread.
+    /// Gets the names that there are now, each once and sorted, after every burst of changes. When
+    /// there are more than `maximumNames`, it is the ones that have been there longest: a crowd
+    /// that arrives does not drive out who is known. Runs on the browser's own thread.
     using ResultsHandler = std::function<void(const QStringList& instanceNames)>;
     /// Tells once for each loss of the daemon why it cannot be reached, not again for each retry.
-    /// Runs on the browser's own thread.
+    /// Runs on the browser's own thread, or in start() when there is no thread to be had; only the
+    /// next start() tries again then.
     using FailureHandler = std::function<void(const QString& reason)>;
+    static constexpr std::size_t maximumNames = 256;
     static constexpr Duration usualRetryInterval = std::chrono::seconds(2);
 
-    /// `retryInterval` is the pause between two attempts to reach the daemon.
+    /// Leaves out what is announced as `own`, if that is given. `retryInterval` is the pause
+    /// between two attempts to reach the daemon.
     [[nodiscard]] static std::unique_ptr<ServiceBrowser> create(
-        Duration retryInterval = usualRetryInterval);
+        std::shared_ptr<const AnnouncedName> own = {}, Duration retryInterval = usualRetryInterval);
 
     /// Final like stop().
     ~ServiceBrowser() override = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/AnnouncedName.h"
 #include "platform/Clock.h"
 #include "platform/Interface.h"
 
@@ -19,7 +20,8 @@ namespace platform {
 class ServicePublisher : public Interface {
 public:
     /// Gets one line for every change worth telling (daemon missing, back, name taken, nothing that
-    /// can be announced), on the publisher's own thread.
+    /// can be announced), on the publisher's own thread, or in publish() when there is no thread to
+    /// be had; the next publish() tries again then.
     using LogHandler = std::function<void(const QString& line)>;
     static constexpr Duration usualRetryInterval = std::chrono::seconds(2);
 
@@ -38,6 +40,9 @@ public:
     /// room for (section 4.1.1); if it is taken, "name #2" and so on is announced.
     virtual void publish(const QString& name, const QString& type, std::uint16_t port) = 0;
     virtual void withdraw() = 0;
+
+    /// What a browser is given that must not find the service.
+    [[nodiscard]] virtual std::shared_ptr<const AnnouncedName> announcedName() const = 0;
 };
 
 } // namespace platform

@@ -8,7 +8,8 @@
 namespace platform {
 
 /// A serial queue with a thread of its own, for work that blocks. The destructor lets the running
-/// task finish, drops the waiting ones and joins the thread; it must not run on that thread.
+/// task finish, drops the waiting ones and joins the thread; it must not run on that thread. A task
+/// must not throw: that ends the program, with what was thrown on the standard error.
 class ThreadQueue final : public SerialQueue {
 public:
     /// `label` names the queue's role and, as far as the system has room (15 characters), its

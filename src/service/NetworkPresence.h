@@ -22,6 +22,12 @@ public:
     void advertise(const QString& name) override;
     void withdraw() override { publisher_->withdraw(); }
 
+    /// The name under which DNS-SD shows this service.
+    [[nodiscard]] std::shared_ptr<const platform::AnnouncedName> announcedName() const
+    {
+        return publisher_->announcedName();
+    }
+
 private:
     std::uint16_t tcpPort_;
     std::atomic<bool> visible_ = true;

@@ -1,6 +1,7 @@
 #include "discovery/FerrylaneDeviceDiscovery.h"
 
 #include "discovery/UdpScanner.h"
+#include "pairing/PairedTargets.h"
 #include "platform/Files.h"
 #include "platform/ThreadQueue.h"
 #include "support/ManualQueue.h"
@@ -20,13 +21,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
+struct Heard {
+    QString name;
+    std::optional<std::uint16_t> port;
+    std::uint32_t host = 0xC0A80114;
+};
+
 /// What the fakes, which belong to the discovery, share with the test.
 struct Network {
     int browsersMade = 0;
     QString type;
     platform::ServiceBrowser::ResultsHandler results; ///< empty while nobody browses
     platform::ServiceBrowser::FailureHandler failure;
-    QList<DiscoveryReply> replies;
+    QList<Heard> replies;
     bool hasSocket = true;
     int scans = 0;
     std::function<void()> duringScan = [] {}; ///< in the next one
@@ -57,8 +64,8 @@ public:
     {
         ++network_.scans;
         std::exchange(network_.duringScan, [] {})();
-        for (const DiscoveryReply& reply : network_.replies) {
-            onReply(reply, {0xC0A80114, 8789});
+        for (const Heard& heard : network_.replies) {
+            onReply({heard.name, heard.port}, {heard.host, discoveryPort});
         }
         return network_.hasSocket;
     }
@@ -86,13 +93,10 @@ protected:
         discovery->setOnChange([this](const QStringList& names) {
             published_.append(u'[' + names.join(u',') + u']');
         });
-        discovery->setOnAddress([this](const QString& name, const QString& baseURL) {
-            published_.append(name + u'=' + baseURL);
-        });
         return discovery;
     }
 
-    /// What both handlers have been given since the last call.
+    /// What the handler has been given since the last call.
     QString published()
     {
         queue_->runAll();
@@ -121,7 +125,7 @@ TEST_F(DeviceDiscovery, mergesBothSources)
 {
     network_.replies = {{u"pixel"_s, 8787}, {u"OFFICE MAC"_s, 8788}, {u"zoe"_s, std::nullopt}};
     discovery_->start();
-    EXPECT_EQ(published(), u"pixel=http://192.168.1.20:8787 [pixel,zoe]"_s);
+    EXPECT_EQ(published(), u"[pixel,zoe]"_s);
     EXPECT_EQ(network_.type, u"_ferrylane._tcp"_s);
 
     network_.replies = {};
@@ -149,6 +153,7 @@ TEST_F(DeviceDiscovery, scansEveryThreeSecondsAndForgetsAfterTen)
         pass(3s);
         EXPECT_EQ(published(), u"[a]"_s) << second;
     }
+    EXPECT_EQ(home_.log().count(u"Nearby devices"), 1) << "only what changes is logged";
     clock_.advance(1s);
     network_.results({});
     EXPECT_EQ(published(), u"[a]"_s) << "ten seconds to the instant";
@@ -173,7 +178,43 @@ TEST_F(DeviceDiscovery, keepsNoMoreThan256OfThoseThatAnswer)
     pass(3s);
     const QString list = published();
     EXPECT_EQ(list.count(u','), 255);
-    EXPECT_TRUE(list.startsWith(u"[1000,") && list.endsWith(u",1255]")) << qPrintable(list);
+    EXPECT_TRUE(list.endsWith(u",first]")) << qPrintable(list);
+    EXPECT_LT(home_.log().size(), 1300);
+}
+
+TEST_F(DeviceDiscovery, movesAPairedPhoneOnlyWhileOneHostHasItsName)
+{
+    const QString key(43, u'A');
+    ASSERT_TRUE(saveFerrylanePairedTarget({u"Pixel"_s, u"http://192.168.1.9:8787"_s, key}));
+    constexpr std::uint32_t other = 0xC0A80115;
+    constexpr auto unreachable = std::nullopt;
+    const struct {
+        QList<Heard> replies;
+        QString address;
+        int warnings;
+    } scans[] = {
+        {{{u"Pixel 2"_s, 1}}, u"9:8787"_s, 0},
+        {{{u"pixel"_s, 1}, {u"pixel"_s, unreachable}}, u"20:1"_s, 0},
+        {{{u"Pixel"_s, unreachable, other}}, u"20:1"_s, 0},
+        {{{u"pixel"_s, 1}, {u"PIXEL"_s, 1, other}}, u"20:1"_s, 1},
+        {{{u"Pixel"_s, 2, other}, {u"Pixel"_s, 2}}, u"20:1"_s, 1},
+        {{}, u"20:1"_s, 1},
+        {{{u"Pixel"_s, 2, other}}, u"21:2"_s, 1},
+        {{{u"Pixel"_s, 2, other}, {u"Pixel"_s, unreachable}}, u"21:2"_s, 2},
+    };
+    discovery_->start();
+    for (const auto& scan : scans) {
+        network_.replies = scan.replies;
+        queue_->advance(3s);
+        EXPECT_EQ(
+            loadFerrylanePairedTargets().value(0).baseURL, u"http://192.168.1."_s + scan.address);
+        EXPECT_EQ(home_.log().count(u"More than one device calls itself Pixel"), scan.warnings);
+    }
+    // A scan that is stopped has not heard everybody.
+    network_.replies = {{u"Pixel"_s, 3}};
+    network_.duringScan = [this] { discovery_->stop(); };
+    queue_->advance(3s);
+    EXPECT_EQ(loadFerrylanePairedTargets().value(0).baseURL, u"http://192.168.1.21:2"_s);
 }
 
 TEST_F(DeviceDiscovery, takesBrowseResultsThatComeDuringAScan)
@@ -211,7 +252,7 @@ TEST_F(DeviceDiscovery, publishesOneEmptyListWhenStopped)
         discovery_->start();
     };
     pass(3s);
-    EXPECT_EQ(published(), u"[] b=http://192.168.1.20:1 [b]"_s);
+    EXPECT_EQ(published(), u"[] [b]"_s);
     EXPECT_EQ(queue_->delayedCount(), 1U);
 }
 
@@ -224,6 +265,17 @@ TEST_F(DeviceDiscovery, isSilentOnceItHasGone)
     discovery_.reset();
     mainQueue_.runAll();
     EXPECT_EQ(published_, QStringList());
+}
+
+TEST_F(DeviceDiscovery, endsAtAnyMomentOfItsFirstLook)
+{
+    network_.replies = {{u"a"_s, 1}};
+    for (int i = 0; i < 2000; ++i) {
+        const auto discovery = make(std::make_unique<platform::ThreadQueue>("discovery"),
+            std::make_unique<FakeScanner>(network_));
+        discovery->start();
+        std::this_thread::sleep_for(std::chrono::microseconds(i % 200));
+    }
 }
 
 TEST_F(DeviceDiscovery, stopsAtOnceWithAScanInFlight)

@@ -25,15 +25,15 @@ TEST(ReplyBudget, servesThePhoneInAFloodOfMadeUpSources)
         platform::TimePoint now{1h};
         EXPECT_TRUE(!row.knowsThePhone || budget.spend(phone, now));
         unsigned spent = 0;
-        for (std::uint32_t i = 0; i < 20 * row.perSecond; ++i) {
+        for (std::uint32_t i = 0; i < 10 * row.perSecond; ++i) {
             now += 1'000'000'000ns / row.perSecond;
             spent += budget.spend(0x0A000000U + i % row.addresses, now) ? 1U : 0U;
             if (i % (3 * row.perSecond) == 2 * row.perSecond) {
                 EXPECT_TRUE(budget.spend(phone, now)) << i;
             }
         }
-        EXPECT_LE(spent, 21 * ReplyBudget::answersPerSecond);
-        const double most = ReplyBudget::burstOfOne + 20 * ReplyBudget::perSecondOfOne;
+        EXPECT_LE(spent, 11 * ReplyBudget::answersPerSecond);
+        const double most = ReplyBudget::burstOfOne + 10 * ReplyBudget::perSecondOfOne;
         EXPECT_LE(spent, row.addresses * most);
     }
 }

@@ -61,9 +61,10 @@ struct Publisher {
 struct Browser {
     Recorded<QStringList> results;
     Recorded<QString> failures;
-    std::unique_ptr<ServiceBrowser> service = ServiceBrowser::create(retryInterval);
+    std::unique_ptr<ServiceBrowser> service;
 
-    Browser()
+    explicit Browser(std::shared_ptr<const AnnouncedName> own = {})
+        : service(ServiceBrowser::create(std::move(own), retryInterval))
     {
         service->start(
             type, [this](const QStringList& names) { results.add(names); },
@@ -209,6 +210,8 @@ TEST_F(DnsSdTest, TakesAnotherNameWhenItsOwnIsTaken)
     third.service->publish(QStringLiteral("Desk #2"), type, 82);
     ASSERT_TRUE(browser.finds(
         {QStringLiteral("Desk"), QStringLiteral("Desk #2"), QStringLiteral("Desk #3")}));
+    EXPECT_TRUE(Browser(second.service->announcedName())
+                    .finds({QStringLiteral("Desk"), QStringLiteral("Desk #3")}));
 
     const auto hasLogged = [](const Publisher& publisher, const QString& line) {
         return waitUntil([&] { return publisher.log.all() == QStringList(line); });
@@ -311,6 +314,38 @@ TEST_F(DnsSdTest, AnnouncesNoNonsense)
     EXPECT_TRUE(browser.finds({start + u'?' + QString(62 - start.size(), u'x')}));
 }
 
+TEST_F(DnsSdTest, KeepsWhoIsThereInACrowd)
+{
+    startAll();
+    Publisher publisher;
+    publisher.service->publish(QStringLiteral("Zoe"), type, 80);
+    const Browser browser;
+    ASSERT_TRUE(browser.finds({QStringLiteral("Zoe")}));
+
+    constexpr auto announcing = R"(
+import dbus, time
+bus = dbus.SystemBus()
+name = 'org.freedesktop.Avahi'
+server = dbus.Interface(bus.get_object(name, '/'), name + '.Server')
+for i in range(600):
+    group = dbus.Interface(bus.get_object(name, server.EntryGroupNew()), name + '.EntryGroup')
+    group.AddService(-1, -1, dbus.UInt32(0), 'phone %03d' % i, '%TYPE', '', '', dbus.UInt16(80),
+        dbus.Array([], signature='ay'))
+    group.Commit()
+time.sleep(60)
+)";
+    support::ChildProcess crowd;
+    crowd.start({QStringLiteral("/usr/bin/python3"),
+        {QStringLiteral("-c"),
+            QString::fromUtf8(announcing).replace(QStringLiteral("%TYPE"), type)},
+        avahi->environment(), {}, {}, {}});
+    ASSERT_TRUE(waitUntil([&] { return browser.results.last().size() == 256; }));
+    EXPECT_EQ(browser.results.last().first(), QStringLiteral("Zoe"));
+    crowd.kill();
+    EXPECT_TRUE(browser.finds({QStringLiteral("Zoe")}));
+    EXPECT_LT(browser.results.all().size(), 60) << "names are reported in bursts";
+}
+
 TEST_F(DnsSdTest, StopIsFinal)
 {
     startAll();
@@ -324,7 +359,7 @@ TEST_F(DnsSdTest, StopIsFinal)
     ASSERT_TRUE(Browser().finds(names));
 
     std::atomic<int> calls = 0;
-    const auto browser = ServiceBrowser::create(retryInterval);
+    const auto browser = ServiceBrowser::create({}, retryInterval);
     for (int round = 0; round < 50 || calls == 0; ++round) {
         std::atomic<bool> hasStopped = false;
         const auto call = [&] {

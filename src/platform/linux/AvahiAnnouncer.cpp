@@ -27,9 +27,11 @@ bool isFinal(int avahiError)
 
 } // namespace
 
-AvahiAnnouncer::AvahiAnnouncer(
-    AvahiLoop& loop, ServicePublisher::LogHandler log, Duration retryInterval)
-    : log_(std::move(log)), session_(loop, *this, retryInterval)
+AvahiAnnouncer::AvahiAnnouncer(AvahiLoop& loop, ServicePublisher::LogHandler log,
+    std::shared_ptr<AnnouncedName> announcedName, Duration retryInterval)
+    : log_(std::move(log))
+    , announcedName_(std::move(announcedName))
+    , session_(loop, *this, retryInterval)
 {
 }
 
@@ -83,7 +85,8 @@ void AvahiAnnouncer::groupChanged(
     AvahiEntryGroup* group, AvahiEntryGroupState state, void* announcer)
 {
     auto* const self = static_cast<AvahiAnnouncer*>(announcer);
-    if (group == self->group_) self->handle(state);
+    if (group != self->group_) return;
+    AvahiLoop::attempt([&] { self->handle(state); });
 }
 
 void AvahiAnnouncer::handle(AvahiEntryGroupState state)
@@ -132,6 +135,7 @@ int AvahiAnnouncer::addService()
     constexpr AvahiPublishFlags noFlags{};
     constexpr const char* defaultDomain = nullptr;
     constexpr const char* thisHost = nullptr;
+    announcedName_->set(QString::fromUtf8(name_));
     return avahi_entry_group_add_service_strlst(group_, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
         noFlags, name_.constData(), type_.constData(), defaultDomain, thisHost, port_, nullptr);
 }

@@ -17,7 +17,8 @@ public:
         std::uint16_t port = 0;
     };
 
-    AvahiAnnouncer(AvahiLoop& loop, ServicePublisher::LogHandler log, Duration retryInterval);
+    AvahiAnnouncer(AvahiLoop& loop, ServicePublisher::LogHandler log,
+        std::shared_ptr<AnnouncedName> announcedName, Duration retryInterval);
 
     /// In place of what was announced before.
     void announce(const Service& service);
@@ -43,6 +44,7 @@ private:
 
     HandlerGate gate_;
     ServicePublisher::LogHandler log_;
+    std::shared_ptr<AnnouncedName> announcedName_;
 
     QByteArray wantedName_;
     QByteArray type_;

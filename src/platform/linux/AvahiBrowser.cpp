@@ -8,15 +8,23 @@ namespace {
 
 class AvahiBrowser final : public ServiceBrowser {
 public:
-    explicit AvahiBrowser(Duration retryInterval) : retryInterval_(retryInterval) {}
+    AvahiBrowser(std::shared_ptr<const AnnouncedName> own, Duration retryInterval)
+        : own_(std::move(own)), retryInterval_(retryInterval)
+    {
+    }
     ~AvahiBrowser() override { AvahiBrowser::stop(); }
 
     void start(const QString& type, ResultsHandler onResults, FailureHandler onFailure) override
     {
         stop();
-        loop_ = AvahiLoop::start("dns-sd browser");
-        finder_ = std::make_shared<AvahiFinder>(
-            *loop_, type, std::move(onResults), std::move(onFailure), retryInterval_);
+        try {
+            loop_ = AvahiLoop::start("dns-sd browser");
+        } catch (const std::system_error& error) {
+            return onFailure(QString::fromUtf8(error.what()));
+        }
+        finder_ = std::make_shared<AvahiFinder>(*loop_,
+            AvahiFinder::Wanted{type.toUtf8(), own_, std::move(onResults), std::move(onFailure)},
+            retryInterval_);
         loop_->async([finder = finder_] { finder->start(); });
     }
 
@@ -30,6 +38,7 @@ public:
     }
 
 private:
+    std::shared_ptr<const AnnouncedName> own_;
     Duration retryInterval_;
     std::shared_ptr<AvahiLoop> loop_; ///< while there is something to look for
     // Shared with the loop's thread, which may hang and be left to itself.
@@ -38,9 +47,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<ServiceBrowser> ServiceBrowser::create(Duration retryInterval)
+std::unique_ptr<ServiceBrowser> ServiceBrowser::create(
+    std::shared_ptr<const AnnouncedName> own, Duration retryInterval)
 {
-    return std::make_unique<AvahiBrowser>(retryInterval);
+    return std::make_unique<AvahiBrowser>(std::move(own), retryInterval);
 }
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include "platform/linux/AvahiSession.h"
 #include "platform/linux/HandlerGate.h"
 
+#include <map>
 #include <set>
 #include <tuple>
 
@@ -15,8 +16,14 @@ namespace platform {
 /// silence().
 class AvahiFinder final : AvahiSession::User {
 public:
-    AvahiFinder(AvahiLoop& loop, const QString& type, ServiceBrowser::ResultsHandler onResults,
-        ServiceBrowser::FailureHandler onFailure, Duration retryInterval);
+    struct Wanted {
+        QByteArray type;
+        std::shared_ptr<const AnnouncedName> notThis; ///< may be null
+        ServiceBrowser::ResultsHandler onResults;
+        ServiceBrowser::FailureHandler onFailure;
+    };
+
+    AvahiFinder(AvahiLoop& loop, Wanted wanted, Duration retryInterval);
 
     void start() { session_.open(); }
     void stop() { session_.close(); }
@@ -24,18 +31,16 @@ public:
     void silence() { gate_.close(); }
 
 private:
-    /// One service is found once for every interface and protocol that it can be reached by.
-    struct Finding {
-        QString name;
-        QString domain;
-        AvahiIfIndex interface = AVAHI_IF_UNSPEC;
-        AvahiProtocol protocol = AVAHI_PROTO_UNSPEC;
+    /// What is kept in mind of a crowd, so that some of it can take the place of who goes.
+    static constexpr std::size_t maximumKnown = 4096;
+    /// Changes within it are reported together.
+    static constexpr Duration settlingTime = std::chrono::milliseconds(200);
 
-        bool operator<(const Finding& other) const
-        {
-            return std::tie(name, domain, interface, protocol)
-                < std::tie(other.name, other.domain, other.interface, other.protocol);
-        }
+    /// One service is found once for every interface and protocol that it can be reached by.
+    using Place = std::tuple<QString, AvahiIfIndex, AvahiProtocol>; ///< the first is its domain
+    struct Service {
+        std::uint64_t order = 0; ///< in which they were found
+        std::set<Place> places;
     };
 
     void daemonIsReady(AvahiClient* client) override;
@@ -45,15 +50,20 @@ private:
     static void found(AvahiServiceBrowser* browser, AvahiIfIndex interface, AvahiProtocol protocol,
         AvahiBrowserEvent event, const char* name, const char* type, const char* domain,
         AvahiLookupResultFlags flags, void* finder);
-    void handle(AvahiBrowserEvent event, const Finding& finding);
+    void handle(AvahiBrowserEvent event, const QString& name, const Place& place);
+    void add(const QString& name, const Place& place);
+    void remove(const QString& name, const Place& place);
+    void reportSoon();
     void reportNames();
+    [[nodiscard]] QStringList firstFound() const;
 
     HandlerGate gate_;
-    QByteArray type_;
-    ServiceBrowser::ResultsHandler onResults_;
-    ServiceBrowser::FailureHandler onFailure_;
+    AvahiLoop& loop_;
+    Wanted wanted_;
 
-    std::set<Finding> findings_;
+    std::map<QString, Service> services_;
+    std::uint64_t foundByNow_ = 0;
+    bool isReportDue_ = false;
     QStringList reportedNames_;
     AvahiServiceBrowser* browser_ = nullptr; ///< the client's
     AvahiSession session_;

@@ -13,7 +13,7 @@ namespace {
 
 // Far more than the last task takes unless it hangs.
 constexpr auto longestWaitForEnd = std::chrono::milliseconds(500);
-// poll(2) fails only when memory is short; trying again at once would not help.
+// Without descriptors or memory; trying again at once would not help.
 constexpr auto pauseAfterFailure = std::chrono::milliseconds(100);
 
 void clearEvent(AvahiWatch*, int descriptor, AvahiWatchEvent, void*)
@@ -23,15 +23,6 @@ void clearEvent(AvahiWatch*, int descriptor, AvahiWatchEvent, void*)
 }
 
 } // namespace
-
-AvahiLoop::AvahiLoop()
-    : tasksWaiting_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), poll_(avahi_simple_poll_new())
-{
-    const bool complete = tasksWaiting_.isOpen() && poll_
-        && poll()->watch_new(poll(), tasksWaiting_.get(), AVAHI_WATCH_IN, clearEvent, nullptr)
-            != nullptr;
-    if (!complete) throw std::system_error(std::make_error_code(std::errc::too_many_files_open));
-}
 
 std::shared_ptr<AvahiLoop> AvahiLoop::start(const std::string& label)
 {
@@ -46,11 +37,9 @@ std::shared_ptr<AvahiLoop> AvahiLoop::start(const std::string& label)
 
 void AvahiLoop::async(Task task)
 {
-    {
-        const std::lock_guard lock(mutex_);
-        tasks_.push_back(std::move(task));
-    }
-    ::eventfd_write(tasksWaiting_.get(), 1);
+    const std::lock_guard lock(mutex_);
+    tasks_.push_back(std::move(task));
+    signal();
 }
 
 void AvahiLoop::finish(Task last)
@@ -58,8 +47,8 @@ void AvahiLoop::finish(Task last)
     {
         const std::lock_guard lock(mutex_);
         last_ = std::move(last);
+        signal();
     }
-    ::eventfd_write(tasksWaiting_.get(), 1);
     if (ended_.get_future().wait_for(longestWaitForEnd) == std::future_status::ready) {
         thread_.join();
     } else {
@@ -67,19 +56,53 @@ void AvahiLoop::finish(Task last)
     }
 }
 
-void AvahiLoop::wakeAfter(Duration delay, Task task)
+void AvahiLoop::signal()
 {
-    wake_ = Wake{clock_.now() + delay, std::move(task)};
+    if (tasksWaiting_.isOpen()) ::eventfd_write(tasksWaiting_.get(), 1);
+}
+
+const AvahiPoll* AvahiLoop::poll() const
+{
+    return poll_ ? avahi_simple_poll_get(poll_.get()) : nullptr;
+}
+
+void AvahiLoop::wakeAfter(const void* who, Duration delay, Task task)
+{
+    wakes_[who] = Wake{clock_.now() + delay, std::move(task)};
 }
 
 void AvahiLoop::run()
 {
     do {
-        if (avahi_simple_poll_iterate(poll_.get(), millisecondsToWake()) < 0) {
-            std::this_thread::sleep_for(pauseAfterFailure);
-        }
-        runDueTask();
+        waitForEvents();
+        runDueTasks();
     } while (runTasks());
+}
+
+void AvahiLoop::waitForEvents()
+{
+    // Tasks that were given before it was open have signalled nothing.
+    if (!poll_ && open()) return;
+    if (!poll_ || avahi_simple_poll_iterate(poll_.get(), millisecondsToWake()) < 0) {
+        std::this_thread::sleep_for(pauseAfterFailure);
+    }
+}
+
+/// False while there are no descriptors to be had.
+bool AvahiLoop::open()
+{
+    FileDescriptor event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    std::unique_ptr<AvahiSimplePoll, FreePoll> poll(avahi_simple_poll_new());
+    if (!event.isOpen() || !poll) return false;
+    const AvahiPoll* const interface = avahi_simple_poll_get(poll.get());
+    if (interface->watch_new(interface, event.get(), AVAHI_WATCH_IN, clearEvent, nullptr)
+        == nullptr) {
+        return false;
+    }
+    poll_ = std::move(poll);
+    const std::lock_guard lock(mutex_);
+    tasksWaiting_ = std::move(event);
+    return true;
 }
 
 /// False after the last task.
@@ -93,29 +116,40 @@ bool AvahiLoop::runTasks()
         last.swap(last_);
     }
     if (last) {
-        last();
+        attempt(last);
         return false;
     }
     for (const Task& task : tasks) {
-        task();
+        attempt(task);
     }
     return true;
 }
 
-void AvahiLoop::runDueTask()
+void AvahiLoop::runDueTasks()
 {
-    if (!wake_ || wake_->due > clock_.now()) return;
-    const Task task = std::move(wake_->task);
-    wake_.reset();
-    task();
+    const TimePoint now = clock_.now();
+    for (auto wake = nextWake(); wake != wakes_.end() && wake->second.due <= now;
+         wake = nextWake()) {
+        const Task task = std::move(wake->second.task);
+        wakes_.erase(wake);
+        attempt(task);
+    }
 }
 
-int AvahiLoop::millisecondsToWake() const
+AvahiLoop::Wakes::iterator AvahiLoop::nextWake()
+{
+    return std::min_element(wakes_.begin(), wakes_.end(),
+        [](const auto& left, const auto& right) { return left.second.due < right.second.due; });
+}
+
+int AvahiLoop::millisecondsToWake()
 {
     constexpr int forever = -1;
     constexpr std::chrono::milliseconds longest(std::numeric_limits<int>::max());
-    if (!wake_) return forever;
-    const auto remaining = std::chrono::ceil<std::chrono::milliseconds>(wake_->due - clock_.now());
+    const auto next = nextWake();
+    if (next == wakes_.end()) return forever;
+    const auto remaining
+        = std::chrono::ceil<std::chrono::milliseconds>(next->second.due - clock_.now());
     return static_cast<int>(
         std::clamp(remaining, std::chrono::milliseconds::zero(), longest).count());
 }

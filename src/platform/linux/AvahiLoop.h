@@ -3,11 +3,13 @@
 #include "platform/Clock.h"
 #include "platform/linux/FileDescriptor.h"
 
+#include <QtGlobal>
+
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,13 +29,24 @@ class AvahiLoop : public std::enable_shared_from_this<AvahiLoop> {
 public:
     using Task = std::function<void()>;
 
-    /// `label` names the thread. Throws std::system_error when there are no descriptors or threads
-    /// to be had. finish() must be called in the end.
+    /// `label` names the thread. Throws std::system_error when there is no thread to be had.
+    /// finish() must be called in the end.
     [[nodiscard]] static std::shared_ptr<AvahiLoop> start(const std::string& label);
 
     AvahiLoop(const AvahiLoop&) = delete;
     AvahiLoop& operator=(const AvahiLoop&) = delete;
     ~AvahiLoop() = default;
+
+    /// Runs a task, or the handling of an event of Avahi's, which is C and knows no exceptions.
+    /// What is thrown, such as for a lack of memory, ends up on the standard error.
+    template <typename Function> static void attempt(const Function& function)
+    {
+        try {
+            function();
+        } catch (const std::exception& error) {
+            qCritical("DNS-SD: %s", error.what());
+        }
+    }
 
     /// Runs `task` on the loop's thread. Any thread.
     void async(Task task);
@@ -44,11 +57,12 @@ public:
 
     // For what runs on the loop's thread.
 
-    [[nodiscard]] const AvahiPoll* poll() const { return avahi_simple_poll_get(poll_.get()); }
-    /// Runs `task` once after `delay`, in place of one that was set before. Avahi's own timers go
-    /// by the time of day, which may be set back.
-    void wakeAfter(Duration delay, Task task);
-    void cancelWake() { wake_.reset(); }
+    /// Null while there are no descriptors to be had.
+    [[nodiscard]] const AvahiPoll* poll() const;
+    /// Runs `task` once after `delay`, in place of one that `who` has set before. Avahi's own
+    /// timers go by the time of day, which may be set back.
+    void wakeAfter(const void* who, Duration delay, Task task);
+    void cancelWake(const void* who) { wakes_.erase(who); }
 
 private:
     struct FreePoll {
@@ -58,21 +72,27 @@ private:
         TimePoint due;
         Task task;
     };
+    using Wakes = std::map<const void*, Wake>;
 
-    AvahiLoop();
+    AvahiLoop() = default;
     void run();
+    void waitForEvents();
+    [[nodiscard]] bool open();
+    void signal();
     [[nodiscard]] bool runTasks();
-    void runDueTask();
-    [[nodiscard]] int millisecondsToWake() const;
+    void runDueTasks();
+    [[nodiscard]] Wakes::iterator nextWake();
+    [[nodiscard]] int millisecondsToWake();
 
-    FileDescriptor tasksWaiting_; ///< an eventfd that ends the wait for events
-    std::unique_ptr<AvahiSimplePoll, FreePoll> poll_;
-    std::optional<Wake> wake_;
+    Wakes wakes_;
     SteadyClock clock_;
 
-    std::mutex mutex_; ///< for the tasks
+    std::mutex mutex_;            ///< for the tasks and their event
+    FileDescriptor tasksWaiting_; ///< an eventfd that ends the wait for events
     std::vector<Task> tasks_;
     Task last_;
+
+    std::unique_ptr<AvahiSimplePoll, FreePoll> poll_; ///< watches the event
 
     std::promise<void> ended_;
     std::thread thread_;

@@ -19,7 +19,7 @@ void AvahiSession::open()
 void AvahiSession::close()
 {
     isOpen_ = false;
-    loop_.cancelWake();
+    loop_.cancelWake(this);
     user_.clientIsGone();
     client_.reset();
 }
@@ -36,17 +36,18 @@ void AvahiSession::fail(int avahiError)
     reportLoss(avahiError);
     // This may be one of the client's own calls, and so is no time to free it.
     loop_.async([this] { dropFailedClient(); });
-    loop_.wakeAfter(retryInterval_, [this] { connect(); });
+    loop_.wakeAfter(this, retryInterval_, [this] { connect(); });
 }
 
 void AvahiSession::connect()
 {
     client_.reset();
     hasFailed_ = false;
-    int error = AVAHI_OK;
+    int error = AVAHI_ERR_OS;
     // Without a daemon the client waits for one. It fails without a bus, and when the daemon goes.
-    client_.reset(
-        avahi_client_new(loop_.poll(), AVAHI_CLIENT_NO_FAIL, clientChanged, this, &error));
+    if (const AvahiPoll* const poll = loop_.poll()) {
+        client_.reset(avahi_client_new(poll, AVAHI_CLIENT_NO_FAIL, clientChanged, this, &error));
+    }
     if (!client_) fail(error);
 }
 
@@ -58,7 +59,7 @@ void AvahiSession::dropFailedClient()
 // Comes for the first time before avahi_client_new() returns.
 void AvahiSession::clientChanged(AvahiClient* client, AvahiClientState state, void* session)
 {
-    static_cast<AvahiSession*>(session)->handle(client, state);
+    AvahiLoop::attempt([&] { static_cast<AvahiSession*>(session)->handle(client, state); });
 }
 
 void AvahiSession::handle(AvahiClient* client, AvahiClientState state)
