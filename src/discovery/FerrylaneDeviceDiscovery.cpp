@@ -22,7 +22,7 @@ constexpr qsizetype longestNames = 1000;
 
 FerrylaneDeviceDiscovery::Parts FerrylaneDeviceDiscovery::Parts::ofSystem(
     platform::SerialQueue& mainQueue, const platform::Clock& clock,
-    std::shared_ptr<const platform::AnnouncedName> ownService)
+    const std::shared_ptr<const platform::AnnouncedName>& ownService)
 {
     return {mainQueue, clock, std::make_unique<platform::ThreadQueue>("ferrylane.mac.discovery"),
         [ownService] { return platform::ServiceBrowser::create(ownService); },

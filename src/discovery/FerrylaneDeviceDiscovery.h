@@ -50,7 +50,7 @@ public:
         /// The ones of the running system. What is announced as `ownService` is not browsed for.
         [[nodiscard]] static Parts ofSystem(platform::SerialQueue& mainQueue,
             const platform::Clock& clock,
-            std::shared_ptr<const platform::AnnouncedName> ownService);
+            const std::shared_ptr<const platform::AnnouncedName>& ownService);
     };
 
     explicit FerrylaneDeviceDiscovery(Parts parts);

@@ -1,4 +1,5 @@
-#include "pairing/PairedTargets.h"
+#include "discovery/DiscoveryProtocol.h"
+#include "platform/DatagramSocket.h"
 #include "support/Host.h"
 #include "support/QtPrinting.h"
 #include "support/TestFiles.h"
@@ -9,6 +10,13 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
+
+#include <arpa/inet.h>
+#include <netinet/ip.h>
+#include <netinet/udp.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 // The program on one computer, the command-line phone on another, a cable between.
 
@@ -84,6 +92,13 @@ protected:
         return computer_->home().path() + u"/.local/share/Ferrylane/paired-targets-v2.json"_s;
     }
 
+    void pairWithPixel8At(const QByteArray& address) const
+    {
+        support::writeFile(pairedTargetsFile(),
+            R"([{"name":"pixel 8","baseURL":"http://)" + address + R"(:8787","keyB64":")"
+                + QByteArray(43, 'A') + R"("}])");
+    }
+
     [[nodiscard]] bool isPairedAt(const QByteArray& address) const
     {
         // The writer may put a backslash before each slash.
@@ -125,13 +140,83 @@ TEST_F(TwoHosts, findEachOtherAndSendFilesBothWays)
 
 TEST_F(TwoHosts, followThePhoneToItsNewAddress)
 {
-    support::writeFile(pairedTargetsFile(),
-        R"([{"name":"pixel 8","baseURL":"http://192.168.77.99:8787","keyB64":")"
-            + QByteArray(43, 'A') + R"("}])");
+    pairWithPixel8At("192.168.77.99");
     EXPECT_TRUE(isPairedAt("192.168.77.2"));
     phone_->setAddress(u"192.168.77.3"_s);
     EXPECT_TRUE(isPairedAt("192.168.77.3"));
     EXPECT_TRUE(logHas("Updated paired address for pixel 8: http://192.168.77.3:8787"));
+}
+
+/// Sends datagrams from UDP port 8789 of any host, in the network of the thread that makes it.
+class Forger {
+public:
+    Forger() = default;
+    ~Forger() { close(socket_); }
+    Forger(const Forger&) = delete;
+    Forger& operator=(const Forger&) = delete;
+
+    void send(std::uint32_t from, const platform::Endpoint& to, const QByteArray& content) const
+    {
+        iphdr ip{};
+        ip.version = 4;
+        ip.ihl = sizeof ip / 4;
+        ip.ttl = 64;
+        ip.protocol = IPPROTO_UDP;
+        ip.saddr = htonl(from);
+        ip.daddr = htonl(to.address);
+        udphdr udp{};
+        udp.source = htons(ferrylane::discoveryPort);
+        udp.dest = htons(to.port);
+        udp.len = htons(static_cast<std::uint16_t>(qsizetype{sizeof udp} + content.size()));
+        const QByteArray packet = QByteArray(reinterpret_cast<const char*>(&ip), sizeof ip)
+            + QByteArray(reinterpret_cast<const char*>(&udp), sizeof udp) + content;
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = ip.daddr;
+        EXPECT_EQ(sendto(socket_, packet.constData(), static_cast<std::size_t>(packet.size()), 0,
+                      reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            packet.size());
+    }
+
+private:
+    int socket_ = socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_RAW);
+};
+
+TEST_F(TwoHosts, areNotKeptApartByAHostileNeighbour)
+{
+    using ferrylane::discoveryPort;
+    using platform::DatagramSocket;
+    constexpr platform::Endpoint computer{0xC0A84D01, discoveryPort};
+    const QByteArray request = ferrylane::discoveryRequest.toByteArray();
+    pairWithPixel8At("192.168.77.2");
+    std::thread([&] {
+        phone_->enterNetwork();
+        const Forger neighbour;
+        std::array<std::byte, 100> buffer{};
+        // 300 requests a second from hosts that do not exist, and two of a phone.
+        const auto phone = DatagramSocket::unbound(std::chrono::milliseconds(600));
+        for (unsigned i = 1; i <= 400; ++i) {
+            for (unsigned j = 0; j < 3; ++j) {
+                neighbour.send(0xC0A84D0A + (3 * i + j) % 240, computer, request);
+            }
+            if (i % 50 == 0) {
+                phone->send(platform::bytesOf(request), computer);
+                EXPECT_EQ(phone->receive(buffer).source, computer) << i;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        // Another host answers under the phone's name.
+        const auto listener = DatagramSocket::bound(discoveryPort, support::patience);
+        for (int scans = 0; scans < 3;) {
+            const auto source = listener->receive(buffer).source;
+            if (source.address != computer.address) continue;
+            neighbour.send(0xC0A84D42, source, ferrylane::discoveryReply(u"PIXEL 8"_s, 9));
+            ++scans;
+        }
+    }).join();
+    EXPECT_TRUE(logHas("More than one device calls itself pixel 8"));
+    EXPECT_TRUE(isPairedAt("192.168.77.2"));
+    EXPECT_FALSE(computer_->home().log().contains("Updated paired address"));
 }
 
 TEST_F(TwoHosts, outlastALostLinkAndALostDaemon)
