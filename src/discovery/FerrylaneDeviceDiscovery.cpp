@@ -3,7 +3,6 @@
 #include "core/DeviceName.h"
 #include "core/Log.h"
 #include "core/Service.h"
-#include "core/Text.h"
 #include "discovery/UdpScanner.h"
 #include "pairing/DisplayName.h"
 #include "platform/ThreadQueue.h"
@@ -15,7 +14,7 @@ namespace ferrylane {
 namespace {
 
 constexpr platform::Duration scanPeriod = std::chrono::seconds(3);
-/// Of names in a line of the log; the neighbours choose them.
+/// UTF-16 units of names in a line of the log; the neighbours choose them.
 constexpr qsizetype longestNames = 1000;
 
 } // namespace
@@ -137,10 +136,8 @@ void FerrylaneDeviceDiscovery::logNames(const QStringList& names)
     if (loggedNames_ == names) return;
     loggedNames_ = names;
     const QString all = names.join(QStringLiteral(", "));
-    const QString told = longerThan(all, longestNames)
-        ? QStringLiteral("%1… (%2 in all)")
-              .arg(firstCharacters(all, longestNames))
-              .arg(names.size())
+    const QString told = all.size() > longestNames
+        ? QStringLiteral("%1… (%2 in all)").arg(all.first(longestNames)).arg(names.size())
         : all;
     flLog(QStringLiteral("Nearby devices: ") + told);
 }

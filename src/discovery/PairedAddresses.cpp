@@ -3,6 +3,8 @@
 #include "core/Log.h"
 #include "pairing/PairedTargets.h"
 
+#include <utility>
+
 namespace ferrylane {
 
 void PairedAddresses::claim(const DiscoveryReply& reply, const platform::Endpoint& source)

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include <sched.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace platform {
@@ -258,6 +259,25 @@ TEST_F(DnsSdTest, ComesBackWithBusAndDaemon)
     EXPECT_EQ(publisher.log.all().size(), 2 * count);
     EXPECT_EQ(browser.failures.all().size(), count);
     EXPECT_EQ(browser.results.all().size(), 2 * count - 1) << "a change has been told twice";
+}
+
+TEST_F(DnsSdTest, WaitsForDescriptors)
+{
+    startAll();
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const int firstFree = dup(0);
+    close(firstFree);
+    const rlimit none{static_cast<rlim_t>(firstFree), usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    Publisher publisher;
+    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
+    const Browser browser;
+    EXPECT_TRUE(waitUntil(
+        [&] { return !publisher.log.all().isEmpty() && !browser.failures.all().isEmpty(); }));
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_TRUE(browser.finds({QStringLiteral("Desk")}));
+    EXPECT_EQ(browser.failures.all().size(), 1);
 }
 
 TEST_F(DnsSdTest, LetsNobodyWaitForADaemonThatHangs)

@@ -1,6 +1,7 @@
 #include "platform/linux/AvahiFinder.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace platform {

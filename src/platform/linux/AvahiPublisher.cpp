@@ -2,6 +2,10 @@
 
 #include "platform/linux/AvahiAnnouncer.h"
 
+#include <mutex>
+#include <system_error>
+#include <utility>
+
 namespace platform {
 
 namespace {
