@@ -256,17 +256,6 @@ TEST_F(DeviceDiscovery, publishesOneEmptyListWhenStopped)
     EXPECT_EQ(queue_->delayedCount(), 1U);
 }
 
-TEST_F(DeviceDiscovery, isSilentOnceItHasGone)
-{
-    network_.replies = {{u"a"_s, 1}};
-    discovery_->start();
-    queue_->runAll();
-    discovery_->stop();
-    discovery_.reset();
-    mainQueue_.runAll();
-    EXPECT_EQ(published_, QStringList());
-}
-
 TEST_F(DeviceDiscovery, endsAtAnyMomentOfItsFirstLook)
 {
     network_.replies = {{u"a"_s, 1}};

@@ -1,5 +1,3 @@
-#include "discovery/DiscoveryProtocol.h"
-#include "platform/DatagramSocket.h"
 #include "support/Host.h"
 #include "support/QtPrinting.h"
 #include "support/TestFiles.h"
@@ -10,13 +8,6 @@
 
 #include <cstdlib>
 #include <stdexcept>
-#include <thread>
-
-#include <arpa/inet.h>
-#include <netinet/ip.h>
-#include <netinet/udp.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 // The program on one computer, the command-line phone on another, a cable between.
 
@@ -147,73 +138,34 @@ TEST_F(TwoHosts, followThePhoneToItsNewAddress)
     EXPECT_TRUE(logHas("Updated paired address for pixel 8: http://192.168.77.3:8787"));
 }
 
-/// Sends datagrams from UDP port 8789 of any host, in the network of the thread that makes it.
-class Forger {
-public:
-    Forger() = default;
-    ~Forger() { close(socket_); }
-    Forger(const Forger&) = delete;
-    Forger& operator=(const Forger&) = delete;
-
-    void send(std::uint32_t from, const platform::Endpoint& to, const QByteArray& content) const
-    {
-        iphdr ip{};
-        ip.version = 4;
-        ip.ihl = sizeof ip / 4;
-        ip.ttl = 64;
-        ip.protocol = IPPROTO_UDP;
-        ip.saddr = htonl(from);
-        ip.daddr = htonl(to.address);
-        udphdr udp{};
-        udp.source = htons(ferrylane::discoveryPort);
-        udp.dest = htons(to.port);
-        udp.len = htons(static_cast<std::uint16_t>(qsizetype{sizeof udp} + content.size()));
-        const QByteArray packet = QByteArray(reinterpret_cast<const char*>(&ip), sizeof ip)
-            + QByteArray(reinterpret_cast<const char*>(&udp), sizeof udp) + content;
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = ip.daddr;
-        EXPECT_EQ(sendto(socket_, packet.constData(), static_cast<std::size_t>(packet.size()), 0,
-                      reinterpret_cast<const sockaddr*>(&address), sizeof address),
-            packet.size());
-    }
-
-private:
-    int socket_ = socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_RAW);
-};
-
 TEST_F(TwoHosts, areNotKeptApartByAHostileNeighbour)
 {
-    using ferrylane::discoveryPort;
-    using platform::DatagramSocket;
-    constexpr platform::Endpoint computer{0xC0A84D01, discoveryPort};
-    const QByteArray request = ferrylane::discoveryRequest.toByteArray();
     pairWithPixel8At("192.168.77.2");
-    std::thread([&] {
-        phone_->enterNetwork();
-        const Forger neighbour;
-        std::array<std::byte, 100> buffer{};
-        // 300 requests a second from hosts that do not exist, and two of a phone.
-        const auto phone = DatagramSocket::unbound(std::chrono::milliseconds(600));
-        for (unsigned i = 1; i <= 400; ++i) {
-            for (unsigned j = 0; j < 3; ++j) {
-                neighbour.send(0xC0A84D0A + (3 * i + j) % 240, computer, request);
-            }
-            if (i % 50 == 0) {
-                phone->send(platform::bytesOf(request), computer);
-                EXPECT_EQ(phone->receive(buffer).source, computer) << i;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        // Another host answers under the phone's name.
-        const auto listener = DatagramSocket::bound(discoveryPort, support::patience);
-        for (int scans = 0; scans < 3;) {
-            const auto source = listener->receive(buffer).source;
-            if (source.address != computer.address) continue;
-            neighbour.send(0xC0A84D42, source, ferrylane::discoveryReply(u"PIXEL 8"_s, 9));
-            ++scans;
-        }
-    }).join();
+    // 300 requests a second from hosts that do not exist, and two of a phone. Then another host
+    // answers under the phone's name.
+    const auto neighbour = phone_->run(u"/usr/bin/python3"_s, {u"-c"_s, uR"(
+from socket import *
+import struct, time
+raw = socket(AF_INET, SOCK_RAW, IPPROTO_RAW)
+def forge(host, to, content):
+    raw.sendto(struct.pack('!BBHHHBBH4s4sHHHH', 0x45, 0, 0, 0, 0, 64, 17, 0, inet_aton(host),
+        inet_aton(to[0]), 8789, to[1], 8 + len(content), 0) + content, to)
+computer, request = ('192.168.77.1', 8789), b'FERRYLANE_DISCOVER_V1'
+phone = socket(AF_INET, SOCK_DGRAM)
+phone.settimeout(0.6)
+for i in range(1200):
+    forge('192.168.77.%d' % (10 + i % 240), computer, request)
+    time.sleep(1 / 300)
+    if i % 150 == 149:
+        phone.sendto(request, computer)
+        assert phone.recvfrom(512)[1] == computer
+listener = socket(AF_INET, SOCK_DGRAM)
+listener.setsockopt(SOL_SOCKET, SO_REUSEPORT, 1)
+listener.bind(('', 8789))
+for scan in range(3):
+    forge('192.168.77.66', listener.recvfrom(512)[1], b'FERRYLANE_HERE_V1|PIXEL 8|9')
+)"_s});
+    EXPECT_EQ(neighbour.exitCode, 0) << neighbour.errors.constData();
     EXPECT_TRUE(logHas("More than one device calls itself pixel 8"));
     EXPECT_TRUE(isPairedAt("192.168.77.2"));
     EXPECT_FALSE(computer_->home().log().contains("Updated paired address"));

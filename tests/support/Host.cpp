@@ -78,11 +78,6 @@ void Host::setAddress(const QString& address) const
     ip(QStringLiteral("route replace default dev eth0"));
 }
 
-void Host::enterNetwork() const
-{
-    entering(namespaceOf(holder_.processId()))();
-}
-
 Outcome Host::run(const QString& program, const QStringList& arguments) const
 {
     const QTemporaryDir streams;

@@ -36,9 +36,6 @@ public:
         const QStringList& arguments) const;
     [[nodiscard]] QByteArray outputOf(const QString& label) const;
 
-    /// Moves the calling thread into the host's network; ends the process when it cannot.
-    void enterNetwork() const;
-
     [[nodiscard]] const PrivateHome& home() const { return home_; }
     [[nodiscard]] PrivateAvahi& avahi() { return *avahi_; }
 
