@@ -77,9 +77,9 @@ private:
     std::shared_ptr<bool> isThere_ = std::make_shared<bool>(true);
     PairingScanner scanner_;
     std::unique_ptr<CameraPanel> panel_;
-    std::unique_ptr<Camera> camera_;
     platform::TimePoint lastShown_{};          ///< on the camera's thread
     std::atomic<bool> isFrameWaiting_ = false; ///< to be shown
+    std::unique_ptr<Camera> camera_;           ///< last: its thread uses the others
 };
 
 } // namespace ferrylane

@@ -77,7 +77,7 @@ private:
     FileSender fileSender_;
     /// Calls that are under way to the main queue look whether it is still there.
     std::shared_ptr<const int> alive_ = std::make_shared<const int>(0);
-    platform::ThreadQueue workerQueue_{"ferrylane.mac.sender.worker"};
+    platform::ThreadQueue workerQueue_{"ferrylane.mac.sender.worker"}; ///< last: its job uses all
 };
 
 } // namespace ferrylane

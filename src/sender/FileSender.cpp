@@ -71,6 +71,7 @@ bool FileSender::sendBody(
     PhoneConnection& phone, SourceFile& file, RecordSealer sealer, SendProgress& progress)
 {
     hasher_.reset();
+    chunk_.consume(chunk_.size()); // of a send that ended early
     progress.start(file.size());
     qint64 sentBytes = 0;
     for (std::size_t turn = 0;; turn = 1 - turn) {

@@ -53,10 +53,10 @@ private:
     Cancellation& cancellation_;
     const SendTimes& times_;
 
-    PieceHasher hasher_;
     // Two in turn: while one is read into, the other may still be being hashed.
     std::array<platform::ByteBuffer, 2> pieces_;
     platform::ByteBuffer chunk_;
+    PieceHasher hasher_; ///< last: its thread reads the pieces, also those of a send that failed
 };
 
 } // namespace ferrylane

@@ -19,7 +19,7 @@ public:
     PieceHasher& operator=(const PieceHasher&) = delete;
 
     /// Waits for the piece before, and begins with this one, which must stay as it is until the
-    /// next call has returned.
+    /// next call or the destructor has returned.
     void update(platform::ByteView piece);
     /// The digest of all pieces. The next piece begins a new one.
     [[nodiscard]] platform::Sha256Digest finish();

@@ -310,8 +310,8 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
                 std::this_thread::sleep_for(500ms);
                 return true;
             }},
-        {"chunk", stalling.baseURL(), [&] { return waiting.load(); }},
         {"answer", silent.baseURL(), [&] { return waiting.load(); }},
+        {"chunk", stalling.baseURL(), [&] { return waiting.load(); }},
     };
     for (const auto& row : rows) {
         waiting = false;
@@ -323,6 +323,16 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
         EXPECT_EQ(outcome(), QStringLiteral("2431 Transfer stopped.")) << row.name;
         EXPECT_LT(clock_.now() - start, promptness) << row.name;
     }
+    // Of the record that was being sent nothing is left for the next file: two records of 24 bytes
+    // and their plaintext, and their chunks.
+    QByteArray body;
+    FakePhone taking([&](Upload& upload) {
+        body = upload.body();
+        upload.answer(httpAnswer("200 OK", "OK SHA256"));
+    });
+    EXPECT_EQ(send({folders_.file(QStringLiteral("x"), "x")}, target(taking.baseURL())),
+        QStringLiteral("1"));
+    EXPECT_EQ(body.size(), (4 + 24 + 1 + 2) + (4 + 24 + 32 + 2) + 5);
 }
 
 TEST_F(FerrylaneV4SenderTest, cancellingWithoutAJobChangesNothing)
