@@ -1,7 +1,7 @@
 #include "platform/ByteBuffer.h"
 
 #include <algorithm>
-#include <cassert>
+#include <cstdlib>
 #include <utility>
 
 namespace platform {
@@ -24,9 +24,15 @@ void ByteBuffer::append(ByteView bytes)
     commit(bytes.size());
 }
 
+void ByteBuffer::commit(std::size_t count)
+{
+    if (count > capacity_ - end_) std::abort();
+    end_ += count;
+}
+
 void ByteBuffer::consume(std::size_t count)
 {
-    assert(count <= size());
+    if (count > size()) std::abort();
     begin_ += count;
     if (begin_ == end_) {
         begin_ = end_ = 0;

@@ -11,6 +11,8 @@ namespace platform {
 /// buffer goes.
 ///
 /// Consuming moves nothing: a view from unread() stays valid until the next prepare() or append().
+///
+/// More than there is room for or unread ends the program: what follows would be others' memory.
 class ByteBuffer {
 public:
     ByteBuffer() = default;
@@ -31,9 +33,10 @@ public:
     /// Room for exactly `count` more bytes behind the unread ones; follow it by commit().
     [[nodiscard]] MutableByteView prepare(std::size_t count);
     /// Makes the first `count` bytes of the room given by prepare() unread.
-    void commit(std::size_t count) { end_ += count; }
+    void commit(std::size_t count);
 
     void append(ByteView bytes);
+    /// Lets go of the first `count` unread bytes.
     void consume(std::size_t count);
 
 private:

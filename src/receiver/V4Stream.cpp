@@ -3,7 +3,7 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 
-#include <cassert>
+#include <stdexcept>
 
 namespace ferrylane {
 
@@ -61,8 +61,11 @@ RecordSealer::RecordSealer(const platform::SecretKey& key, V4Transfer transfer)
 
 void RecordSealer::appendDataRecord(ByteView plaintext, ByteBuffer& out)
 {
-    assert(!plaintext.empty() && plaintext.size() <= maximumRecordPlaintext);
-    assert(recordCount_ != finalRecordIndex);
+    if (plaintext.empty() || plaintext.size() > maximumRecordPlaintext) {
+        throw std::length_error("a record of no or too many bytes");
+    }
+    // Its nonce would be the final record's, and the next one's that of the first.
+    if (recordCount_ == finalRecordIndex) throw std::length_error("too many records");
     appendRecord(recordCount_, dataRecordAssociatedData(transfer_, recordCount_, plaintext.size()),
         plaintext, out);
     ++recordCount_;

@@ -48,7 +48,8 @@ public:
     RecordSealer(const platform::SecretKey& key, V4Transfer transfer);
 
     /// Appends the next data record to `out`: 1 to 1048576 bytes of plaintext, and at most
-    /// 4294967295 records.
+    /// 4294967295 records. Throws std::length_error beyond that, for a nonce must not be used
+    /// twice.
     void appendDataRecord(platform::ByteView plaintext, platform::ByteBuffer& out);
     /// Appends the final record, 56 bytes; nothing may follow it.
     void appendFinalRecord(const platform::Sha256Digest& digest, platform::ByteBuffer& out);

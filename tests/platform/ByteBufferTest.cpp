@@ -29,6 +29,15 @@ TEST(ByteBuffer, keepsTheOrderThroughGrowingAndMoving)
     }
 }
 
+TEST(ByteBufferDeathTest, endsTheProgramRatherThanTouchMemoryOfOthers)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ByteBuffer buffer;
+    append(buffer, "abc");
+    EXPECT_DEATH(buffer.consume(4), "");
+    EXPECT_DEATH(buffer.commit(buffer.prepare(100).size() + 100), "");
+}
+
 TEST(ByteBuffer, consumingLeavesViewsAsTheyAre)
 {
     ByteBuffer buffer;

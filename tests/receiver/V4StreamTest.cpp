@@ -21,6 +21,18 @@ TEST(V4Stream, bindsEveryRecordToItsTransfer)
         "Ferrylane-v4-final\n0123456789abcdef\nn\xC3\xA4me 1.txt\n-1\n2\n5000000000");
 }
 
+TEST(V4Stream, neverSealsWhatIsNoRecord)
+{
+    RecordSealer sealer(support::testKey(), support::testTransfer(0));
+    platform::ByteBuffer out;
+    for (const std::size_t length : {std::size_t{0}, maximumRecordPlaintext + 1}) {
+        const std::vector<std::byte> plaintext(length);
+        EXPECT_THROW(sealer.appendDataRecord(plaintext, out), std::length_error) << length;
+    }
+    EXPECT_TRUE(out.empty());
+    EXPECT_EQ(sealer.recordCount(), 0U);
+}
+
 TEST(V4Stream, countsInTheNonceAsBigEndian)
 {
     const NoncePrefix prefix = support::testTransfer(0).noncePrefix;
