@@ -1,29 +1,10 @@
 // Where the flows of the application show things and ask: the windows that AppDelegate owns.
 
 #include "app/AppDelegate.h"
-#include "app/Appearance.h"
 #include "app/AskDialog.h"
 #include "app/FerrylaneActionButton.h"
 
-#include <QMessageBox>
-
 namespace ferrylane {
-
-namespace {
-
-/// Deletes itself when it is closed.
-QMessageBox* makeAlert(const QString& title, const QString& text, QWidget* parent)
-{
-    auto* const box = new QMessageBox(QMessageBox::NoIcon, QStringLiteral("Ferrylane"),
-        wrappableText(title), QMessageBox::Ok, parent);
-    box->setIconPixmap(applicationIcon().pixmap(scaled(QSize(48, 48))));
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(wrappableText(text));
-    return box;
-}
-
-} // namespace
 
 void AppDelegate::setStatusTitle(const QString& title)
 {
@@ -63,12 +44,17 @@ SendChoice AppDelegate::chooseReceiver(const QString& question, const QList<Send
 
 void AppDelegate::alert(const QString& title, const QString& text)
 {
-    makeAlert(title, text, panel_.get())->exec();
+    AskDialog dialog(panel_.get(), title, text);
+    dialog.addButton(QStringLiteral("OK"));
+    dialog.exec();
 }
 
 void AppDelegate::inform(const QString& title, const QString& text)
 {
-    makeAlert(title, text, panel_.get())->open();
+    auto* const dialog = new AskDialog(panel_.get(), title, text);
+    dialog->addButton(QStringLiteral("OK"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
 }
 
 bool AppDelegate::pairsWithoutCamera(const QString& title, const QString& text)

@@ -1,5 +1,7 @@
 #include "app/Appearance.h"
 
+#include "core/Text.h"
+
 #include <QApplication>
 #include <QCursor>
 #include <QHelpEvent>
@@ -138,7 +140,11 @@ QString wrappableText(const QString& text)
 {
     // By characters and not by their halves. U+200B is a place to break that cannot be seen.
     static const QRegularExpression longRun(QStringLiteral("(\\S{24})(?=\\S)"));
-    return QString(text).replace(longRun, QStringLiteral("\\1\u200B"));
+    QStringList lines = text.split(u'\n');
+    for (QString& line : lines) {
+        line = textForWindow(line).replace(longRun, QStringLiteral("\\1\u200B"));
+    }
+    return lines.join(u'\n');
 }
 
 QPoint toolTipPosition(const QEvent& event)

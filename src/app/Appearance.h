@@ -59,7 +59,8 @@ void place(QWidget& widget, const Place& where, double parentHeight);
 void setTextColor(QWidget& widget, const QColor& color);
 /// Plain text as a tool tip shows it: a file name never becomes markup.
 [[nodiscard]] QString toolTipText(const QString& text);
-/// The same for a label that wraps its lines: a long name without blanks gets places to break.
+/// The same for a label that wraps its lines: each as textForWindow() has it, and with places to
+/// break in a long name without blanks.
 [[nodiscard]] QString wrappableText(const QString& text);
 /// Where the tool tip belongs that an event of type QEvent::ToolTip asks for.
 [[nodiscard]] QPoint toolTipPosition(const QEvent& event);

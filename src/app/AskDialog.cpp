@@ -2,6 +2,7 @@
 
 #include "app/FerrylaneActionButton.h"
 #include "app/PanelWindow.h"
+#include "core/Text.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
@@ -25,7 +26,7 @@ AskDialog::AskDialog(QWidget* parent, const QString& message, const QString& inf
         label->setMinimumWidth(scaled(QSize(textWidth, 0)).width());
         layout_->addWidget(label);
     };
-    addLine(message, {13, QFont::Bold, colors::dark});
+    addLine(textForWindow(message), {13, QFont::Bold, colors::dark});
     addLine(information, {12, QFont::Normal, colors::dark});
     buttons_->addStretch();
     layout_->addLayout(buttons_);

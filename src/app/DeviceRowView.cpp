@@ -52,7 +52,8 @@ void DeviceRowView::setRow(const DeviceRow& row)
     const QString action = row.isPaired() ? QStringLiteral("Remove pairing") : QString();
     button_->setToolTip(action);
     button_->setAccessibleName(
-        (row.isPaired() ? action + QStringLiteral(" with ") : QStringLiteral("Pair ")) + row.name);
+        (row.isPaired() ? action + QStringLiteral(" with ") : QStringLiteral("Pair "))
+        + name_->text());
 }
 
 QWidget& DeviceRowView::button() const

@@ -2,6 +2,7 @@
 
 #include "app/Appearance.h"
 #include "app/PaintedButton.h"
+#include "core/Text.h"
 
 #include <QPainter>
 
@@ -37,8 +38,8 @@ FerrylaneActionButton::FerrylaneActionButton(
 
 void FerrylaneActionButton::setTitle(const QString& title)
 {
-    title_ = title;
-    setText(withoutMarks(title));
+    title_ = textForWindow(title);
+    setText(withoutMarks(title_));
 }
 
 void FerrylaneActionButton::setLook(Look look)

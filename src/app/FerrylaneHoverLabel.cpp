@@ -1,6 +1,7 @@
 #include "app/FerrylaneHoverLabel.h"
 
 #include "app/Appearance.h"
+#include "core/Text.h"
 
 #include <QEvent>
 #include <QPainter>
@@ -26,8 +27,8 @@ FerrylaneHoverLabel::FerrylaneHoverLabel(std::function<void()> onClick, QWidget*
 
 void FerrylaneHoverLabel::setLabel(const QString& text)
 {
-    label_ = text;
-    setAccessibleName(text);
+    label_ = textForWindow(text);
+    setAccessibleName(label_);
     updateGeometry();
     update();
 }

@@ -10,6 +10,7 @@
 #include "app/QRCodeButton.h"
 #include "app/SwitchButton.h"
 #include "app/ThinProgressBar.h"
+#include "core/Text.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -180,7 +181,7 @@ void MainPanel::addReceiveStatus()
 
 void MainPanel::setTitle(const QString& title)
 {
-    setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
+    setWindowTitle(textForWindow(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
 void MainPanel::setDeviceName(const QString& name)

@@ -1,6 +1,7 @@
 #include "app/MiddleElidedLabel.h"
 
 #include "app/Appearance.h"
+#include "core/Text.h"
 
 #include <QEvent>
 #include <QPainter>
@@ -11,6 +12,11 @@ namespace ferrylane {
 MiddleElidedLabel::MiddleElidedLabel(QWidget* parent) : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
+}
+
+void MiddleElidedLabel::setText(const QString& text)
+{
+    QLabel::setText(textForWindow(text));
 }
 
 QString MiddleElidedLabel::shownText() const

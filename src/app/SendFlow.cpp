@@ -134,9 +134,10 @@ void SendFlow::failed(const SendError& error)
         with_.views.setSendStatus(QStringLiteral("Transfer stopped"), true);
         return;
     }
-    with_.views.setSendStatus(
-        QStringLiteral("Send failed: ") + onOneLine(error.description()), true);
-    with_.views.alert(QStringLiteral("Transfer failed"), error.description());
+    // The phone's own words may be in it, of any length.
+    const QString reason = textForWindow(error.description());
+    with_.views.setSendStatus(QStringLiteral("Send failed: ") + reason, true);
+    with_.views.alert(QStringLiteral("Transfer failed"), reason);
 }
 
 void SendFlow::record(const Send& send, const QString& result)

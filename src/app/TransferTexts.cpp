@@ -60,7 +60,7 @@ QString progressWindowDoneText()
 QString sendingText(
     int fileIndex, int fileCount, const QString& fileName, double fraction, double speed)
 {
-    return QStringLiteral("Sending %1/%2: ").arg(fileIndex + 1).arg(fileCount) + onOneLine(fileName)
+    return QStringLiteral("Sending %1/%2: ").arg(fileIndex + 1).arg(fileCount) + fileName
         + QStringLiteral("  %1% \u00B7 %2 MB/s").arg(fixed(fraction * 100, 0), fixed(speed, 1));
 }
 
@@ -78,7 +78,7 @@ QString historyText(const FerrylaneTransferLogEntry& entry)
 {
     const QString blanks = QStringLiteral("  ");
     const QString text = entry.date.toLocalTime().toString(QStringLiteral("HH:mm")) + blanks
-        + entry.direction + blanks + onOneLine(entry.fileName);
+        + entry.direction + blanks + entry.fileName;
     return entry.size ? text + QStringLiteral(" \u00B7 ") + fileSizeText(*entry.size) : text;
 }
 

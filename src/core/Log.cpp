@@ -46,7 +46,7 @@ void flLog(const QString& message)
 {
     static std::mutex mutex;
     static QString preparedFolder;
-    const QString text = QStringLiteral("  ") + onOneLine(message);
+    const QString text = QStringLiteral("  ") + textForLog(message);
 
     // The time is taken under the lock, so that the lines stand in the order of their times.
     const std::lock_guard lock(mutex);

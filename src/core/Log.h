@@ -4,9 +4,9 @@
 
 namespace ferrylane {
 
-/// Appends one line to the log: the time in UTC, two blanks, the message. Line breaks and other
-/// control characters in the message are written visibly (see onOneLine()), so that nothing a peer
-/// sends can pass for a line of the log. From any thread; lines never mix.
+/// Appends one line to the log: the time in UTC, two blanks, the message as textForLog() has it, so
+/// that nothing a peer sends can pass for a line of the log or fill it. From any thread; lines
+/// never mix.
 ///
 /// The file is ferrylane.log in logFolder(), both for their owner's eyes only, created when
 /// missing, even while the program runs. It grows without limit. Errors are ignored: there is

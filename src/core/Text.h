@@ -23,10 +23,22 @@ namespace ferrylane {
 /// The first `count` characters, or all when there are fewer.
 [[nodiscard]] QString firstCharacters(const QString& text, qsizetype count);
 
-/// The text on one line: line breaks and other control characters (C0, DEL, C1, U+2028 and U+2029)
-/// become \n, \r, \t or, with the code point in hexadecimal, \u{1B}. A backslash stays as it is:
-/// the result is for people to read, not to be turned back.
+/// The text on one line, in the order in which it stands: line breaks and other control characters
+/// (C0, DEL, C1, U+2028 and U+2029) and those that turn the direction of writing (U+202A to U+202E,
+/// U+2066 to U+2069) become \n, \r, \t or, with the code point in hexadecimal, \u{1B}. A backslash
+/// stays as it is: the result is for people to read, not to be turned back.
 [[nodiscard]] QString onOneLine(const QString& text);
+
+// What others say, a peer's names and answers among it, for people to read: on one line, and no
+// longer than it helps. What is cut off at the end leaves an ellipsis. However long the text, the
+// work is that of the limit.
+
+/// Most characters of a text in a window, and of a line in the log.
+constexpr qsizetype maximumWindowCharacters = 300;
+constexpr qsizetype maximumLogCharacters = 1000;
+
+[[nodiscard]] QString textForWindow(const QString& text);
+[[nodiscard]] QString textForLog(const QString& text);
 
 /// A size in decimal units, as file managers show it: "1 byte", "12 bytes", "1.2 MB". Below 0,
 /// which a damaged file may say, it is none.

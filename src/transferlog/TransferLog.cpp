@@ -62,7 +62,8 @@ QString lineOf(const FerrylaneTransferLogEntry& entry)
     if (!entry.peer.isEmpty()) parts << entry.peer;
     parts << entry.result;
     if (entry.size) parts << fileSizeText(*entry.size);
-    return onOneLine(parts.join(QStringLiteral(" \u00B7 ")));
+    std::transform(parts.begin(), parts.end(), parts.begin(), textForWindow);
+    return parts.join(QStringLiteral(" \u00B7 "));
 }
 
 } // namespace

@@ -63,8 +63,7 @@ void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntri
 void trimFerrylaneTransferLog();
 
 /// For people to read: a line an entry, newest first, times in local time, or one line that there
-/// are none. File and peer names come from others; what would break a line is shown as in
-/// onOneLine().
+/// are none. File and peer names come from others, and each part is as textForWindow() has it.
 [[nodiscard]] QStringList ferrylaneTransferLogLines(
     const QList<FerrylaneTransferLogEntry>& entries);
 

@@ -218,12 +218,12 @@ TEST(TransferTexts, listTheNewestTransfersFirst)
         {date, u"Sent"_s, u"a\nb"_s, u"Pixel"_s, u"Failed"_s, {}},
     };
     auto rows = historyRows(entries);
-    EXPECT_EQ(rows[0], (HistoryRow{u"14:05  Sent  a\\nb"_s, false}));
+    EXPECT_EQ(rows[0], (HistoryRow{u"14:05  Sent  a\nb"_s, false}));
     EXPECT_EQ(rows[2], (HistoryRow{u"\u2014"_s, true}));
     entries.append({date, u"Received"_s, u"x"_s, {}, u"Completed"_s, 1'200'000});
     entries.append({date, u"Received"_s, u"y"_s, {}, u"Completed"_s, 1});
     rows = historyRows(entries);
     EXPECT_EQ(rows[0].text, u"14:05  Received  y \u00B7 1 byte"_s);
     EXPECT_EQ(rows[1].text, u"14:05  Received  x \u00B7 1.2 MB"_s);
-    EXPECT_EQ(rows[2].text, u"14:05  Sent  a\\nb"_s);
+    EXPECT_EQ(rows[2].text, u"14:05  Sent  a\nb"_s);
 }

@@ -1,4 +1,5 @@
 #include "app/Appearance.h"
+#include "app/AskDialog.h"
 #include "app/FerrylaneActionButton.h"
 #include "app/FerrylaneDropView.h"
 #include "app/FerrylaneHoverLabel.h"
@@ -130,6 +131,31 @@ TEST(WrappableText, BreaksLongNamesBetweenCharacters)
     const QString ship = u"\U0001F6A2"_s;
     EXPECT_EQ(wrappableText(ship.repeated(50)),
         ship.repeated(24) + u'\u200B' + ship.repeated(24) + u'\u200B' + ship.repeated(2));
+}
+
+TEST(Windows, ShowTextsOfOthersAsText)
+{
+    const QString hostile = u"<b>x</b> &y\u202Egpj.exe\n"_s + QString(70'000, u'z');
+    const QString expected = u"<b>x</b> &y\\u{202E}gpj.exe\\n"_s;
+    const AskDialog dialog(nullptr, hostile, hostile);
+    MiddleElidedLabel name;
+    name.setText(hostile);
+    QList<const QLabel*> labels{&name};
+    for (const QLabel* const label : dialog.findChildren<QLabel*>()) {
+        labels.append(label);
+    }
+    ASSERT_EQ(labels.size(), 3);
+    for (const QLabel* const label : labels) {
+        EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        // In a text of several lines, a line break is one.
+        EXPECT_TRUE(label->text().startsWith(expected.chopped(2))) << qPrintable(label->text());
+        EXPECT_LE(label->text().remove(u'\u200B').size(), 330);
+    }
+    EXPECT_TRUE(name.text().startsWith(expected));
+    EXPECT_EQ(name.text().size(), 300);
+    const FerrylaneActionButton button(hostile, {});
+    EXPECT_TRUE(button.title().startsWith(expected));
+    EXPECT_EQ(button.title().size(), 300);
 }
 
 } // namespace

@@ -55,8 +55,27 @@ TEST(OneLine, showsWhatWouldBreakIt)
              Row{QString(QChar(0)), "\\u{0}"},
              Row{QStringLiteral("\u001b[31m\u007f"), "\\u{1B}[31m\\u{7F}"},
              Row{QStringLiteral("\u0080\u0085\u009f\u00a0"), "\\u{80}\\u{85}\\u{9F}\u00a0"},
-             Row{QStringLiteral("\u2027\u2028\u2029\u202a"), "\u2027\\u{2028}\\u{2029}\u202a"},
+             Row{QStringLiteral("\u2027\u2028\u2029\u202a"), "\u2027\\u{2028}\\u{2029}\\u{202A}"},
+             Row{QStringLiteral("\u202e\u202f\u2065\u2066\u2069\u206a"),
+                 "\\u{202E}\u202f\u2065\\u{2066}\\u{2069}\u206a"},
          }) {
         EXPECT_EQ(onOneLine(row.text).toUtf8(), QByteArray(row.line));
+        EXPECT_EQ(textForWindow(row.text).toUtf8(), QByteArray(row.line));
     }
+}
+
+TEST(ShortText, isCutByWholeCharacters)
+{
+    const QString family = QStringLiteral("\U0001F468\u200d\U0001F469\u200d\U0001F467");
+    EXPECT_EQ(textForWindow(family.repeated(300)), family.repeated(300));
+    EXPECT_EQ(textForWindow(family.repeated(301)), family.repeated(299) + u'\u2026');
+    EXPECT_EQ(textForLog(QString(1000, u'x')), QString(1000, u'x'));
+    EXPECT_EQ(textForLog(QString(1001, u'x')), QString(999, u'x') + u'\u2026');
+    // What a control character becomes counts, too.
+    EXPECT_EQ(characterCount(textForWindow(QString(300, u'\n'))), 300);
+    // One character of a million marks, and half a character where the limit falls.
+    EXPECT_LT(textForWindow(u'e' + QString(1'000'000, u'\u0301')).size(), 5000);
+    const QString marks
+        = QStringLiteral("e\U0001D165").repeated(1) + QStringLiteral("\U0001D165").repeated(5000);
+    EXPECT_TRUE(textForWindow(marks).isValidUtf16());
 }
