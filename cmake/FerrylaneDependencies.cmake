@@ -3,7 +3,6 @@
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Multimedia Widgets)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
-find_package(CURL REQUIRED)
 find_package(ZXing REQUIRED)
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)

@@ -1,6 +1,7 @@
 #include "sender/FerrylaneV4Sender.h"
 
 #include "core/Base64Url.h"
+#include "sender/PhoneResponse.h"
 
 #include <utility>
 
@@ -23,6 +24,14 @@ TargetAddress addressOf(const FerrylanePairedTarget& target)
     const auto address = parseTargetAddress(target.baseURL);
     if (!address) throw send_errors::invalidAddress();
     return *address;
+}
+
+QByteArray statusRequest(const TargetAddress& address)
+{
+    return QStringLiteral("GET /transfer-status HTTP/1.1\r\nHost: %1:%2\r\n"
+                          "Connection: close\r\n\r\n")
+        .arg(address.hostInHeader(), QString::number(address.port))
+        .toUtf8();
 }
 
 } // namespace
@@ -85,23 +94,40 @@ void FerrylaneV4Sender::sendAll(const Job& job)
     const SendTarget target{job.target.name, addressOf(job.target), std::move(key)};
     for (int i = 0; i < job.files.size(); ++i) {
         cancellation_.check();
-        waitUntilReceiverReady(target);
+        waitUntilReceiverReady(target.address);
         SendProgress progress = progressOf(job, i);
         fileSender_.send(job.files[i], target, senderName_, progress);
     }
 }
 
-void FerrylaneV4Sender::waitUntilReceiverReady(const SendTarget& target)
+void FerrylaneV4Sender::waitUntilReceiverReady(const TargetAddress& address)
 {
-    const auto isCancelled = [this] { return cancellation_.isCancelled(); };
     for (bool told = false;; told = true) {
-        const int status
-            = httpClient_->getStatus(target.address.statusURL(), times_.statusLimit, isCancelled);
+        const int status = transferStatus(address);
         cancellation_.check();
         // Whoever does not answer this question is asked with the file itself.
         if (status != busyStatus) return;
         if (!told && onWaiting) onMainQueue(onWaiting);
         cancellation_.sleepFor(times_.busyPause);
+    }
+}
+
+int FerrylaneV4Sender::transferStatus(const TargetAddress& address)
+{
+    const auto end = with_.clock.now() + times_.statusLimit;
+    const auto tcp = with_.network.connection(address.host, address.port);
+    PhoneConnection phone(tcp);
+    const Cancellation::Watch watch(cancellation_, tcp);
+    const QByteArray request = statusRequest(address);
+    try {
+        if (!phone.connect(times_.statusLimit)) return 0;
+        static_cast<void>(phone.send(platform::bytesOf(request)));
+        const auto answer = phone.answer(end - with_.clock.now());
+        const auto response = parsePhoneResponse(platform::bytesOf(answer.bytes));
+        return response ? response->status : 0;
+    } catch (const SendError&) {
+        // Why there is no answer, the sending of the file will tell.
+        return 0;
     }
 }
 

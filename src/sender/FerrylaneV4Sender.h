@@ -2,7 +2,6 @@
 
 #include "pairing/PairedTarget.h"
 #include "platform/Clock.h"
-#include "platform/HttpClient.h"
 #include "platform/SerialQueue.h"
 #include "platform/Tcp.h"
 #include "platform/ThreadQueue.h"
@@ -64,7 +63,9 @@ private:
 
     [[nodiscard]] Result run(const Job& job);
     void sendAll(const Job& job);
-    void waitUntilReceiverReady(const SendTarget& target);
+    void waitUntilReceiverReady(const TargetAddress& address);
+    /// The phone's HTTP status; 0 when it has none to tell in time.
+    [[nodiscard]] int transferStatus(const TargetAddress& address);
     [[nodiscard]] SendProgress progressOf(const Job& job, int fileIndex);
     /// Calls on the main queue, unless the sender has gone by then.
     void onMainQueue(std::function<void()> call);
@@ -73,7 +74,6 @@ private:
     QString senderName_;
     SendTimes times_;
     Cancellation cancellation_;
-    std::unique_ptr<platform::HttpClient> httpClient_ = platform::HttpClient::create();
     FileSender fileSender_;
     /// Calls that are under way to the main queue look whether it is still there.
     std::shared_ptr<const int> alive_ = std::make_shared<const int>(0);

@@ -50,11 +50,11 @@ void FileSender::send(const platform::FilePath& path, const SendTarget& target,
     const Cancellation::Watch watch(cancellation_, tcp);
     connect(phone, target);
 
-    const QByteArray head
-        = uploadRequestHead(transfer, target.address.hostInURL(), target.address.port, senderName);
+    const QByteArray head = uploadRequestHead(
+        transfer, target.address.hostInHeader(), target.address.port, senderName);
     const bool isAllSent = phone.send(platform::bytesOf(head))
         && sendBody(phone, file, RecordSealer(target.key, transfer), progress);
-    checkAnswer(phone.answer(), isAllSent);
+    checkAnswer(phone.answer(times_.answerLimit), isAllSent);
     progress.stored();
 }
 

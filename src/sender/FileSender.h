@@ -20,6 +20,8 @@ struct SendTimes {
     platform::Duration connectLimit = std::chrono::seconds(15);
     platform::Duration statusLimit = std::chrono::seconds(5);
     platform::Duration busyPause = std::chrono::seconds(1);
+    /// For the answer once all is sent: a slow disk may have gigabytes to store first.
+    platform::Duration answerLimit = std::chrono::minutes(5);
 };
 
 /// The phone that a file goes to.

@@ -26,6 +26,7 @@ QString describe(const std::error_code& error)
 
 void logState(TcpState state, const std::error_code& error, const QString& where)
 {
+    if (where.isEmpty()) return;
     switch (state) {
     case TcpState::waiting:
         flLog(QStringLiteral("Mac sender waiting: ") + describe(error));
@@ -153,14 +154,23 @@ bool PhoneConnection::send(platform::ByteView bytes)
     std::unique_lock lock(exchange_->mutex);
     exchange_->changed.wait_for(lock, earlyAnswerTime, [this] { return exchange_->ended; });
     if (exchange_->ended && !exchange_->buffer.empty()) return false;
-    throw SendError::network(error);
+    // The system tells why a connection ended once, of sending and receiving to the first that
+    // asks.
+    throw SendError::network(exchange_->ended && exchange_->error ? exchange_->error : error);
 }
 
-PhoneConnection::Answer PhoneConnection::answer()
+PhoneConnection::Answer PhoneConnection::answer(platform::Duration limit)
 {
     std::unique_lock lock(exchange_->mutex);
-    exchange_->changed.wait(lock, [this] { return exchange_->ended; });
-    return {platform::toByteArray(exchange_->buffer.unread()), exchange_->error};
+    const auto hasEnded = [this] { return exchange_->ended; };
+    const bool isInTime = exchange_->changed.wait_for(lock, limit, hasEnded);
+    if (!isInTime) {
+        // The buffer may be read only when nothing is received into it any more.
+        exchange_->connection->cancel();
+        exchange_->changed.wait(lock, hasEnded);
+    }
+    return {platform::toByteArray(exchange_->buffer.unread()),
+        isInTime ? exchange_->error : std::make_error_code(std::errc::timed_out)};
 }
 
 } // namespace ferrylane

@@ -24,9 +24,9 @@ public:
     PhoneConnection(const PhoneConnection&) = delete;
     PhoneConnection& operator=(const PhoneConnection&) = delete;
 
-    /// False when the peer has not accepted within `limit`. Logs what becomes of it; `where` names
-    /// the peer there.
-    [[nodiscard]] bool connect(platform::Duration limit, const QString& where);
+    /// False when the peer has not accepted within `limit`. Logs what becomes of it where `where`
+    /// names the peer.
+    [[nodiscard]] bool connect(platform::Duration limit, const QString& where = {});
     /// Sends all of `bytes` and waits until the system has taken them. False when the peer has
     /// answered and closed its side, or has sent more than is read of an answer: the rest is of no
     /// use to it.
@@ -36,8 +36,8 @@ public:
         std::error_code error; ///< why it may be incomplete
     };
     /// Waits until the peer has closed its side, the connection has failed or 65536 bytes have
-    /// come, and gives what the peer sent.
-    [[nodiscard]] Answer answer();
+    /// come; for longer than `limit` only with an error (timed out). Gives what the peer sent.
+    [[nodiscard]] Answer answer(platform::Duration limit);
 
 private:
     struct Exchange;

@@ -122,6 +122,16 @@ TEST_F(TwoHosts, findEachOtherAndSendFilesBothWays)
     EXPECT_EQ(up.exitCode, 0) << up.errors.constData();
     EXPECT_EQ(computer_->home().received(u"Pixel 8/photo.jpg"_s), content);
 
+    computer_->ip(u"address add fe80::77:1/64 dev eth0 nodad"_s);
+    phone_->ip(u"address add fe80::77:2/64 dev eth0 nodad"_s);
+    const QString local
+        = computer_->home().pairingLink().replace(u"127.0.0.1"_s, u"[fe80::77:1%eth0]"_s);
+    for (const QStringList& command :
+        {QStringList{u"identify"_s, local}, {u"upload"_s, local, file}}) {
+        const auto run = phone_->run(phoneProgram, command);
+        EXPECT_EQ(run.exitCode, 0) << run.errors.constData();
+    }
+
     EXPECT_TRUE(phoneLink().startsWith(u"http://192.168.77.2:8787/?flkey="_s));
     const auto down
         = computer_->run(phoneProgram, {u"upload"_s, u"--name=Office PC"_s, phoneLink(), file});

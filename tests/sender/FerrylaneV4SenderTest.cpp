@@ -14,9 +14,26 @@
 
 #include <chrono>
 
+#include <cstring>
+
+#include <dlfcn.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+/// In place of the system's: for one name no server answers.
+int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result)
+{
+    const bool isNumeric = hints && (hints->ai_flags & AI_NUMERICHOST) != 0;
+    if (!isNumeric && node && std::strcmp(node, "nobody.test") == 0) {
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+        return EAI_AGAIN;
+    }
+    static const auto system
+        = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return system(node, service, hints, result);
+}
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
@@ -45,6 +62,15 @@ const FakePhone::Part takeFile = answering(httpAnswer("200 OK", "OK SHA256"));
 
 class FerrylaneV4SenderTest : public ::testing::Test {
 protected:
+    FerrylaneV4SenderTest() { makeSender({2s, 300ms, 20ms, 10s}); }
+
+    void makeSender(const SendTimes& times)
+    {
+        sender_ = std::make_unique<FerrylaneV4Sender>(
+            FerrylaneV4Sender::Collaborators{*network_, queue_, clock_},
+            QStringLiteral("my computer"), times);
+    }
+
     [[nodiscard]] static FerrylanePairedTarget target(const QString& baseURL)
     {
         return {QStringLiteral("Pixel 8"), baseURL, base64URLEncode(support::testKey().bytes())};
@@ -78,10 +104,7 @@ protected:
     support::ManualQueue queue_;
     platform::SteadyClock clock_;
     std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
-    SendTimes times_{2s, 300ms, 20ms};
-    std::unique_ptr<FerrylaneV4Sender> sender_ = std::make_unique<FerrylaneV4Sender>(
-        FerrylaneV4Sender::Collaborators{*network_, queue_, clock_}, QStringLiteral("my computer"),
-        times_);
+    std::unique_ptr<FerrylaneV4Sender> sender_;
     std::optional<FerrylaneV4Sender::Result> result_;
     std::vector<FerrylaneV4Sender::Progress> progress_;
     int waits_ = 0;
@@ -217,9 +240,8 @@ TEST_F(FerrylaneV4SenderTest, waitsWhileThePhoneIsBusy)
     EXPECT_EQ(phone.heads().size(), 5U);
 }
 
-TEST_F(FerrylaneV4SenderTest, speaksIPv6AndNeedsNoProxy)
+TEST_F(FerrylaneV4SenderTest, speaksIPv6)
 {
-    const support::EnvironmentVariable proxy("http_proxy", "http://127.0.0.1:1");
     FakePhone phone(takeFile);
     const QString url = phone.baseURL(QStringLiteral("[::1]"));
     EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)), QStringLiteral("1"));
@@ -262,11 +284,28 @@ TEST_F(FerrylaneV4SenderTest, neverCompletesAFileThatChangesMeanwhile)
 TEST_F(FerrylaneV4SenderTest, connectingHasALimit)
 {
     const FullPort port;
-    times_ = {50ms, 50ms, 20ms};
-    sender_ = std::make_unique<FerrylaneV4Sender>(
-        FerrylaneV4Sender::Collaborators{*network_, queue_, clock_}, QString(), times_);
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(port.baseURL())),
-        QStringLiteral("2435 Timed out connecting to Pixel 8 at %1.").arg(port.baseURL().mid(7)));
+    makeSender({50ms, 50ms, 20ms, 10s});
+    for (const QString& url : {port.baseURL(), QStringLiteral("http://nobody.test:1")}) {
+        EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)),
+            QStringLiteral("2435 Timed out connecting to Pixel 8 at %1.").arg(url.mid(7)));
+    }
+}
+
+TEST_F(FerrylaneV4SenderTest, waitingForAnAnswerHasALimit)
+{
+    // A byte now and then does not put it off.
+    FakePhone phone([](Upload& upload) {
+        static_cast<void>(upload.body());
+        for (int i = 0; i < 25; ++i) {
+            upload.answer("H");
+            std::this_thread::sleep_for(20ms);
+        }
+    });
+    makeSender({2s, 300ms, 20ms, 200ms});
+    const auto start = clock_.now();
+    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
+        QStringLiteral("%1 Connection timed out").arg(ETIMEDOUT));
+    EXPECT_LT(clock_.now() - start, 200ms + promptness);
 }
 
 TEST_F(FerrylaneV4SenderTest, reportsARefusedConnection)
@@ -304,6 +343,7 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
                 queue_.runAll();
                 return waits_ > 0;
             }},
+        {"name", QStringLiteral("http://nobody.test:1"), [] { return true; }},
         {"status", full.baseURL(), [] { return true; }},
         {"connection", full.baseURL(),
             [] {

@@ -30,9 +30,10 @@ TEST(PairingVectors, areReadByAPhone)
     for (const QJsonValue row : vectorRows(u"pairing.json"_s, u"computerLinksRead"_s)) {
         SCOPED_TRACE(vectorTrace(row));
         const auto link = phone::parsePairingLink(row[u"link"].toString());
-        EXPECT_EQ(link ? std::optional(link->host) : std::nullopt, vectorText(row[u"host"]));
+        EXPECT_EQ(
+            link ? std::optional(link->address.host) : std::nullopt, vectorText(row[u"host"]));
         if (!link) continue;
-        EXPECT_EQ(link->port, row[u"port"].toInt());
+        EXPECT_EQ(link->address.port, row[u"port"].toInt());
         EXPECT_EQ(platform::toByteArray(link->key.bytes()), vectorHex(row[u"key"]));
     }
 }

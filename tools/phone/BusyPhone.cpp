@@ -1,6 +1,5 @@
 #include "phone/BusyPhone.h"
 
-#include "phone/Output.h"
 #include "receiver/HttpAnswer.h"
 
 namespace ferrylane::phone {
@@ -12,18 +11,16 @@ constexpr std::size_t headReceive = 4096;
 } // namespace
 
 BusyPhone::BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQueue,
-    std::uint16_t tcpPort, int times, std::function<void()> onDone)
+    std::uint16_t tcpPort, int times, Handlers handlers)
     : mainQueue_(mainQueue)
-    , listener_(network.listener(tcpPort))
     , timesLeft_(times)
-    , onDone_(std::move(onDone))
+    , handlers_(std::move(handlers))
+    , listener_(network.listener(tcpPort))
 {
     listener_->start(
-        [tcpPort](platform::TcpListener::State state, const std::error_code& error) {
+        [this](platform::TcpListener::State state, const std::error_code& error) {
             if (state != platform::TcpListener::State::failed) return;
-            tell(QStringLiteral("Cannot open port %1: %2")
-                     .arg(tcpPort)
-                     .arg(QString::fromStdString(error.message())));
+            mainQueue_.async([this, error] { handlers_.onFailure(error); });
         },
         [this](const std::shared_ptr<platform::TcpConnection>& connection) { refuse(connection); });
 }
@@ -43,7 +40,7 @@ void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connectio
 void BusyPhone::finish()
 {
     listener_->cancel();
-    onDone_();
+    handlers_.onDone();
 }
 
 } // namespace ferrylane::phone

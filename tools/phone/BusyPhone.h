@@ -11,19 +11,24 @@ namespace ferrylane::phone {
 /// Holds a port and answers each request with 409 "BUSY", a given number of times.
 class BusyPhone {
 public:
-    /// `onDone` runs on `mainQueue` once the last answer is on its way; the port is free then. Both
-    /// references must outlive this.
+    /// One of them is called, once, on `mainQueue`.
+    struct Handlers {
+        std::function<void()> onDone; ///< the last answer is on its way, and the port is free
+        std::function<void(const std::error_code&)> onFailure; ///< the port cannot be opened
+    };
+
+    /// Both references must outlive this.
     BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQueue,
-        std::uint16_t tcpPort, int times, std::function<void()> onDone);
+        std::uint16_t tcpPort, int times, Handlers handlers);
 
 private:
     void refuse(const std::shared_ptr<platform::TcpConnection>& connection);
     void finish();
 
     platform::SerialQueue& mainQueue_;
-    std::unique_ptr<platform::TcpListener> listener_;
     int timesLeft_; ///< on the listener's queue
-    std::function<void()> onDone_;
+    Handlers handlers_;
+    std::unique_ptr<platform::TcpListener> listener_; ///< last: its handlers use the others
 };
 
 } // namespace ferrylane::phone

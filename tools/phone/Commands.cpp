@@ -29,7 +29,7 @@ PairingLink localLink()
             QStringLiteral("%1 holds no receiver key; start ferrylane once to create it")
                 .arg(path));
     }
-    return {QStringLiteral("127.0.0.1"), port, std::move(*key)};
+    return {{QStringLiteral("127.0.0.1"), port}, std::move(*key)};
 }
 
 PairingLink linkOf(const std::optional<QString>& text)

@@ -11,6 +11,7 @@ namespace ferrylane::phone {
 namespace {
 
 constexpr auto connectTime = std::chrono::seconds(15);
+constexpr auto answerTime = std::chrono::seconds(30);
 
 Failure noConnection(const QString& what)
 {
@@ -20,12 +21,12 @@ Failure noConnection(const QString& what)
 QByteArray exchange(platform::TcpNetwork& network, const PairingLink& link, const QString& where,
     const QByteArray& request)
 {
-    PhoneConnection connection(network.connection(link.host, link.port));
+    PhoneConnection connection(network.connection(link.address.host, link.address.port));
     if (!connection.connect(connectTime, where)) {
         throw SendError::network(std::make_error_code(std::errc::timed_out));
     }
     static_cast<void>(connection.send(platform::bytesOf(request)));
-    const auto answer = connection.answer();
+    const auto answer = connection.answer(answerTime);
     if (answer.bytes.isEmpty() && answer.error) throw SendError::network(answer.error);
     return answer.bytes;
 }
@@ -35,7 +36,8 @@ QByteArray exchange(platform::TcpNetwork& network, const PairingLink& link, cons
 HttpResponse get(platform::TcpNetwork& network, const PairingLink& link, const QByteArray& target,
     const QByteArray& headers)
 {
-    const QString where = QStringLiteral("%1:%2").arg(link.hostInHeader()).arg(link.port);
+    const QString where
+        = QStringLiteral("%1:%2").arg(link.address.hostInHeader()).arg(link.address.port);
     const QByteArray request = "GET " + target + " HTTP/1.1\r\nHost: " + where.toUtf8()
         + "\r\nConnection: close\r\n" + headers + "\r\n";
     try {

@@ -54,7 +54,7 @@ QString identify(platform::TcpNetwork& network, const PairingLink& link)
     if (const auto name = provenName(link.key, challenge, answer)) return *name;
     throw Failure(ExitCode::notPaired,
         QStringLiteral("the computer at %1 does not hold the key of this link")
-            .arg(link.hostInHeader()));
+            .arg(link.address.hostInHeader()));
 }
 
 } // namespace ferrylane::phone

@@ -2,26 +2,33 @@
 
 #include "core/Base64Url.h"
 #include "pairing/PairingUrl.h"
-#include "sender/TargetAddress.h"
+
+#include <QRegularExpression>
 
 namespace ferrylane::phone {
 
-QString PairingLink::hostInHeader() const
+namespace {
+
+/// People write a zone behind a mere percent sign, which a URL does not allow.
+QString withEncodedZone(const QString& link)
 {
-    return TargetAddress{host, port}.hostInURL();
+    static const QRegularExpression zone(QStringLiteral("^([^/]*//\\[[^]%]*)%(?!25)"));
+    return QString(link).replace(zone, QStringLiteral("\\1%25"));
 }
+
+} // namespace
 
 std::optional<PairingLink> parsePairingLink(const QString& text)
 {
-    const auto url = parsePairingUrl(text);
-    if (!url || url->port == 0) return std::nullopt;
+    const auto url = parsePairingUrl(withEncodedZone(text));
+    if (!url) return std::nullopt;
+    const auto address
+        = parseTargetAddress(QStringLiteral("http://%1:%2").arg(url->host).arg(url->port));
     const auto keyBytes = base64URLDecode(url->keyText);
     auto key
         = keyBytes ? platform::SecretKey::fromBytes(platform::bytesOf(*keyBytes)) : std::nullopt;
-    if (!key) return std::nullopt;
-    const bool isIPv6 = url->host.startsWith(u'[');
-    const QString host = isIPv6 ? url->host.sliced(1).chopped(1) : url->host;
-    return PairingLink{host, url->port, std::move(*key)};
+    if (!address || !key) return std::nullopt;
+    return PairingLink{*address, std::move(*key)};
 }
 
 } // namespace ferrylane::phone

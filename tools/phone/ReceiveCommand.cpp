@@ -51,10 +51,18 @@ public:
     {
         if (arguments.busyTimes > 0) {
             busy_.emplace(network_, mainQueue_, arguments.port, arguments.busyTimes,
-                [this] { becomeReady(); });
+                BusyPhone::Handlers{[this] { becomeReady(); },
+                    [this](const std::error_code& error) { portFailed(error); }});
         } else {
             startService();
         }
+    }
+
+    /// Runs until the program is told to end. Throws Failure.
+    void run()
+    {
+        QCoreApplication::exec();
+        if (failure_) throw Failure(*failure_);
     }
 
 private:
@@ -63,16 +71,31 @@ private:
         try {
             startService();
         } catch (const Failure& failure) {
-            tell(QString::fromUtf8(failure.what()));
-            QCoreApplication::exit(static_cast<int>(failure.code()));
+            end(failure);
         }
+    }
+
+    void portFailed(const std::error_code& error)
+    {
+        end({ExitCode::noConnection,
+            QStringLiteral("cannot open port %1: %2")
+                .arg(QString::number(arguments_.port), QString::fromStdString(error.message()))});
+    }
+
+    void end(const Failure& failure)
+    {
+        failure_ = failure;
+        QCoreApplication::quit();
     }
 
     void startService()
     {
         try {
             server_.emplace(HTTPServer::Collaborators{network_, mainQueue_, notifications_, clock_,
-                                presence_, presence_},
+                                presence_, presence_,
+                                [this](platform::Transport, const std::error_code& error) {
+                                    if (error) portFailed(error);
+                                }},
                 arguments_.port);
         } catch (const std::system_error& error) {
             throw Failure(ExitCode::noConnection,
@@ -95,6 +118,7 @@ private:
     platform::MainQueue mainQueue_;
     platform::NotificationCenter notifications_{mainQueue_};
     NetworkPresence presence_;
+    std::optional<Failure> failure_; ///< why this has to end
     std::optional<BusyPhone> busy_;
     std::optional<HTTPServer> server_;
     platform::NotificationCenter::Observation received_
@@ -122,8 +146,7 @@ void receive(
     makePhoneSettings(arguments);
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     showPairingCode(arguments);
-    const ReceivingPhone phone(arguments, network, clock);
-    QCoreApplication::exec();
+    ReceivingPhone(arguments, network, clock).run();
 }
 
 } // namespace ferrylane::phone

@@ -36,8 +36,7 @@ ExitCode exitCodeOf(const SendError& error)
 
 FerrylanePairedTarget targetOf(const PairingLink& link)
 {
-    return {link.host, QStringLiteral("http://%1:%2").arg(link.hostInHeader()).arg(link.port),
-        base64URLEncode(link.key.bytes())};
+    return {link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())};
 }
 
 class Upload {

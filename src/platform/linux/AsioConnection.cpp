@@ -1,5 +1,6 @@
 #include "platform/linux/AsioConnection.h"
 
+#include "platform/ThreadName.h"
 #include "platform/linux/AsioError.h"
 
 #include <asio/buffer.hpp>
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <array>
+#include <mutex>
+#include <thread>
 
 namespace platform {
 
@@ -15,15 +18,25 @@ namespace {
 
 // How long the peer has to take the last message and close its side.
 constexpr auto closingTime = std::chrono::seconds(1);
+// Between two looks at whether a name has been looked up.
+constexpr auto lookupPause = std::chrono::milliseconds(10);
 
 } // namespace
+
+/// What looking up a host name has found. It is done on a thread that nobody waits for, who shares
+/// this: getaddrinfo(3) takes half a minute where no server answers, and nothing interrupts it.
+struct AsioConnection::Lookup {
+    std::mutex mutex;
+    bool isDone = false;
+    std::error_code error;
+    Endpoints endpoints;
+};
 
 AsioConnection::AsioConnection(asio::io_context& context, QString host, std::uint16_t port)
     : strand_(context.get_executor())
     , socket_(strand_)
-    , resolver_(strand_)
     , receiveTimer_(strand_)
-    , closingTimer_(strand_)
+    , timer_(strand_)
     , host_(std::move(host))
     , port_(port)
 {
@@ -32,9 +45,8 @@ AsioConnection::AsioConnection(asio::io_context& context, QString host, std::uin
 AsioConnection::AsioConnection(Strand strand, asio::ip::tcp::socket socket)
     : strand_(std::move(strand))
     , socket_(std::move(socket))
-    , resolver_(strand_)
     , receiveTimer_(strand_)
-    , closingTimer_(strand_)
+    , timer_(strand_)
 {
     keepFromOtherPrograms(socket_);
     std::error_code ignored;
@@ -49,10 +61,57 @@ void AsioConnection::start(StateHandler handler)
             self->reach(State::cancelled, {});
             return;
         }
-        self->resolver_.async_resolve(self->host_.toStdString(), std::to_string(self->port_),
-            [self](const std::error_code& error, const Endpoints& endpoints) {
-                self->resolved(error, endpoints);
-            });
+        self->resolve();
+    });
+}
+
+void AsioConnection::resolve()
+{
+    using asio::ip::tcp;
+    const std::string host = host_.toStdString();
+    const std::string service = std::to_string(port_);
+    std::error_code notNumeric;
+    const Endpoints endpoints = tcp::resolver(strand_).resolve(
+        host, service, tcp::resolver::numeric_host | tcp::resolver::numeric_service, notNumeric);
+    if (!notNumeric) {
+        resolved({}, endpoints);
+        return;
+    }
+    try {
+        lookUp(host, service);
+    } catch (const std::system_error& noThread) {
+        reach(State::failed, noThread.code());
+    }
+}
+
+void AsioConnection::lookUp(const std::string& host, const std::string& service)
+{
+    const auto lookup = std::make_shared<Lookup>();
+    std::thread([lookup, host, service] {
+        setCurrentThreadName("ferrylane.lookup");
+        std::error_code error;
+        asio::io_context own;
+        Endpoints endpoints = asio::ip::tcp::resolver(own).resolve(host, service, error);
+        const std::lock_guard lock(lookup->mutex);
+        lookup->isDone = true;
+        lookup->error = error;
+        lookup->endpoints = std::move(endpoints);
+    }).detach();
+    awaitLookup(lookup);
+}
+
+void AsioConnection::awaitLookup(const std::shared_ptr<Lookup>& lookup)
+{
+    std::unique_lock lock(lookup->mutex);
+    if (lookup->isDone) {
+        lock.unlock();
+        resolved(lookup->error, lookup->endpoints);
+        return;
+    }
+    // Asked, so that the thread needs to know nothing that may be gone before it ends.
+    timer_.expires_after(lookupPause);
+    timer_.async_wait([self = shared_from_this(), lookup](const std::error_code& error) {
+        if (!error && !self->cancelled_) self->awaitLookup(lookup);
     });
 }
 
@@ -213,8 +272,8 @@ void AsioConnection::closeGently()
 {
     std::error_code ignored;
     socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
-    closingTimer_.expires_after(closingTime);
-    closingTimer_.async_wait([self = shared_from_this()](const std::error_code& error) {
+    timer_.expires_after(closingTime);
+    timer_.async_wait([self = shared_from_this()](const std::error_code& error) {
         if (!error) self->close();
     });
     discardIncoming();
@@ -241,9 +300,8 @@ void AsioConnection::close()
     const auto keptUntilNow = std::exchange(keptUntilClosed_, nullptr);
     if (std::exchange(cancelled_, true)) return;
     std::error_code ignored;
-    resolver_.cancel();
     receiveTimer_.cancel();
-    closingTimer_.cancel();
+    timer_.cancel();
     socket_.close(ignored);
     reach(State::cancelled, {});
 }

@@ -7,6 +7,8 @@
 #include <asio/steady_timer.hpp>
 #include <asio/strand.hpp>
 
+#include <chrono>
+
 #include <fcntl.h>
 #include <netinet/tcp.h>
 
@@ -18,6 +20,11 @@ template <typename Socket> void keepFromOtherPrograms(Socket& socket)
     static_cast<void>(fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC));
 }
 
+/// A connection fails (ETIMEDOUT) when the peer acknowledges nothing for so long: not what was
+/// sent, not the probes of an idle connection. Linux counts a peer that takes no bytes for so long,
+/// though it is there, among them.
+constexpr std::chrono::duration<int, std::milli> unansweredLimit = std::chrono::seconds(50);
+
 /// Sets what every connection has, on a connection or on the acceptor from which connections then
 /// inherit it.
 template <typename Socket> void setConnectionOptions(Socket& socket)
@@ -26,12 +33,13 @@ template <typename Socket> void setConnectionOptions(Socket& socket)
     // Each is an improvement, none a condition.
     std::error_code ignored;
     socket.set_option(asio::ip::tcp::no_delay(true), ignored);
-    // A peer that vanishes without a word (battery, Wi-Fi) fails the connection after 90 seconds
-    // instead of holding it for ever.
+    // A peer that vanishes without a word (battery, Wi-Fi) would hold the connection for a quarter
+    // of an hour while there are bytes for it, and for ever while there are none. Probes make sure
+    // that an idle connection has something unanswered by then.
+    socket.set_option(integer<IPPROTO_TCP, TCP_USER_TIMEOUT>(unansweredLimit.count()), ignored);
     socket.set_option(asio::socket_base::keep_alive(true), ignored);
-    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPIDLE>(30), ignored);
+    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPIDLE>(20), ignored);
     socket.set_option(integer<IPPROTO_TCP, TCP_KEEPINTVL>(10), ignored);
-    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPCNT>(6), ignored);
 }
 
 /// TcpConnection over Asio. All state is touched on the strand only; an outstanding operation holds
@@ -68,7 +76,11 @@ private:
         bool isTimedOut = false;
     };
     using Endpoints = asio::ip::tcp::resolver::results_type;
+    struct Lookup;
 
+    void resolve();
+    void lookUp(const std::string& host, const std::string& service);
+    void awaitLookup(const std::shared_ptr<Lookup>& lookup);
     void resolved(const std::error_code& error, const Endpoints& endpoints);
     void connected(const std::error_code& error);
     void reach(State state, const std::error_code& error);
@@ -83,9 +95,8 @@ private:
 
     Strand strand_;
     asio::ip::tcp::socket socket_;
-    asio::ip::tcp::resolver resolver_;
     asio::steady_timer receiveTimer_;
-    asio::steady_timer closingTimer_;
+    asio::steady_timer timer_; ///< of looking up, then of closing
     QString host_;
     std::uint16_t port_ = 0;
     StateHandler stateHandler_;
