@@ -80,7 +80,7 @@ private:
         });
         loop.exec();
         if (const auto* const error = std::get_if<SendError>(&result)) {
-            throw Failure(exitCodeOf(*error), onOneLine(error->description()));
+            throw Failure(exitCodeOf(*error), textForLog(error->description()));
         }
     }
 
