@@ -3,11 +3,19 @@
 #include <QImage>
 #include <QPainter>
 
+#define ZX_USE_UTF8 // Versions before 2.0 give wide characters without it.
 #include <ZXing/ReadBarcode.h>
 
 namespace ferrylane {
 
 namespace {
+
+// The later name of the same.
+#if __has_include(<ZXing/ReaderOptions.h>)
+using ReaderOptions = ZXing::ReaderOptions;
+#else
+using ReaderOptions = ZXing::DecodeHints;
+#endif
 
 /// What is transparent would become black otherwise.
 QImage onWhite(const QImage& picture)
@@ -23,16 +31,16 @@ QImage onWhite(const QImage& picture)
 std::optional<QString> detectQRCode(const LuminanceView& picture)
 {
     if (picture.width <= 0 || picture.height <= 0) return std::nullopt;
-    ZXing::DecodeHints hints;
-    hints.setFormats(ZXing::BarcodeFormat::QRCode);
+    ReaderOptions options;
+    options.setFormats(ZXing::BarcodeFormat::QRCode);
     // A phone may be held at any angle.
-    hints.setTryRotate(true);
-    hints.setTryHarder(true);
+    options.setTryRotate(true);
+    options.setTryHarder(true);
     const ZXing::ImageView view(
         picture.data, picture.width, picture.height, ZXing::ImageFormat::Lum, picture.bytesPerLine);
-    const ZXing::Result result = ZXing::ReadBarcode(view, hints);
+    const auto result = ZXing::ReadBarcode(view, options);
     if (!result.isValid()) return std::nullopt;
-    return QString::fromStdWString(result.text());
+    return QString::fromStdString(result.text());
 }
 
 std::optional<QString> detectQRCode(const QImage& picture)

@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
+#include <QTimeZone>
 
 #include <cmath>
 
@@ -35,7 +36,7 @@ std::optional<QDateTime> dateOf(const QJsonValue& value)
 {
     if (!value.isDouble() || std::abs(value.toDouble()) > maximumDateSeconds) return std::nullopt;
     const qint64 milliseconds = std::llround(value.toDouble() * 1000.0);
-    return QDateTime::fromMSecsSinceEpoch(referenceTime + milliseconds, Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(referenceTime + milliseconds, QTimeZone::utc());
 }
 
 std::optional<qint64> integerOf(const QJsonValue& value)
