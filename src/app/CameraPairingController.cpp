@@ -2,8 +2,7 @@
 
 #include "app/CameraPanel.h"
 #include "core/Log.h"
-
-#include <QImage>
+#include "platform/Files.h"
 
 #include <chrono>
 #include <stdexcept>
@@ -16,11 +15,14 @@ namespace {
 // Smooth enough for aiming; each picture costs a conversion.
 constexpr auto previewInterval = std::chrono::milliseconds(60);
 
-/// Empty when no code is found.
-QString textIn(const QImage& picture)
+/// Empty when no code is found, or no picture.
+QString textIn(const OpenedPicture& picture)
 {
     try {
-        return detectQRCode(picture).value_or(QString());
+        const auto content = picture.path.isEmpty()
+            ? picture.content
+            : platform::readFile(picture.path, maximumPictureFileBytes).value_or(QByteArray());
+        return detectQRCodeInFile(content).value_or(QString());
     } catch (const std::exception& error) {
         flLog(QStringLiteral("Vision QR scan error: ") + QString::fromUtf8(error.what()));
         return {};
@@ -150,7 +152,7 @@ void CameraPairingController::openWindow()
     stage_ = Stage::scanning;
     panel_ = std::make_unique<CameraPanel>(CameraPanel::Intents{
         .linkPasted = [this](const QString& text) { scanner_.offerText(text); },
-        .pictureOpened = [this](const QImage& picture) { acceptPicture(picture); },
+        .pictureOpened = [this](const OpenedPicture& picture) { lookAt(picture); },
         .closed =
             [this] {
                 stage_ = Stage::over;
@@ -175,13 +177,14 @@ void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>
     });
 }
 
-void CameraPairingController::acceptPicture(const QImage& picture)
+void CameraPairingController::lookAt(OpenedPicture picture)
 {
-    with_.visionQueue.async([this, isThere = isThere_, &mainQueue = with_.mainQueue, picture] {
-        mainQueue.async([this, isThere, text = textIn(picture)] {
-            if (*isThere) scanner_.offerText(text);
+    with_.visionQueue.async(
+        [this, isThere = isThere_, &mainQueue = with_.mainQueue, picture = std::move(picture)] {
+            mainQueue.async([this, isThere, text = textIn(picture)] {
+                if (*isThere) scanner_.offerText(text);
+            });
         });
-    });
 }
 
 void CameraPairingController::showInvalidCode()

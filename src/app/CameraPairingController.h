@@ -11,6 +11,7 @@
 namespace ferrylane {
 
 class CameraPanel;
+struct OpenedPicture;
 
 /// Lets the user show a phone's pairing code to the camera, once. Where the camera cannot be used
 /// it says so and offers to do without: with the phone's link, or a picture of its code.
@@ -58,7 +59,7 @@ private:
     /// Tells of it; goes on without a camera, or ends.
     void doWithoutCamera(const QString& title, const QString& text);
     void showFrame(const std::shared_ptr<const CameraFrame>& frame);
-    void acceptPicture(const QImage& picture);
+    void lookAt(OpenedPicture picture);
     void accept(const QString& text);
     void showInvalidCode();
     void closed();

@@ -19,12 +19,19 @@ namespace {
 constexpr int margin = 24;
 constexpr int contentWidth = 472;
 
-/// The picture that is dragged, or the file of one; null when it is none.
-QImage pictureIn(const QMimeData& data)
+/// The type of the picture that is dragged itself, not as a file; empty when none is.
+QString pictureTypeIn(const QMimeData& data)
 {
-    if (data.hasImage()) return data.imageData().value<QImage>();
-    const QList<QUrl> urls = data.urls();
-    return urls.isEmpty() ? QImage() : QImage(urls.first().toLocalFile());
+    const QStringList types = data.formats().filter(QStringLiteral("image/"));
+    const QString best = QStringLiteral("image/png");
+    return types.contains(best) ? best : types.value(0);
+}
+
+OpenedPicture pictureIn(const QMimeData& data)
+{
+    const QString type = pictureTypeIn(data);
+    if (!type.isEmpty()) return {.content = data.data(type), .path = {}};
+    return {.content = {}, .path = data.urls().value(0).toLocalFile()};
 }
 
 } // namespace
@@ -76,7 +83,7 @@ void CameraPanel::openPicture()
     const QString path
         = QFileDialog::getOpenFileName(this, QStringLiteral("Choose a picture of the QR code"),
             QString(), QStringLiteral("Pictures (*.png *.jpg *.jpeg *.bmp *.gif *.webp)"));
-    if (!path.isEmpty()) intents_.pictureOpened(QImage(path));
+    if (!path.isEmpty()) intents_.pictureOpened({.content = {}, .path = path});
 }
 
 void CameraPanel::setStatus(const QString& text)
@@ -104,7 +111,7 @@ void CameraPanel::closeEvent(QCloseEvent* event)
 void CameraPanel::dragEnterEvent(QDragEnterEvent* event)
 {
     const QMimeData& dragged = *event->mimeData();
-    if (dragged.hasImage() || dragged.hasUrls()) event->acceptProposedAction();
+    if (dragged.hasUrls() || !pictureTypeIn(dragged).isEmpty()) event->acceptProposedAction();
 }
 
 void CameraPanel::dropEvent(QDropEvent* event)

@@ -2,7 +2,8 @@
 
 #include "app/PanelWindow.h"
 
-#include <QStringList>
+#include <QByteArray>
+#include <QString>
 
 #include <functional>
 
@@ -11,6 +12,12 @@ class QImage;
 namespace ferrylane {
 
 class CameraPreview;
+
+/// A picture as it came, of any kind and size: reading and decoding it is not for the main thread.
+struct OpenedPicture {
+    QByteArray content; ///< of a picture's file
+    QString path;       ///< of the file, where the content is still to be read
+};
 
 /// The window in which a phone's pairing code is scanned. Where there is no camera, or the code
 /// cannot be held before it, the phone's link can be pasted, and a picture of the code be opened
@@ -21,7 +28,7 @@ class CameraPanel final : public PanelWindow {
 public:
     struct Intents {
         std::function<void(const QString& text)> linkPasted;
-        std::function<void(const QImage& picture)> pictureOpened; ///< null: it cannot be read
+        std::function<void(const OpenedPicture& picture)> pictureOpened;
         /// By the user; not by hide().
         std::function<void()> closed;
     };

@@ -3,6 +3,8 @@
 #include "core/Log.h"
 #include "pairing/PairingQR.h"
 
+#include <QScopeGuard>
+
 #include <chrono>
 #include <exception>
 #include <mutex>
@@ -29,9 +31,11 @@ public:
     {
         if (!tryBegin()) return;
         with_.visionQueue.async([self = shared_from_this(), frame] {
-            if (const auto text = self->textIn(*frame)) self->judge(*text);
-            const std::lock_guard lock(self->mutex_);
-            self->visionBusy_ = false;
+            const auto end = qScopeGuard([&] {
+                const std::lock_guard lock(self->mutex_);
+                self->visionBusy_ = false;
+            });
+            self->scan(*frame);
         });
     }
 
@@ -70,13 +74,13 @@ private:
         return true;
     }
 
-    [[nodiscard]] std::optional<QString> textIn(const CameraFrame& frame) const
+    /// A frame that cannot be worked on leaves the next ones their chance.
+    void scan(const CameraFrame& frame)
     {
         try {
-            return with_.detect(frame.luminance());
+            if (const auto text = with_.detect(frame.luminance())) judge(*text);
         } catch (const std::exception& error) {
             flLog(QStringLiteral("Vision QR scan error: ") + QString::fromUtf8(error.what()));
-            return std::nullopt;
         }
     }
 

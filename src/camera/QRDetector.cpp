@@ -1,6 +1,8 @@
 #include "camera/QRDetector.h"
 
+#include <QBuffer>
 #include <QImage>
+#include <QImageReader>
 #include <QPainter>
 
 #define ZX_USE_UTF8 // Versions before 2.0 give wide characters without it.
@@ -26,6 +28,19 @@ QImage onWhite(const QImage& picture)
     return opaque;
 }
 
+/// Null when it cannot be decoded, or not within the limits.
+QImage decoded(QByteArrayView content)
+{
+    if (content.size() > maximumPictureFileBytes) return {};
+    QByteArray bytes = QByteArray::fromRawData(content.data(), content.size());
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    // From the head alone; a picture that does not tell is none of the usual kinds.
+    const QSize size = reader.size();
+    if (size.isEmpty() || qint64(size.width()) * size.height() > maximumPicturePixels) return {};
+    return reader.read();
+}
+
 } // namespace
 
 std::optional<QString> detectQRCode(const LuminanceView& picture)
@@ -49,6 +64,11 @@ std::optional<QString> detectQRCode(const QImage& picture)
     const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
     return detectQRCode(LuminanceView{
         grey.constBits(), grey.width(), grey.height(), static_cast<int>(grey.bytesPerLine())});
+}
+
+std::optional<QString> detectQRCodeInFile(QByteArrayView content)
+{
+    return detectQRCode(decoded(content));
 }
 
 } // namespace ferrylane

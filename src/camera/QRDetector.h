@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 
 #include <cstdint>
@@ -24,5 +25,14 @@ struct LuminanceView {
 
 /// The same for a picture with colours.
 [[nodiscard]] std::optional<QString> detectQRCode(const QImage& picture);
+
+// The largest picture file that is looked at: what a phone's camera takes, and no more than a busy
+// computer decodes in a second or two.
+inline constexpr qsizetype maximumPictureFileBytes = qsizetype{32} * 1024 * 1024;
+inline constexpr qint64 maximumPicturePixels = 25'000'000;
+
+/// The same for the content of a picture's file, which may come from anywhere. What cannot be
+/// decoded, or is larger than the limits above, has no code.
+[[nodiscard]] std::optional<QString> detectQRCodeInFile(QByteArrayView content);
 
 } // namespace ferrylane

@@ -8,7 +8,10 @@
 #include "support/QtPrinting.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QMimeData>
 #include <QPainter>
 #include <QTest>
@@ -16,6 +19,8 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+
+#include <sys/stat.h>
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
@@ -44,6 +49,14 @@ public:
 private:
     QImage grey_;
 };
+
+QByteArray pngOf(const QImage& picture)
+{
+    QByteArray content;
+    QBuffer buffer(&content);
+    EXPECT_TRUE(picture.save(&buffer, "PNG"));
+    return content;
+}
 
 /// How it is with a computer's cameras.
 struct Situation {
@@ -102,6 +115,8 @@ public:
 
 class CameraPairingTest : public ::testing::Test {
 protected:
+    CameraPairingTest() { makeController(); }
+
     void present()
     {
         controller_->onCode = [this](const QString& text) { told_ << text; };
@@ -123,6 +138,19 @@ protected:
         clock_.advance(200ms);
         cameras_.onFrame(std::make_shared<CodeFrame>(text));
         run();
+    }
+    void makeController()
+    {
+        controller_ = std::make_unique<CameraPairingController>(
+            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+    }
+    static void drop(const QMimeData& data)
+    {
+        QDragEnterEvent enter({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel(), &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent dropped({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel(), &dropped);
     }
     /// The scanner's window; null when it is not shown.
     [[nodiscard]] static CameraPanel* panel()
@@ -146,9 +174,7 @@ protected:
     FakeCameras cameras_;
     FakeAlerts alerts_;
     QStringList told_;
-    std::unique_ptr<CameraPairingController> controller_
-        = std::make_unique<CameraPairingController>(
-            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+    std::unique_ptr<CameraPairingController> controller_;
 };
 
 const QString invalidText = u"That is not a valid Ferrylane pairing QR."_s;
@@ -196,8 +222,7 @@ TEST_F(CameraPairingTest, whatIsWrongIsToldAndEndsIt)
     };
     for (const Row& row : rows) {
         cameras_.situation = row.situation;
-        controller_ = std::make_unique<CameraPairingController>(
-            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+        makeController();
         present();
         EXPECT_EQ(std::exchange(alerts_.titles, {}), QStringList(row.alert));
         EXPECT_EQ(std::exchange(told_, {}), QStringList(u"closed"_s));
@@ -235,20 +260,43 @@ TEST_F(CameraPairingTest, withoutACameraALinkCanBePasted)
 
 TEST_F(CameraPairingTest, aPictureOfTheCodeCanBeDropped)
 {
+    const QByteArray picture = pngOf(CodeFrame(valid).image());
+    QMimeData content, file;
+    content.setData(u"image/png"_s, picture);
+    file.setUrls({QUrl::fromLocalFile(folders_.file(u"code.png"_s, picture))});
+    for (const QMimeData* const data : {&content, &file}) {
+        makeController();
+        present();
+        drop(*data);
+        run();
+        EXPECT_EQ(std::exchange(told_, {}), (QStringList{valid, u"closed"_s}));
+    }
+}
+
+TEST_F(CameraPairingTest, whatIsNoPictureIsToldSoonAndTheCameraGoesOn)
+{
+    const QString fifo = folders_.below(u"fifo"_s);
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    // White compresses to next to nothing.
+    QImage huge(12000, 9000, QImage::Format_Mono);
+    huge.fill(1);
+    const QStringList paths{fifo, u"/dev/zero"_s, folders_.below(QString()),
+        folders_.below(u"missing"_s), folders_.file(u"text.png"_s, "text"),
+        folders_.file(u"huge.png"_s, pngOf(huge))};
     present();
-    const auto drop = [](const QImage& picture) {
+    for (const QString& path : paths) {
+        show(u"WIFI:S:home;;"_s);
+        panel()->setStatus({});
         QMimeData data;
-        data.setImageData(picture);
-        QDragEnterEvent enter({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(panel(), &enter);
-        EXPECT_TRUE(enter.isAccepted());
-        QDropEvent dropped({50, 50}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(panel(), &dropped);
-    };
-    drop(QImage(10, 10, QImage::Format_RGB32));
-    run();
-    EXPECT_TRUE(says(invalidText));
-    drop(CodeFrame(valid).image());
-    run();
+        data.setUrls({QUrl::fromLocalFile(path)});
+        QElapsedTimer timer;
+        timer.start();
+        drop(data);
+        EXPECT_TRUE(says({})) << "looked at in the main thread";
+        run();
+        EXPECT_TRUE(says(invalidText)) << qPrintable(path);
+        EXPECT_LT(timer.elapsed(), 2000) << qPrintable(path);
+    }
+    show(valid);
     EXPECT_EQ(told_, (QStringList{valid, u"closed"_s}));
 }
