@@ -6,7 +6,7 @@ set -uo pipefail
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 cd "$project" || exit 1
 
-fuzz_seconds=30
+fuzz_seconds=48
 jobs=$(nproc)
 passed=0
 failed=0

@@ -1,15 +1,9 @@
 #include "discovery/DiscoveryProtocol.h"
+#include "fuzz/Require.h"
 
 #include <QByteArrayList>
 
-#include <cstdlib>
-
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) std::abort();
-}
 
 void checkRequest(const QByteArray& datagram)
 {

@@ -1,18 +1,12 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 #include "core/Text.h"
+#include "fuzz/Require.h"
 #include "pairing/PairingLink.h"
 #include "pairing/PairingQR.h"
 #include "pairing/PairingUrl.h"
 
-#include <cstdlib>
-
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) std::abort();
-}
 
 QString percentEncoded(const QString& text)
 {
@@ -37,6 +31,18 @@ void checkPhonesCode(const QString& text)
     require(again->name == ferrylane::firstCharacters(name.trimmed(), 80));
 }
 
+/// A link made of what was read of one says the same.
+void checkAnyLink(const QString& text)
+{
+    const auto url = ferrylane::parsePairingUrl(text);
+    if (!url) return;
+    const auto again = ferrylane::parsePairingUrl(
+        ferrylane::ferrylanePairingLink(url->host, url->port, percentEncoded(url->keyText))
+        + QStringLiteral("&name=") + percentEncoded(url->name));
+    require(again && again->host == url->host && again->port == url->port);
+    require(again->keyText == url->keyText && again->name == url->name);
+}
+
 /// This computer's link is read back whatever its name is.
 void checkOwnLink(const QString& name)
 {
@@ -55,6 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto* const bytes = reinterpret_cast<const char*>(data);
     const QString text = QString::fromUtf8(bytes, static_cast<qsizetype>(size));
     checkPhonesCode(text);
+    checkAnyLink(text);
     checkOwnLink(text);
     return 0;
 }

@@ -1,15 +1,9 @@
 #include "core/PercentCoding.h"
+#include "fuzz/Require.h"
 
 #include <QByteArray>
 
-#include <cstdlib>
-
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) std::abort();
-}
 
 /// What is decoded is text, and the bytes that a lenient decoder finds.
 void checkDecoding(const QString& encoded)

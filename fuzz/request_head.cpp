@@ -1,19 +1,14 @@
+#include "fuzz/Require.h"
 #include "receiver/RequestHeadParser.h"
 #include "receiver/Routing.h"
 
 #include "core/Text.h"
 
 #include <cstdint>
-#include <cstdlib>
 
 using namespace ferrylane;
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) std::abort();
-}
 
 /// What the parser says, fed `step` bytes more each time.
 RequestHeadParser::Result parse(platform::ByteView bytes, std::size_t step)

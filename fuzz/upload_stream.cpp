@@ -1,3 +1,4 @@
+#include "fuzz/Require.h"
 #include "platform/ByteBuffer.h"
 #include "receiver/ChunkDecoder.h"
 #include "receiver/RecordReader.h"
@@ -5,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace ferrylane;
@@ -13,11 +13,6 @@ using platform::ByteBuffer;
 using platform::ByteView;
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) std::abort();
-}
 
 const platform::SecretKey& knownKey()
 {
