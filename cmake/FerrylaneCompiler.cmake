@@ -72,8 +72,26 @@ add_compile_definitions(_GLIBCXX_ASSERTIONS)
 
 # Cheap hardening for what people run: it reads bytes from strangers. (Sanitizers bring their own.)
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT FERRYLANE_SANITIZE)
-    add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    include(CheckCXXCompilerFlag)
+    include(CheckCXXSourceCompiles)
+    add_compile_options(-fstack-protector-strong)
     add_link_options(-Wl,-z,relro -Wl,-z,now)
+    # What the processor, or the compiler for it, may not have.
+    foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection)
+        string(MAKE_C_IDENTIFIER "FERRYLANE_HAS${flag}" has_flag)
+        check_cxx_compiler_flag(${flag} ${has_flag})
+        if(${has_flag})
+            add_compile_options(${flag})
+        endif()
+    endforeach()
+    # Level 3 also knows sizes that only show at run time. Where it is missing, asking is a warning.
+    set(CMAKE_REQUIRED_FLAGS "-O2 -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+    check_cxx_source_compiles("
+        #include <cstdlib>
+        static_assert(__USE_FORTIFY_LEVEL == 3);
+        int main() {}" FERRYLANE_HAS_FORTIFY_3)
+    unset(CMAKE_REQUIRED_FLAGS)
+    add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${FERRYLANE_HAS_FORTIFY_3}>,3,2>)
 endif()
 
 if(FERRYLANE_SANITIZE)
