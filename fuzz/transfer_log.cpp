@@ -22,11 +22,11 @@ void checkReading(const QByteArray& json)
     checkWriting(*entries);
 }
 
-/// The log's own entry, with any text for a name.
+/// The log's own entry, with any text for a name. Its date is one that a clock may show.
 void checkOwn(const QString& text, qint64 number)
 {
-    checkWriting({{QDateTime::fromMSecsSinceEpoch(number), QStringLiteral("Received"), text, text,
-        text.section(u'/', 1), number}});
+    checkWriting({{QDateTime::fromMSecsSinceEpoch(number % 4'000'000'000'000),
+        QStringLiteral("Received"), text, text, text.section(u'/', 1), number}});
 }
 
 } // namespace
