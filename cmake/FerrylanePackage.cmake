@@ -29,12 +29,10 @@ install(FILES "${data}/debian/copyright" DESTINATION ${documents})
 find_program(GZIP gzip REQUIRED)
 function(install_compressed source folder name)
     set(compressed "${CMAKE_BINARY_DIR}/compressed/${name}.gz")
-    add_custom_command(OUTPUT "${compressed}"
-        COMMAND "${CMAKE_COMMAND}" -E make_directory "${CMAKE_BINARY_DIR}/compressed"
-        COMMAND "${GZIP}" -9 -n -c "${source}" > "${compressed}"
-        DEPENDS "${source}"
-        VERBATIM)
-    add_custom_target(compressed_${name} ALL DEPENDS "${compressed}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/compressed")
+    execute_process(COMMAND "${GZIP}" -9 -n -c "${source}"
+        OUTPUT_FILE "${compressed}" COMMAND_ERROR_IS_FATAL ANY)
     install(FILES "${compressed}" DESTINATION ${folder})
 endfunction()
 install_compressed("${data}/ferrylane.1" ${CMAKE_INSTALL_MANDIR}/man1 ferrylane.1)
