@@ -29,7 +29,7 @@ quietly() {
 inside() {
     local root=$1
     shift
-    chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
+    chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/home LC_ALL=C.UTF-8 \
         DEBIAN_FRONTEND=noninteractive QT_QPA_PLATFORM=offscreen "$@"
 }
 
