@@ -61,7 +61,7 @@ public:
 private:
     struct Stored {
         ReceivedFile file;
-        double averageSpeed;
+        double averageSpeed = 0;
     };
     struct Waiting {
         std::vector<Stored> stored;

@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-// Files that cannot be stored.
+// Disks that are full or slow.
 
 using namespace e2e;
 
@@ -46,4 +46,23 @@ TEST_F(StorageFailure, fullDiskIsTheUploadsFailureAndTheLogSaysWhy)
     EXPECT_EQ(answerToUpload(u"small.bin"_s, support::testContent(1'000'000)), stored);
     EXPECT_EQ(
         support::contentOf(folder + u"/Pixel 8/small.bin"_s), support::testContent(1'000'000));
+}
+
+TEST_F(StorageFailure, slowDiskIsWaitedForAtTheEndOfTheProgram)
+{
+    support::Scarcity scarcity;
+    scarcity.syncTime = std::chrono::milliseconds(500);
+    ASSERT_TRUE(program_.start(scarcity));
+    support::TcpClient client;
+    client.send(upload(u"a.bin"_s, "content").all());
+    ASSERT_TRUE(support::waitUntil([this] {
+        const QStringList partials = home_.partialFiles();
+        return !partials.isEmpty() && home_.received(partials.first()) == "content";
+    }));
+    // Now it is being synced, then its folder.
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+    EXPECT_EQ(program_.terminate(), 0);
+    EXPECT_EQ(client.receiveAll(), stored);
+    EXPECT_EQ(home_.received(u"Pixel 8/a.bin"_s), "content");
+    EXPECT_TRUE(support::contentOf(home_.transferLogFile()).contains("a.bin"));
 }

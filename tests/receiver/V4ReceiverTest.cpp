@@ -39,14 +39,22 @@ protected:
         return support::uploadRequest(*key_, transfer, content);
     }
 
-    /// The head and the first of several records, in their chunks.
-    [[nodiscard]] QByteArray uploadBegun() const
+    struct Pieces {
+        QByteArray begun; ///< the head and the first of several records
+        QByteArray rest;
+    };
+
+    [[nodiscard]] Pieces uploadInPieces() const
     {
         const V4Transfer transfer = support::testTransfer(30);
         const auto records = support::sealedRecords(*key_, transfer, support::testContent(30), 10);
-        return uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8"))
+        QByteArray begun
+            = uploadRequestHead(transfer, QStringLiteral("h"), 1, QStringLiteral("Pixel 8"))
             + support::chunk(records.front());
+        return {std::move(begun), support::chunkedBody({records.begin() + 1, records.end()})};
     }
+
+    [[nodiscard]] QByteArray uploadBegun() const { return uploadInPieces().begun; }
 
     void waitUntilStarted(std::size_t count = 1)
     {
@@ -279,15 +287,14 @@ TEST_F(V4ReceiverTest, aStopCutsAnUploadOff)
 
 TEST_F(V4ReceiverTest, aRebindLeavesAnUploadAlone)
 {
-    const QByteArray bytes = support::testContent(5000);
-    const QByteArray request = upload(QStringLiteral("photo.jpg"), bytes);
+    const Pieces upload = uploadInPieces();
     TcpClient client;
-    client.send(request.first(3000));
-    ASSERT_TRUE(mainQueue().waitFor([this] { return server().hasActiveTransfer(); }));
+    client.send(upload.begun);
+    waitUntilStarted();
     server().rebindAfterNetworkChange(QStringLiteral("system wake"));
-    client.send(request.sliced(3000));
+    client.send(upload.rest);
     EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
-    EXPECT_EQ(content(QStringLiteral("Pixel 8/photo.jpg")), bytes);
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/photo.jpg")), support::testContent(30));
 }
 
 TEST_F(V4ReceiverTest, destroyingTheServiceEndsAnUploadForGood)
@@ -331,21 +338,21 @@ TEST_F(V4ReceiverTest, anUploadEndsInTheFolderInWhichItBegan)
 {
     const QString folder = receiveDir();
     const QString moved = folder + QStringLiteral(".moved");
-    const QByteArray request = upload(QStringLiteral("photo.jpg"), support::testContent(5000));
+    const Pieces upload = uploadInPieces();
     TcpClient whole;
-    whole.send(request.first(3000));
+    whole.send(upload.begun);
     waitUntilStarted();
     ASSERT_TRUE(QFile::rename(folder, moved));
     ASSERT_TRUE(QDir().mkdir(folder));
-    whole.send(request.sliced(3000));
+    whole.send(upload.rest);
     EXPECT_EQ(summary(whole.receiveAll()), "200 OK|OK SHA256");
     const QString stored = moved + QStringLiteral("/Pixel 8/photo.jpg");
-    EXPECT_EQ(support::contentOf(stored), support::testContent(5000));
+    EXPECT_EQ(support::contentOf(stored), support::testContent(30));
     EXPECT_EQ(logCount("bytes to " + stored.toUtf8()), 1);
     EXPECT_EQ(support::everythingIn(folder), QStringList());
 
     TcpClient broken;
-    broken.send(request.first(3000));
+    broken.send(upload.begun);
     waitUntilStarted(2);
     ASSERT_TRUE(QFile::rename(folder, moved + QStringLiteral("/2")));
     broken.reset();

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <thread>
 
 #include <sys/stat.h>
@@ -12,8 +13,15 @@ namespace support {
 
 namespace {
 
+std::chrono::milliseconds syncTimeFromEnvironment()
+{
+    // Asked for before main(), while there is one thread. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    const char* const text = std::getenv(BadDisk::syncTimeVariable);
+    return std::chrono::milliseconds(text ? std::atoi(text) : 0);
+}
+
 // What the functions below look at. NOLINTBEGIN(*-avoid-non-const-global-variables)
-std::atomic<std::chrono::milliseconds> syncTime{};
+std::atomic<std::chrono::milliseconds> syncTime{syncTimeFromEnvironment()};
 std::atomic<int> folderSyncError{};
 // NOLINTEND(*-avoid-non-const-global-variables)
 

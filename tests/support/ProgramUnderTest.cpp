@@ -1,5 +1,6 @@
 #include "support/ProgramUnderTest.h"
 
+#include "support/BadDisk.h"
 #include "support/TestFiles.h"
 #include "support/Waiting.h"
 
@@ -17,6 +18,17 @@
 namespace support {
 
 namespace {
+
+void slowDown(QProcessEnvironment& environment, std::chrono::milliseconds syncTime)
+{
+    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(FERRYLANE_BAD_DISK));
+    environment.insert(
+        QString::fromLatin1(BadDisk::syncTimeVariable), QString::number(syncTime.count()));
+    // It wants to be the first of the libraries, which the preloaded one is.
+    const QString options = QStringLiteral("ASAN_OPTIONS");
+    environment.insert(
+        options, environment.value(options) + QStringLiteral(":verify_asan_link_order=0"));
+}
 
 // What follows runs in the child, before the program.
 
@@ -70,6 +82,7 @@ bool ProgramUnderTest::startUntilLogged(const QByteArray& text, const Scarcity& 
     Command command;
     command.program = program_;
     command.environment = environment_;
+    if (scarcity.syncTime.count() > 0) slowDown(command.environment, scarcity.syncTime);
     command.beforeProgram = [&scarcity, &disk] {
         if (!disk.isEmpty()) mountSmallDisk(disk.constData());
         if (scarcity.descriptors) limit(RLIMIT_NOFILE, *scarcity.descriptors);

@@ -16,6 +16,7 @@ struct Scarcity {
     std::optional<rlim_t> descriptors;
     /// A file system of 2 MiB of its own at this path; see canMount().
     std::optional<QString> smallDisk;
+    std::chrono::milliseconds syncTime{}; ///< that syncing a file or folder takes
 };
 
 /// Whether this process may give a child a file system of its own.
