@@ -14,8 +14,6 @@ namespace ferrylane {
 namespace {
 
 constexpr platform::Duration scanPeriod = std::chrono::seconds(3);
-/// UTF-16 units of names in a line of the log; the neighbours choose them.
-constexpr qsizetype longestNames = 1000;
 
 } // namespace
 
@@ -135,11 +133,7 @@ void FerrylaneDeviceDiscovery::logNames(const QStringList& names)
 {
     if (loggedNames_ == names) return;
     loggedNames_ = names;
-    const QString all = names.join(QStringLiteral(", "));
-    const QString told = all.size() > longestNames
-        ? QStringLiteral("%1… (%2 in all)").arg(all.first(longestNames)).arg(names.size())
-        : all;
-    flLog(QStringLiteral("Nearby devices: ") + told);
+    flLog(QStringLiteral("Nearby devices: ") + names.join(QStringLiteral(", ")));
 }
 
 void FerrylaneDeviceDiscovery::publish(const QStringList& names, const std::stop_token& run)
