@@ -1,206 +1,75 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Plays what a hostile neighbour can do to a running Ferrylane, and prints how it bears it.
 
-    bench/storms.py [--bin FOLDER] [STORM...]     (root; FOLDER: build/release/bin)
+    bench/storms.py [--program PATH] [STORM...]     (root; PATH: build/release/bin/ferrylane)
 
 Each storm starts the program anew, in a home and a network of its own. While it lasts, the main
 thread is asked ten times a second for a sign of life and an honest client is served; the table says
-how long they waited (median and longest, in milliseconds) and by how much the memory grew.
+how long they waited (median and longest) and what the storm cost: memory, log and processor time.
 """
 
 import argparse
 import contextlib
-import multiprocessing
+import functools
+import itertools
+import json
 import os
 import pathlib
+import random
+import re
 import resource
 import select
-import shutil
-import signal
 import socket
-import statistics
 import struct
-import subprocess
 import sys
-import tempfile
-import threading
 import time
 
-PORT = 8788
-STATUS = b"GET /transfer-status HTTP/1.1\r\n\r\n"
-UPLOAD = (b"POST /secure-upload-v4 HTTP/1.1\r\nTransfer-Encoding: chunked\r\nX-Filename: storm.bin\r\n"
+from neighbourhood import (BROADCAST, COMPUTER, NEIGHBOUR, PAIRED_PHONES, SETTINGS, STATUS, Avahi,
+                           Program, answer, at_rate, connect, lay_cable, measured, note, print_head,
+                           socket_next_door)
+
+UPLOAD = (b"POST /secure-upload-v4 HTTP/1.1\r\nTransfer-Encoding: chunked\r\n"
+          b"X-Filename: storm.bin\r\n"
           b"X-Ferrylane-Transfer-ID: 00000000-0000-0000-0000-000000000000\r\n"
           b"X-Ferrylane-Nonce-Prefix: AAAAAAAAAAA\r\nX-Ferrylane-File-Size: 8\r\n\r\n")
 # A record of 8 bytes under no key at all: its tag cannot verify.
 FALSE_RECORD = b"20\r\n" + struct.pack(">II", 8, 0) + bytes(24) + b"\r\n"
 
-
-def connect():
-    return socket.create_connection(("127.0.0.1", PORT), timeout=60)
-
-
-def answer(request):
-    with connect() as client:
-        client.sendall(request)
-        return b"".join(iter(lambda: client.recv(65536), b""))
+DISCOVERY_PORT = 8789
+SEARCH = b"FERRYLANE_DISCOVER_V1"
+PATIENCE_OF_A_PHONE = 0.6
+MDNS = ("224.0.0.251", 5353)
 
 
-class Program:
-    """Ferrylane in a home of its own, with at most `descriptors` of them."""
+# The storms. Each is given what starts the program.
 
-    def __init__(self, folder, descriptors=None):
-        self.bin = folder
-        self.home = pathlib.Path(tempfile.mkdtemp(prefix="ferrylane-storm-"))
-        runtime = self.home / "runtime"
-        runtime.mkdir(mode=0o700)
-        self.environment = os.environ | {
-            "HOME": str(self.home), "XDG_RUNTIME_DIR": str(runtime), "QT_QPA_PLATFORM": "offscreen"}
-        for name in ["XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"]:
-            self.environment.pop(name, None)
-
-        def limit():
-            if descriptors:
-                resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors))
-
-        self.process = subprocess.Popen([self.bin / "ferrylane"], env=self.environment,
-                                        stderr=subprocess.DEVNULL, preexec_fn=limit)
-        self.wait_for_log("Server ready on port")
-        time.sleep(1)
-
-    @property
-    def log(self):
-        path = self.home / ".local/state/Ferrylane/ferrylane.log"
-        return path.read_text() if path.exists() else ""
-
-    @property
-    def transfers(self):
-        path = self.home / ".local/share/Ferrylane/transfer-log-v1.json"
-        return path.read_text().count('"Received"') if path.exists() else 0
-
-    def wait_for_log(self, text, seconds=20):
-        end = time.monotonic() + seconds
-        while text not in self.log:
-            if time.monotonic() > end:
-                raise TimeoutError(f"the log says nothing of: {text}")
-            time.sleep(0.02)
-
-    def memory(self):
-        """Resident MiB."""
-        status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text()
-        return int(status.split("VmRSS:")[1].split()[0]) / 1024
-
-    def sign_of_life(self):
-        """Asks the main thread, as a second start of the program does; seconds until it answers."""
-        begin = time.monotonic()
-        with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as client:
-            client.settimeout(60)
-            client.connect(str(self.home / "runtime/ferrylane/requests"))
-            client.sendall(b"show")
-            client.recv(1)
-        return time.monotonic() - begin
-
-    def upload(self):
-        """An honest upload; seconds until it is stored and in the transfer log."""
-        (self.home / "honest.bin").write_bytes(os.urandom(100_000))
-        before = self.transfers
-        begin = time.monotonic()
-        subprocess.run([self.bin / "ferrylane-phone", "upload", "--local", "--name", "Phone",
-                        self.home / "honest.bin"], env=self.environment, check=True,
-                       stdout=subprocess.DEVNULL)
-        while self.transfers == before:
-            time.sleep(0.005)
-        return time.monotonic() - begin
-
-    def end(self):
-        self.process.send_signal(signal.SIGTERM)
-        code = self.process.wait(30)
-        shutil.rmtree(self.home, ignore_errors=True)
-        return code
-
-
-@contextlib.contextmanager
-def measured(program, name, honest=lambda: answer(STATUS)):
-    """Prints a row on what happens within: the waits of the main thread and of an honest client."""
-    waits, served, stop = [], [], threading.Event()
-
-    def ask(call, times):
-        while not stop.wait(0.1):
-            begin = time.monotonic()
-            call()
-            times.append((time.monotonic() - begin) * 1000)
-
-    threads = [threading.Thread(target=ask, args=pair)
-               for pair in [(program.sign_of_life, waits), (honest, served)]]
-    memory, log = program.memory(), len(program.log)
-    for thread in threads:
-        thread.start()
-    yield
-    stop.set()
-    for thread in threads:
-        thread.join()
-    print(f"{name:34} main thread {statistics.median(waits):6.1f} {max(waits):7.1f}   "
-          f"client {statistics.median(served):6.1f} {max(served):7.1f}   "
-          f"memory {program.memory() - memory:+6.1f} MiB   "
-          f"log {(len(program.log) - log) / 1024:6.1f} KiB", flush=True)
-
-
-def at_rate(action, rate, seconds, processes=2):
-    """Does `action` so many times a second in all, or as often as it can; returns how often."""
-    def run(count):
-        begin, done = time.monotonic(), 0
-        while (now := time.monotonic() - begin) < seconds:
-            if done < now * rate / processes:
-                action()
-                done += 1
-            else:
-                time.sleep(0.0005)
-        with count.get_lock():
-            count.value += done
-
-    context = multiprocessing.get_context("fork")
-    count = context.Value("i", 0)
-    workers = [context.Process(target=run, args=(count,)) for _ in range(processes)]
-    for worker in workers:
-        worker.start()
-    for worker in workers:
-        worker.join()
-    return count.value
-
-
-# The storms.
-
-def silence(folder):
+def silence(start):
     """One upload that sends nothing: how long it keeps phones out."""
-    program = Program(folder)
-    with connect() as client:
+    with start() as program, connect() as client:
         client.sendall(UPLOAD)
         begin = time.monotonic()
         time.sleep(0.2)
         with measured(program, "a silent upload"):
             while b"BUSY" in answer(STATUS):
                 time.sleep(0.1)
-        print(f"    phones were kept out for {time.monotonic() - begin:.1f} s")
-    program.end()
+        note(f"phones were kept out for {time.monotonic() - begin:.1f} s")
 
 
-def wrong_key(folder):
+def wrong_key(start):
     """Uploads under a wrong key, 2,000 a second for 10 s, then an honest one."""
-    program = Program(folder)
-
     def upload():
         with contextlib.suppress(OSError):
             answer(UPLOAD + FALSE_RECORD + b"0\r\n\r\n")
 
-    upload()
-    with measured(program, "uploads under a wrong key, 10 s"):
-        count = at_rate(upload, 2000, 10)
-    print(f"    {count} uploads; an honest one after them: {program.upload() * 1000:.0f} ms")
-    program.end()
+    with start() as program:
+        upload()
+        with measured(program, "uploads under a wrong key"):
+            count = at_rate(upload, 2000, 10)
+        note(f"{count} uploads; an honest one after them: {program.upload() * 1000:.0f} ms")
 
 
-def sockets(folder):
+def sockets(start):
     """Status requests, 3,000 a second for 5 s, whose senders keep their sockets open."""
-    program = Program(folder, 1024)
     kept = []
 
     def ask():
@@ -210,55 +79,171 @@ def sockets(folder):
         if len(kept) > 4000:
             kept.pop(0).close()
 
-    with measured(program, "answered sockets kept open, 5 s"):
-        count = at_rate(ask, 3000, 5)
-    print(f"    {count} requests")
-    program.end()
+    with start(descriptors=1024) as program:
+        with measured(program, "answered sockets kept open"):
+            count = at_rate(ask, 3000, 5)
+        note(f"{count} requests")
 
 
-def idle_heads(folder, descriptors, count):
-    program = Program(folder, descriptors)
-    with measured(program, f"{count} idle heads, {descriptors} descriptors"):
-        clients = []
-        for _ in range(count):
-            clients.append(connect())
-            clients[-1].sendall(b"GET /trans")
-        time.sleep(2)
-    rests = program.log.count("Server listener waiting")
-    print(f"    log: {rests} rests, {program.log.count('Server ready on port')} listeners")
-    for client in clients:
-        client.close()
-    program.end()
-
-
-def heads(folder):
+def heads(start):
     """5,000 request heads that never end."""
-    idle_heads(folder, 1024, 5000)
+    hold_idle_heads(start, 5000, 1024)
 
 
-def few_descriptors(folder):
+def few_descriptors(start):
     """300 request heads that never end, and 128 descriptors."""
-    idle_heads(folder, 128, 300)
+    hold_idle_heads(start, 300, 128)
+
+
+def hold_idle_heads(start, count, descriptors):
+    with start(descriptors=descriptors) as program, contextlib.ExitStack() as clients:
+        with measured(program, f"{count} idle heads, {descriptors} descriptors"):
+            for _ in range(count):
+                clients.enter_context(connect()).sendall(b"GET /trans")
+            time.sleep(2)
+        rests = program.log.count("Server listener waiting")
+        note(f"log: {rests} rests, {program.log.count('Server ready on port')} listeners")
+
+
+def flood(start):
+    """Searches from hosts that do not exist, 300 a second for 13 s: first many hosts, then few."""
+    search_from_nowhere(start, made_up_hosts(60_000))
+    search_from_nowhere(start, made_up_hosts(250))
+
+
+def search_from_nowhere(start, hosts):
+    answers = []
+    with start() as program, wire_next_door() as wire:
+        def search():
+            send_forged(wire, (random.choice(hosts), 40000), (BROADCAST, DISCOVERY_PORT), SEARCH)
+
+        with measured(program, f"searches from {len(hosts)} made-up hosts", pause=1,
+                      client=lambda: answers.append(is_found_by_a_phone())):
+            at_rate(search, 300, 13, processes=1)
+    note(f"{sum(answers)} of a phone's {len(answers)} searches answered")
+
+
+def made_up_hosts(count):
+    return [f"10.9.{number // 250 + 1}.{number % 250 + 1}" for number in range(count)]
+
+
+def wire_next_door():
+    return socket_next_door(socket.SOCK_RAW, socket.IPPROTO_RAW)
+
+
+def send_forged(wire, source, target, content):
+    """Sends a datagram that claims to come from `source`."""
+    udp = struct.pack("!HHHH", source[1], target[1], 8 + len(content), 0) + content
+    head = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(udp), 0, 0, 255, socket.IPPROTO_UDP, 0,
+                       socket.inet_aton(source[0]), socket.inet_aton(target[0]))
+    wire.sendto(head + udp, (target[0], 0))
+
+
+def is_found_by_a_phone():
+    with socket_next_door(socket.SOCK_DGRAM) as phone:
+        phone.sendto(SEARCH, ("255.255.255.255", DISCOVERY_PORT))
+        if not select.select([phone], [], [], PATIENCE_OF_A_PHONE)[0]:
+            return False
+        return phone.recvfrom(600)[1] == (COMPUTER, DISCOVERY_PORT)
+
+
+def replies(start):
+    """1,000 replies a scan: a paired phone's name with as many ports, from one host and from two;
+    then as many names and hosts."""
+    hosts = made_up_hosts(1000)
+    reply_to_scans(start, "a phone's name from one host", hosts[:1], "Pixel|{}")
+    reply_to_scans(start, "a phone's name from two hosts", hosts[:2], "Pixel|{}")
+    reply_to_scans(start, "names from 1000 made-up hosts", hosts, "Phone {}|8787")
+
+
+def reply_to_scans(start, name, hosts, text):
+    phone = {"name": "Pixel", "baseURL": "http://10.9.0.9:8787", "keyB64": "A" * 43}
+    with start(files={PAIRED_PHONES: json.dumps([phone])}) as program:
+        with measured(program, name):
+            scans = reply_for(14, hosts, text)
+        kept = phone["baseURL"] == json.loads(program.text(PAIRED_PHONES))[0]["baseURL"]
+        note(f"{scans} scans; the paired address {'is the old one' if kept else 'has followed'}; "
+             f"log: {program.log.count('Updated paired address')} updates, "
+             f"{program.log.count('More than one device')} warnings, "
+             f"{program.log.count('Nearby devices')} lists")
+
+
+def reply_for(seconds, hosts, text):
+    """Replies to the program's scans; returns how many there were."""
+    numbers, scans, end = itertools.count(10_000), 0, time.monotonic() + seconds
+    with socket_next_door(socket.SOCK_DGRAM) as listener, wire_next_door() as wire:
+        listener.bind(("", DISCOVERY_PORT))
+        while select.select([listener], [], [], max(0, end - time.monotonic()))[0]:
+            scanner = listener.recvfrom(600)[1]
+            scans += 1
+            for host in itertools.islice(itertools.cycle(hosts), 1000):
+                reply = "FERRYLANE_HERE_V1|" + text.format(next(numbers))
+                send_forged(wire, (host, DISCOVERY_PORT), scanner, reply.encode())
+    return scans
+
+
+def names(start):
+    """3,000 DNS-SD names that come and go at once, where the program's own name is taken, too."""
+    own = "Office PC"
+    with Avahi("computer") as avahi, Avahi.of_neighbour() as neighbour, wire_next_door() as wire:
+        neighbour.announce(own)
+        with start(environment=avahi.environment,
+                   files={SETTINGS: f"[General]\nFerrylaneDeviceName={own}\n"}) as program:
+            program.wait_for_log("announced as")
+            with measured(program, "3000 names by DNS-SD"):
+                for seconds_to_live in (4500, 0):
+                    announce_many(wire, seconds_to_live)
+                    time.sleep(10)
+            tell_of_names(program.log)
+
+
+def announce_many(wire, seconds_to_live):
+    """Says by mDNS that 3,000 services of ours are there, or with 0 seconds that they are gone."""
+    def label(text):
+        return bytes([len(text)]) + text.encode()
+
+    service_type = label("_ferrylane") + label("_tcp") + label("local") + b"\0"
+    for first in range(0, 3000, 20):
+        message = struct.pack("!6H", 0, 0x8400, 0, 20, 0, 0)
+        for number in range(first, first + 20):
+            name = label(f"phone {number:04}") + service_type
+            pointer = struct.pack("!HHIH", 12, 1, seconds_to_live, len(name))
+            message += service_type + pointer + name
+        send_forged(wire, (NEIGHBOUR, MDNS[1]), MDNS, message)
+
+
+def tell_of_names(log):
+    lists = re.findall("Nearby devices: (.*)", log)
+    announced = re.findall("announced as “(.*)”", log)
+    listed = any(name in told for name in announced for told in lists)
+    note(f"log: {len(lists)} lists of nearby devices; announced as “{'”, “'.join(announced)}”, "
+         f"which is {'LISTED' if listed else 'not listed'}")
 
 
 STORMS = {"silence": silence, "wrong-key": wrong_key, "sockets": sockets, "heads": heads,
-          "few-descriptors": few_descriptors}
+          "few-descriptors": few_descriptors, "flood": flood, "replies": replies, "names": names}
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0], epilog="\n".join(
-        f"{name}: {storm.__doc__}" for name, storm in STORMS.items()),
-        formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--bin", type=pathlib.Path, default=pathlib.Path("build/release/bin"))
-    parser.add_argument("storms", nargs="*", metavar="STORM", choices=[[], *STORMS])
+    parser = argparse.ArgumentParser(
+        description=__doc__.split("\n\n")[0], formatter_class=argparse.RawDescriptionHelpFormatter,
+        epilog="\n".join(f"{name}: {storm.__doc__}" for name, storm in STORMS.items()))
+    parser.add_argument("--program", type=pathlib.Path, metavar="PATH",
+                        default=pathlib.Path("build/release/bin/ferrylane"),
+                        help="beside ferrylane-phone; %(default)s if not given")
+    parser.add_argument("storms", nargs="*", metavar="STORM", choices=[[], *STORMS],
+                        help="which ones; all if none is given")
     arguments = parser.parse_args()
     if "FERRYLANE_STORM" not in os.environ:
-        os.environ["FERRYLANE_STORM"] = "in a network of its own"
-        os.execvp("unshare", ["unshare", "--net", "--mount", sys.executable, *sys.argv])
-    subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
+        os.environ["FERRYLANE_STORM"] = "in namespaces of its own"
+        # With it ends all that it started.
+        os.execvp("unshare", ["unshare", "--net", "--mount", "--pid", "--fork", "--kill-child",
+                              "--mount-proc", sys.executable, *sys.argv])
+    lay_cable()
     resource.setrlimit(resource.RLIMIT_NOFILE, (20000, 20000))
+    print_head()
     for name in arguments.storms or STORMS:
-        STORMS[name](arguments.bin.resolve())
+        STORMS[name](functools.partial(Program, arguments.program.resolve()))
 
 
 if __name__ == "__main__":
