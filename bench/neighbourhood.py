@@ -192,17 +192,22 @@ class Program(Running):
             client.sendall(b"show")
             client.recv(1)
 
-    def upload(self):
-        """An honest upload; seconds until it is stored and in the transfer log."""
+    def start_upload(self, size):
+        """An honest phone that sends a file of so many bytes: its process."""
         file = self.path("honest.bin")
-        file.write_bytes(os.urandom(100_000))
+        with file.open("wb") as content:
+            content.truncate(size)
+        return self.run(self.phone, "upload", "--local", "--name", "Phone", file,
+                        env=self.environment, stdout=subprocess.DEVNULL)
 
+    def upload(self):
+        """Seconds until an honest upload is stored and in the transfer log."""
         def count():
             return self.text(TRANSFERS).count('"Received"')
 
         before, begin = count(), time.monotonic()
-        subprocess.run([self.phone, "upload", "--local", "--name", "Phone", file], check=True,
-                       env=self.environment, stdout=subprocess.DEVNULL)
+        if self.start_upload(100_000).wait() != 0:
+            raise RuntimeError("an honest upload has failed")
         while count() == before:
             time.sleep(0.005)
         return time.monotonic() - begin

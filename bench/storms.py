@@ -19,6 +19,7 @@ import random
 import re
 import resource
 import select
+import signal
 import socket
 import struct
 import sys
@@ -26,7 +27,7 @@ import time
 
 from neighbourhood import (BROADCAST, COMPUTER, NEIGHBOUR, PAIRED_PHONES, SETTINGS, STATUS, Avahi,
                            Program, answer, at_rate, connect, lay_cable, measured, note, print_head,
-                           socket_next_door)
+                           socket_next_door, wait_until)
 
 UPLOAD = (b"POST /secure-upload-v4 HTTP/1.1\r\nTransfer-Encoding: chunked\r\n"
           b"X-Filename: storm.bin\r\n"
@@ -44,15 +45,29 @@ MDNS = ("224.0.0.251", 5353)
 # The storms. Each is given what starts the program.
 
 def silence(start):
-    """One upload that sends nothing: how long it keeps phones out."""
-    with start() as program, connect() as client:
-        client.sendall(UPLOAD)
-        begin = time.monotonic()
-        time.sleep(0.2)
-        with measured(program, "a silent upload"):
-            while b"BUSY" in answer(STATUS):
-                time.sleep(0.1)
-        note(f"phones were kept out for {time.monotonic() - begin:.1f} s")
+    """An upload that sends nothing, one that stops in the middle: how long no phone gets in."""
+    with start() as program:
+        with connect() as client:
+            client.sendall(UPLOAD)
+            wait_while_busy(program, "an upload of nothing")
+        phone = program.start_upload(4_000_000_000)
+        wait_until(is_busy, "no upload")
+        phone.send_signal(signal.SIGSTOP)
+        wait_while_busy(program, "an upload that stops in the middle")
+        phone.kill()
+
+
+def is_busy():
+    return b"BUSY" in answer(STATUS)
+
+
+def wait_while_busy(program, name):
+    begin = time.monotonic()
+    time.sleep(0.2)
+    with measured(program, name):
+        while is_busy():
+            time.sleep(0.1)
+    note(f"phones were kept out for {time.monotonic() - begin:.1f} s")
 
 
 def wrong_key(start):
