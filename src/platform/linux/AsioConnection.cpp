@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <mutex>
 #include <thread>
+
+#include <netinet/tcp.h>
 
 namespace platform {
 
@@ -20,6 +23,23 @@ namespace {
 constexpr auto closingTime = std::chrono::seconds(1);
 // Between two looks at whether a name has been looked up.
 constexpr auto lookupPause = std::chrono::milliseconds(10);
+// A connection that this side has made fails (ETIMEDOUT) when the peer acknowledges nothing for so
+// long: not what was sent, not the probes of an idle connection. Linux counts a peer that takes no
+// bytes for so long, though it is there, among them.
+constexpr std::chrono::duration<int, std::milli> unansweredLimit = std::chrono::seconds(50);
+
+/// A peer that vanishes without a word (battery, Wi-Fi) would hold the connection for a quarter of
+/// an hour while there are bytes for it, and for ever while there are none. Probes make sure that
+/// an idle connection has something unanswered by then.
+void failWhenUnanswered(asio::ip::tcp::socket& socket)
+{
+    using asio::detail::socket_option::integer;
+    std::error_code ignored; // Each is an improvement, none a condition.
+    socket.set_option(integer<IPPROTO_TCP, TCP_USER_TIMEOUT>(unansweredLimit.count()), ignored);
+    socket.set_option(asio::socket_base::keep_alive(true), ignored);
+    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPIDLE>(20), ignored);
+    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPINTVL>(10), ignored);
+}
 
 } // namespace
 
@@ -135,7 +155,8 @@ void AsioConnection::connected(const std::error_code& error)
         return;
     }
     keepFromOtherPrograms(socket_);
-    setConnectionOptions(socket_);
+    sendWithoutDelay(socket_);
+    failWhenUnanswered(socket_);
     std::error_code ignored;
     socket_.non_blocking(true, ignored);
     reach(State::ready, {});

@@ -7,10 +7,7 @@
 #include <asio/steady_timer.hpp>
 #include <asio/strand.hpp>
 
-#include <chrono>
-
 #include <fcntl.h>
-#include <netinet/tcp.h>
 
 namespace platform {
 
@@ -20,26 +17,12 @@ template <typename Socket> void keepFromOtherPrograms(Socket& socket)
     static_cast<void>(fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC));
 }
 
-/// A connection fails (ETIMEDOUT) when the peer acknowledges nothing for so long: not what was
-/// sent, not the probes of an idle connection. Linux counts a peer that takes no bytes for so long,
-/// though it is there, among them.
-constexpr std::chrono::duration<int, std::milli> unansweredLimit = std::chrono::seconds(50);
-
-/// Sets what every connection has, on a connection or on the acceptor from which connections then
-/// inherit it.
-template <typename Socket> void setConnectionOptions(Socket& socket)
+/// Sends small pieces at once. On a connection, or on the acceptor that connections inherit it
+/// from.
+template <typename Socket> void sendWithoutDelay(Socket& socket)
 {
-    using asio::detail::socket_option::integer;
-    // Each is an improvement, none a condition.
-    std::error_code ignored;
+    std::error_code ignored; // An improvement, no condition.
     socket.set_option(asio::ip::tcp::no_delay(true), ignored);
-    // A peer that vanishes without a word (battery, Wi-Fi) would hold the connection for a quarter
-    // of an hour while there are bytes for it, and for ever while there are none. Probes make sure
-    // that an idle connection has something unanswered by then.
-    socket.set_option(integer<IPPROTO_TCP, TCP_USER_TIMEOUT>(unansweredLimit.count()), ignored);
-    socket.set_option(asio::socket_base::keep_alive(true), ignored);
-    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPIDLE>(20), ignored);
-    socket.set_option(integer<IPPROTO_TCP, TCP_KEEPINTVL>(10), ignored);
 }
 
 /// TcpConnection over Asio. All state is touched on the strand only; an outstanding operation holds
@@ -51,8 +34,8 @@ public:
 
     /// A connection that start() will connect.
     AsioConnection(asio::io_context& context, QString host, std::uint16_t port);
-    /// An accepted connection. Its socket must have been made on `strand`, by an acceptor with the
-    /// options of connections.
+    /// An accepted connection. Its socket must have been made on `strand`, by an acceptor that
+    /// sends without delay.
     AsioConnection(Strand strand, asio::ip::tcp::socket socket);
 
     void start(StateHandler handler) override;

@@ -110,7 +110,7 @@ private:
         if (!error && endpoint.protocol() == tcp::v6()) {
             acceptor_.set_option(asio::ip::v6_only(false), error);
         }
-        setConnectionOptions(acceptor_);
+        sendWithoutDelay(acceptor_);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
         if (error) {
