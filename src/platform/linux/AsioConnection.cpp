@@ -210,7 +210,8 @@ void AsioConnection::waitForBytes(const std::shared_ptr<Receive>& receive)
     if (receive->limit) startTimeLimit(receive);
     socket_.async_wait(asio::ip::tcp::socket::wait_read,
         [self = shared_from_this(), receive](const std::error_code& error) {
-            if (receive->limit) self->receiveTimer_.cancel();
+            // The timer's handler may be waiting already: it finds its time moved.
+            self->receiveTimer_.expires_at(asio::steady_timer::time_point::max());
             if (!error) {
                 self->receiveSome(receive);
             } else if (receive->isTimedOut) {
@@ -225,7 +226,7 @@ void AsioConnection::startTimeLimit(const std::shared_ptr<Receive>& receive)
 {
     receiveTimer_.expires_after(std::max(*receive->limit, Duration::zero()));
     receiveTimer_.async_wait([self = shared_from_this(), receive](const std::error_code& error) {
-        if (error) return;
+        if (error || self->receiveTimer_.expiry() > std::chrono::steady_clock::now()) return;
         receive->isTimedOut = true;
         std::error_code ignored;
         self->socket_.cancel(ignored);
