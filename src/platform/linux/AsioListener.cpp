@@ -143,8 +143,9 @@ private:
             return;
         }
         if (!error) latestDescriptor_ = socket.native_handle();
-        if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
+        // Before the handler, which may throw.
         acceptNext();
+        if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
     }
 
     /// Out of something that others may give back: trying again at once would spin.
