@@ -61,9 +61,7 @@ void beginEnd(End& end, platform::SingleInstance* instance)
 /// The event loop of the one instance, and all that lives as long as it does.
 int run(platform::SingleInstance* instance, const QByteArray& action, End& end)
 {
-    // In this order, so that each goes before what it uses. The signals go last: one that comes
-    // while the application ends is no reason to end it sooner.
-    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
+    // In this order, so that each goes before what it uses.
     platform::MainQueue mainQueue;
     platform::NotificationCenter notifications(mainQueue);
     const platform::SteadyClock clock;
@@ -172,6 +170,8 @@ int main(int argc, char** argv)
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
+    // To the end: one that comes while the program ends is no reason to end it sooner.
+    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     const int exitCode = run(instance.get(), action, end);
     // Before the claim of the instance goes: the next one reads them.
     if (const std::error_code error = ferrylane::standardDefaults().flush()) {

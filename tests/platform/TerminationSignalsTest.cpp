@@ -70,11 +70,10 @@ void raiseTwice(int first, int second)
     ::_exit(0);
 }
 
-TEST(TerminationSignalsDeathTest, TheSecondSignalEndsTheProcess)
+TEST(TerminationSignalsDeathTest, TheSameSignalASecondTimeEndsTheProcess)
 {
     EXPECT_EXIT(raiseTwice(SIGINT, SIGINT), ::testing::KilledBySignal(SIGINT), "");
-    EXPECT_EXIT(raiseTwice(SIGINT, SIGTERM), ::testing::KilledBySignal(SIGTERM), "");
-    EXPECT_EXIT(raiseTwice(SIGTERM, SIGHUP), ::testing::KilledBySignal(SIGHUP), "");
+    EXPECT_EXIT(raiseTwice(SIGTERM, SIGHUP), ::testing::ExitedWithCode(0), "");
 }
 
 } // namespace

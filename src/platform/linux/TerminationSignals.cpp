@@ -21,7 +21,7 @@ constexpr std::array watchedSignals{SIGINT, SIGTERM, SIGHUP};
 // another thread may be about to write to it when an object goes.
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 std::atomic<int> wakeDescriptor = -1;
-std::atomic<bool> askedToEnd = false;
+std::atomic<int> firstSignal = 0; // 0: the process has not been asked to end
 std::atomic<bool> inUse = false;
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
@@ -29,12 +29,13 @@ static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_alw
 void onTerminationSignal(int signal)
 {
     const int savedErrno = errno;
-    if (askedToEnd.exchange(true)) {
+    int earlier = 0;
+    if (firstSignal.compare_exchange_strong(earlier, signal)) {
+        ::eventfd_write(wakeDescriptor, 1);
+    } else if (earlier == signal) {
         // Held back while this handler runs, and then it ends the process as if never caught.
         std::signal(signal, SIG_DFL);
         std::raise(signal);
-    } else {
-        ::eventfd_write(wakeDescriptor, 1);
     }
     errno = savedErrno;
 }
@@ -106,7 +107,7 @@ TerminationSignals::~TerminationSignals()
     // What has been asked and not been heard must not reach the next object.
     eventfd_t ignored = 0;
     ::eventfd_read(wakeDescriptor, &ignored);
-    askedToEnd = false;
+    firstSignal = 0;
     inUse = false;
 }
 
