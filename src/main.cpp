@@ -52,10 +52,16 @@ using End = std::optional<platform::EndLimit>;
 void beginEnd(End& end, platform::SingleInstance* instance)
 {
     constexpr auto longestEnd = std::chrono::seconds(20);
-    end.emplace(longestEnd, [] {
-        flLog(QStringLiteral("Ended without waiting any longer for what was still to be written"));
-    });
     if (instance) instance->sayThatItEnds();
+    try {
+        end.emplace(longestEnd, [] {
+            flLog(QStringLiteral(
+                "Ended without waiting any longer for what was still to be written"));
+        });
+    } catch (const std::system_error& error) {
+        flLog(QStringLiteral("The end takes as long as it does: ")
+            + QString::fromStdString(error.code().message()));
+    }
 }
 
 /// The event loop of the one instance, and all that lives as long as it does.

@@ -13,7 +13,8 @@ namespace platform {
 /// bus that hangs cannot be interrupted. Made when the end begins, destroyed last of all.
 class EndLimit {
 public:
-    /// `onGiveUp` runs on a thread of its own, right before the process ends.
+    /// `onGiveUp` runs on a thread of its own, right before the process ends; for a second at most.
+    /// Throws std::system_error when there is no thread to be had.
     EndLimit(Duration limit, std::function<void()> onGiveUp);
     /// Everything has ended in time.
     ~EndLimit();
