@@ -92,7 +92,8 @@ public:
 /// Makes TCP listeners and connections, and owns the few threads that serve all of them.
 class TcpNetwork : public Interface {
 public:
-    /// Starts the threads. `label` names them.
+    /// Starts the threads. `label` names them. Throws std::system_error when there are none to be
+    /// had.
     [[nodiscard]] static std::unique_ptr<TcpNetwork> create(const std::string& label);
 
     /// Drops what is outstanding without calling its handlers, and joins the threads. A handler

@@ -25,21 +25,20 @@ class AsioNetwork final : public TcpNetwork {
 public:
     explicit AsioNetwork(const std::string& label) : work_(context_.get_executor())
     {
-        for (unsigned i = 0; i < threadCount(); ++i) {
-            threads_.emplace_back([this, label] {
-                setCurrentThreadName(label);
-                run();
-            });
+        try {
+            for (unsigned i = 0; i < threadCount(); ++i) {
+                threads_.emplace_back([this, label] {
+                    setCurrentThreadName(label);
+                    run();
+                });
+            }
+        } catch (...) {
+            end();
+            throw;
         }
     }
 
-    ~AsioNetwork() override
-    {
-        context_.stop();
-        for (std::thread& thread : threads_) {
-            thread.join();
-        }
-    }
+    ~AsioNetwork() override { end(); }
 
     std::unique_ptr<TcpListener> listener(std::uint16_t port) override
     {
@@ -52,6 +51,14 @@ public:
     }
 
 private:
+    void end()
+    {
+        context_.stop();
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+    }
+
     void run()
     {
         while (true) {
