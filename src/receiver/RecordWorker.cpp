@@ -31,14 +31,17 @@ void RecordWorker::take(platform::ByteBuffer& body, std::vector<platform::ByteVi
     {
         std::unique_lock lock(mutex_);
         worked_.wait(lock, [this] { return pending_ < batchesAtOnce; });
-        ++pending_;
         next = std::move(spares_.back());
         spares_.pop_back();
     }
     next.append(body.unread());
     const auto batch = std::make_shared<Batch>(Batch{std::move(body), std::move(chunks)});
     body = std::move(next);
-    queue_.async([this, batch] { work(batch); });
+    platform::SerialQueue::Task task = [this, batch] { work(batch); };
+    // Only now: were it counted and then not queued for a lack of memory, it would be waited for.
+    const std::lock_guard lock(mutex_);
+    queue_.async(std::move(task));
+    ++pending_;
 }
 
 std::optional<StreamFailure> RecordWorker::settle()
