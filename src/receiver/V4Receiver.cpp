@@ -25,7 +25,7 @@ V4Receiver::V4Receiver(AdmittedUpload upload, platform::ByteBuffer body)
     : upload_(std::move(upload))
     , bodyBuffer_(std::move(body))
     , admissionTime_(platform::SteadyClock().now())
-    , latestBytesTime_(admissionTime_)
+    , waitingSince_(admissionTime_)
     , progress_(sanitize(upload_.transfer.fileName), upload_.transfer.fileSize,
           *upload_.context->reports, upload_.context->clock)
 {
@@ -73,7 +73,7 @@ platform::Duration V4Receiver::timeLeft() const
 {
     const UploadTimes& times = upload_.context->times;
     const platform::TimePoint end = progress_.isAuthenticated()
-        ? latestBytesTime_ + times.silence
+        ? waitingSince_ + times.silence
         : admissionTime_ + times.firstRecord;
     return end - platform::SteadyClock().now();
 }
@@ -90,7 +90,6 @@ void V4Receiver::received(bool endOfStream, const std::error_code& error)
         failConnection(error);
         return;
     }
-    latestBytesTime_ = platform::SteadyClock().now();
     // What came before the end of the stream has been delivered before, and did not complete it.
     if (endOfStream) {
         fail(failures::closedBeforeLastChunk);
@@ -105,6 +104,8 @@ void V4Receiver::proceed()
     if (lastChunkSeen_) {
         finalizeIfDone();
     } else {
+        // Not since the latest bytes: what a slow disk has taken is not the phone's silence.
+        waitingSince_ = platform::SteadyClock().now();
         next();
     }
 }

@@ -64,7 +64,7 @@ private:
     platform::ByteBuffer bodyBuffer_;
     ChunkDecoder chunks_;
     const platform::TimePoint admissionTime_;
-    platform::TimePoint latestBytesTime_;
+    platform::TimePoint waitingSince_; ///< for the next bytes
     ReceiveProgress progress_;
     std::unique_ptr<RecordWorker> worker_; ///< null once the upload has ended
     bool lastChunkSeen_ = false;
