@@ -168,7 +168,11 @@ void HTTPServer::listenerChanged(State state, const std::error_code& error)
         break;
     case State::ready:
         if (isVisible_) with_.advertiser.advertise(ferrylaneDeviceSuffix());
-        if (std::exchange(isPortLost_, false)) retryResponder();
+        if (std::exchange(isPortLost_, false)) {
+            // The listener may be another than the one that was to come.
+            if (pendingRebind_) pendingRebind_->cancel();
+            retryResponder();
+        }
         break;
     }
     with_.onSocket(platform::Transport::tcp, error);
