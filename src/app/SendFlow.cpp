@@ -6,6 +6,7 @@
 #include "pairing/PairedTargets.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 namespace ferrylane {
@@ -66,7 +67,13 @@ void SendFlow::sendFilesToPairedPhone(const platform::FilePaths& paths)
 void SendFlow::start(const platform::FilePaths& files, const FerrylanePairedTarget& target)
 {
     if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
-    const auto sender = std::make_shared<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+    std::shared_ptr<FerrylaneV4Sender> sender;
+    try {
+        sender = std::make_shared<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+    } catch (const std::system_error& noThread) {
+        failed(SendError::network(noThread.code()));
+        return;
+    }
     running_ = {files, target, sender};
     sender->onWaiting = [this] {
         with_.views.setSendStatus(
