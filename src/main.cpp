@@ -125,14 +125,13 @@ std::unique_ptr<platform::SingleInstance> claimSingleInstance(const QByteArray& 
     }
 }
 
-void sayThatAnotherDoesNotAnswer()
+/// Why the program ends as soon as it has been started.
+void sayWhyNot(const QString& reason, const QString& advice)
 {
-    const QString text = QStringLiteral("Ferrylane is already running, but it does not answer.");
-    std::fprintf(stderr, "ferrylane: %s\n", qPrintable(text));
-    flLog(text);
+    std::fprintf(stderr, "ferrylane: %s\n", qPrintable(reason));
+    flLog(reason);
     if (QGuiApplication::platformName() == u"offscreen") return;
-    QMessageBox::warning(nullptr, QStringLiteral("Ferrylane"),
-        text + QStringLiteral(" End it, or log out and in again, then start it anew."));
+    QMessageBox::warning(nullptr, QStringLiteral("Ferrylane"), reason + u' ' + advice);
 }
 
 /// What the platform has to say of faults that it lives on with (a handler that threw).
@@ -171,14 +170,22 @@ int main(int argc, char** argv)
     const Outcome outcome = instance ? instance->outcome() : Outcome::first;
     if (outcome == Outcome::handedOver) return 0;
     if (outcome == Outcome::unanswered) {
-        sayThatAnotherDoesNotAnswer();
+        sayWhyNot(QStringLiteral("Ferrylane is already running, but it does not answer."),
+            QStringLiteral("End it, or log out and in again, then start it anew."));
         return 1;
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
     // To the end: one that comes while the program ends is no reason to end it sooner.
     const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
-    const int exitCode = run(instance.get(), action, end);
+    int exitCode = 1;
+    try {
+        exitCode = run(instance.get(), action, end);
+    } catch (const std::system_error& error) {
+        sayWhyNot(QStringLiteral("Ferrylane cannot run: %1.")
+                      .arg(QString::fromStdString(error.code().message())),
+            QStringLiteral("End other programs, then start it anew."));
+    }
     // Before the claim of the instance goes: the next one reads them.
     if (const std::error_code error = ferrylane::standardDefaults().flush()) {
         flLog(QStringLiteral("Could not save the settings: ")
