@@ -90,7 +90,6 @@ public:
 
     [[nodiscard]] bool isVisible() const { return isVisible_; }
     [[nodiscard]] bool serviceRunning() const { return serviceRunning_; }
-    [[nodiscard]] bool hasActiveTransfer() const { return context_->admission.hasActive(); }
     /// The receiver key as unpadded base64url, 43 characters. A credential: for the pairing link.
     [[nodiscard]] const QString& sessionKeyB64() const { return sessionKeyB64_; }
     /// In a handler of "FerrylaneReceived": the file that the notification is about.

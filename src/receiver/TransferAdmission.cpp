@@ -60,12 +60,6 @@ bool TransferAdmission::isBusy() const
     return outboundBusy_ || activeTransferConnection_;
 }
 
-bool TransferAdmission::hasActive() const
-{
-    const std::lock_guard lock(mutex_);
-    return activeTransferConnection_ != nullptr;
-}
-
 std::optional<QString> TransferAdmission::storing() const
 {
     const std::lock_guard lock(mutex_);

@@ -47,7 +47,6 @@ public:
     /// While closed, nothing is admitted.
     void setOpen(bool open);
     [[nodiscard]] bool isBusy() const;
-    [[nodiscard]] bool hasActive() const;
     /// The name of the file that is being stored, if one is.
     [[nodiscard]] std::optional<QString> storing() const;
 

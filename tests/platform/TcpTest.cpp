@@ -67,20 +67,6 @@ protected:
 
 } // namespace
 
-TEST_F(TcpTest, carriesBytesBothWays)
-{
-    ASSERT_EQ(listen().state, TcpListener::State::ready);
-    TcpClient client(testPort);
-    client.send("hello");
-    const auto connection = accepted();
-    const Received received = receive(*connection, 1, 100).get();
-    EXPECT_EQ(received.bytes, "hello");
-    EXPECT_FALSE(received.endOfStream);
-
-    connection->sendLast("good bye");
-    EXPECT_EQ(client.receiveAll(), "good bye");
-}
-
 TEST_F(TcpTest, receivesNoLessThanTheMinimumAndNoMoreThanTheMaximum)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
