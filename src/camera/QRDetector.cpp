@@ -1,6 +1,7 @@
 #include "camera/QRDetector.h"
 
 #include <QBuffer>
+#include <QByteArrayList>
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
@@ -35,7 +36,10 @@ QImage decoded(QByteArrayView content)
     QByteArray bytes = QByteArray::fromRawData(content.data(), content.size());
     QBuffer buffer(&bytes);
     QImageReader reader(&buffer);
-    // From the head alone; a picture that does not tell is none of the usual kinds.
+    // The desktop's plugins may know others, such as drawings, which a few bytes make endless work.
+    const QByteArrayList usualKinds{"png", "jpeg", "bmp", "gif", "webp"};
+    if (!usualKinds.contains(reader.format())) return {};
+    // From the head alone.
     const QSize size = reader.size();
     if (size.isEmpty() || qint64(size.width()) * size.height() > maximumPicturePixels) return {};
     return reader.read();
