@@ -8,6 +8,7 @@
 
 #include <future>
 #include <mutex>
+#include <utility>
 
 namespace platform {
 
@@ -70,14 +71,17 @@ struct DefaultsStore::State {
         {
             const std::lock_guard lock(mutex);
             isWriteDue = false;
-            all = changes;
+            all = std::exchange(changes, {});
         }
         const std::error_code error = store(all);
         const std::lock_guard lock(mutex);
         lastError = error;
+        if (!error) return;
+        // Tried again with the next change, but for what has changed again meanwhile.
+        all.insert(changes);
+        changes = std::move(all);
     }
 
-    /// All changes of this run and not the last one alone: an earlier writing may have failed.
     [[nodiscard]] std::error_code store(const Changes& all) const
     {
         if (const auto error = createFolders(folder, ownersFolder)) return error;
@@ -105,7 +109,7 @@ struct DefaultsStore::State {
     const QString path;
     std::mutex mutex;
     QMap<QString, QString> values;
-    Changes changes; ///< of this run
+    Changes changes; ///< not in the file yet: what is in it others may change again
     bool isWriteDue = false;
     std::error_code lastError;
     /// Since the first change: who only reads needs no thread.

@@ -161,10 +161,13 @@ TEST_F(DefaultsStoreTest, TakesWhatPeopleWriteAndKeepsTheRestOfTheFile)
             EXPECT_EQ(store.string(u"key"_s), c.value) << c.written.constData();
             EXPECT_EQ(store.keys(), QStringList{u"key"_s});
             store.set(u"key"_s, u"new"_s);
+            EXPECT_FALSE(store.flush());
+            // What another program changes is not changed back with the next value.
+            DefaultsStore(path()).set(u"key"_s, u"newer"_s);
             store.set(u"more"_s, 1);
         }
         EXPECT_EQ(
-            support::contentOf(path()), "; mine\n[Other]\nkey=1\n[general]\nkey=new\nmore=1\n");
+            support::contentOf(path()), "; mine\n[Other]\nkey=1\n[general]\nkey=newer\nmore=1\n");
     }
 }
 
