@@ -87,12 +87,14 @@ void FerrylaneDeviceDiscovery::tick(const std::stop_token& run)
     if (run.stop_requested()) return;
     // Before the scan, whose length must not add to the period.
     nextTick_ = queue_.after(scanPeriod, [this, run] { tick(run); });
-    const bool scanned
+    using Outcome = DiscoveryScanner::Outcome;
+    const Outcome outcome
         = parts_.scanner->scan([this](const DiscoveryReply& reply,
                                    const platform::Endpoint& source) { accept(reply, source); },
             run);
-    if (scanned) emitSnapshot(run);
-    if (run.stop_requested()) return pairedAddresses_.forgetClaims();
+    if (outcome != Outcome::notAsked) emitSnapshot(run);
+    // Who has not been heard may have one of the names, too.
+    if (outcome != Outcome::complete) return pairedAddresses_.forgetClaims();
     pairedAddresses_.refresh();
 }
 
@@ -131,7 +133,7 @@ void FerrylaneDeviceDiscovery::emitSnapshot(const std::stop_token& run)
 
 void FerrylaneDeviceDiscovery::logNames(const QStringList& names)
 {
-    if (loggedNames_ == names) return;
+    if (loggedNames_ == names || !namesLines_.take(parts_.clock.now())) return;
     loggedNames_ = names;
     flLog(QStringLiteral("Nearby devices: ") + names.join(QStringLiteral(", ")));
 }

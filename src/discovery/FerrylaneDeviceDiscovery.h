@@ -1,5 +1,6 @@
 #pragma once
 
+#include "discovery/Allowance.h"
 #include "discovery/DiscoveryScanner.h"
 #include "discovery/NearbyNames.h"
 #include "discovery/PairedAddresses.h"
@@ -92,6 +93,8 @@ private:
     NearbyNames nearby_;
     PairedAddresses pairedAddresses_;
     std::optional<QStringList> loggedNames_;
+    /// Whoever wants can change the names at every look; the log then gets them now and then.
+    Allowance namesLines_{1.0 / 30, 20};
     std::shared_ptr<platform::DelayedTask> nextTick_;
 
     /// Has the thread, so it goes first; its tasks use it through queue_ until then.

@@ -20,7 +20,7 @@ public:
     /// The scan has come to its end. A phone whose name several hosts claim keeps its address,
     /// which the log tells once until a scan finds it claimed otherwise.
     void refresh();
-    /// The scan has been cut short.
+    /// The scan was not complete: a name may be another's, too.
     void forgetClaims() { claims_.clear(); }
 
 private:

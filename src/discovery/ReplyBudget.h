@@ -1,5 +1,6 @@
 #pragma once
 
+#include "discovery/Allowance.h"
 #include "platform/Clock.h"
 
 #include <cstdint>
@@ -31,22 +32,6 @@ public:
     [[nodiscard]] bool spend(std::uint32_t address, platform::TimePoint now);
 
 private:
-    /// Fills at a steady rate up to its size.
-    class Allowance {
-    public:
-        Allowance(double perSecond, double size) : perSecond_(perSecond), size_(size), left_(size)
-        {
-        }
-
-        /// Takes one, if `reserve` are left then.
-        [[nodiscard]] bool take(platform::TimePoint now, double reserve = 0);
-
-    private:
-        double perSecond_;
-        double size_;
-        double left_;
-        platform::TimePoint filled_;
-    };
     struct Source {
         Allowance allowance{perSecondOfOne, burstOfOne};
         platform::TimePoint answered;

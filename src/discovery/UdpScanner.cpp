@@ -20,34 +20,41 @@ std::shared_ptr<platform::DatagramSocket> openSocket()
 
 } // namespace
 
-bool UdpScanner::scan(const ReplyHandler& onReply, const std::stop_token& stop)
+DiscoveryScanner::Outcome UdpScanner::scan(const ReplyHandler& onReply, const std::stop_token& stop)
 {
     const auto socket = openSocket();
-    if (!socket) return false;
+    if (!socket) return Outcome::notAsked;
 
     const std::stop_callback cutShort(stop, [&] { socket->close(); });
     socket->send(platform::bytesOf(discoveryRequest.toByteArray()), to_);
-    collect(*socket, onReply, stop);
-    return true;
+    return collect(*socket, onReply, stop);
 }
 
-void UdpScanner::collect(platform::DatagramSocket& socket, const ReplyHandler& onReply,
-    const std::stop_token& stop) const
+DiscoveryScanner::Outcome UdpScanner::collect(platform::DatagramSocket& socket,
+    const ReplyHandler& onReply, const std::stop_token& stop) const
 {
-    using Outcome = platform::DatagramSocket::Outcome;
+    using Received = platform::DatagramSocket::Outcome;
     const platform::TimePoint end = clock_.now() + maximumLength;
     std::array<std::byte, maximumDiscoveryBytes> buffer{};
     std::map<std::uint32_t, int> repliesOf;
+    auto quietEnd = Outcome::complete;
     for (int replies = 0; replies < maximumReplies && clock_.now() < end;) {
         const auto received = socket.receive(buffer);
-        if (received.outcome != Outcome::received || received.length == 0) return;
-        if (stop.stop_requested()) return;
+        if (stop.stop_requested()) return Outcome::cutShort;
+        if (received.outcome == Received::timedOut) return quietEnd;
+        if (received.outcome != Received::received || received.length == 0) break;
 
         const auto reply = parseDiscoveryReply(platform::ByteView(buffer).first(received.length));
-        if (!reply || ++repliesOf[received.source.address] > maximumRepliesOfOneHost) continue;
+        if (!reply) continue;
+        if (++repliesOf[received.source.address] > maximumRepliesOfOneHost) {
+            // Somebody may have sent the first ones under this host's address.
+            quietEnd = Outcome::cutShort;
+            continue;
+        }
         onReply(*reply, received.source);
         ++replies;
     }
+    return Outcome::cutShort;
 }
 
 } // namespace ferrylane

@@ -25,11 +25,12 @@ public:
     {
     }
 
-    /// False when there is no socket to be had.
-    bool scan(const ReplyHandler& onReply, const std::stop_token& stop) override;
+    /// Outcome::notAsked when there is no socket to be had, Outcome::complete only when silence has
+    /// ended it and no host had more replies than are read.
+    Outcome scan(const ReplyHandler& onReply, const std::stop_token& stop) override;
 
 private:
-    void collect(platform::DatagramSocket& socket, const ReplyHandler& onReply,
+    [[nodiscard]] Outcome collect(platform::DatagramSocket& socket, const ReplyHandler& onReply,
         const std::stop_token& stop) const;
 
     const platform::Clock& clock_;

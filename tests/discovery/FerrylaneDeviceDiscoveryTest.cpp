@@ -34,7 +34,7 @@ struct Network {
     platform::ServiceBrowser::ResultsHandler results; ///< empty while nobody browses
     platform::ServiceBrowser::FailureHandler failure;
     QList<Heard> replies;
-    bool hasSocket = true;
+    DiscoveryScanner::Outcome outcome = DiscoveryScanner::Outcome::complete;
     int scans = 0;
     std::function<void()> duringScan = [] {}; ///< in the next one
 };
@@ -60,14 +60,15 @@ class FakeScanner final : public DiscoveryScanner {
 public:
     explicit FakeScanner(Network& network) : network_(network) {}
 
-    bool scan(const ReplyHandler& onReply, const std::stop_token& /*stop*/) override
+    Outcome scan(const ReplyHandler& onReply, const std::stop_token& stop) override
     {
         ++network_.scans;
         std::exchange(network_.duringScan, [] {})();
         for (const Heard& heard : network_.replies) {
             onReply({heard.name, heard.port}, {heard.host, discoveryPort});
         }
-        return network_.hasSocket;
+        if (stop.stop_requested()) return Outcome::cutShort;
+        return network_.outcome;
     }
 
 private:
@@ -161,7 +162,7 @@ TEST_F(DeviceDiscovery, scansEveryThreeSecondsAndForgetsAfterTen)
     EXPECT_EQ(published(), u"[]"_s);
     EXPECT_EQ(network_.scans, 5);
 
-    network_.hasSocket = false;
+    network_.outcome = DiscoveryScanner::Outcome::notAsked;
     pass(3s);
     EXPECT_EQ(published(), u""_s) << "nothing could be asked";
 }
@@ -180,6 +181,14 @@ TEST_F(DeviceDiscovery, keepsNoMoreThan256OfThoseThatAnswer)
     EXPECT_EQ(list.count(u','), 255);
     EXPECT_TRUE(list.endsWith(u",first]")) << qPrintable(list);
     EXPECT_LT(home_.log().size(), 1300);
+
+    // A list that changes at every look for an hour.
+    for (int look = 0; look < 1200; ++look) {
+        network_.results({QString::number(look)});
+        pass(3s);
+        static_cast<void>(published());
+    }
+    EXPECT_LT(home_.log().size(), 200000);
 }
 
 TEST_F(DeviceDiscovery, movesAPairedPhoneOnlyWhileOneHostHasItsName)
@@ -210,8 +219,10 @@ TEST_F(DeviceDiscovery, movesAPairedPhoneOnlyWhileOneHostHasItsName)
             loadFerrylanePairedTargets().value(0).baseURL, u"http://192.168.1."_s + scan.address);
         EXPECT_EQ(home_.log().count(u"More than one device calls itself Pixel"), scan.warnings);
     }
-    // A scan that is stopped has not heard everybody.
+    // Neither of these scans has heard everybody.
     network_.replies = {{u"Pixel"_s, 3}};
+    network_.outcome = DiscoveryScanner::Outcome::cutShort;
+    queue_->advance(3s);
     network_.duringScan = [this] { discovery_->stop(); };
     queue_->advance(3s);
     EXPECT_EQ(loadFerrylanePairedTargets().value(0).baseURL, u"http://192.168.1.21:2"_s);

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::uint32_t loopback = 0x7F000001;
-using Outcome = platform::DatagramSocket::Outcome;
+using Outcome = DiscoveryScanner::Outcome;
 
 /// Waits for one request and answers it with these datagrams.
 class Phone {
@@ -42,7 +42,7 @@ private:
     {
         std::array<std::byte, 100> buffer{};
         const auto received = socket_->receive(buffer);
-        if (received.outcome != Outcome::received) return;
+        if (received.outcome != platform::DatagramSocket::Outcome::received) return;
         asked_ = isDiscoveryRequest(platform::ByteView(buffer).first(received.length));
         for (const QByteArray& answer : answers) {
             socket_->send(platform::bytesOf(answer), received.source);
@@ -62,10 +62,10 @@ private:
 
 class UdpScannerTest : public testing::Test {
 protected:
-    bool scan(const platform::Endpoint& to = {loopback, discoveryPort})
+    DiscoveryScanner::Outcome scan(const platform::Endpoint& to = {loopback, discoveryPort})
     {
         const auto start = std::chrono::steady_clock::now();
-        const bool scanned
+        const auto outcome
             = UdpScanner(clock_, to)
                   .scan(
                       [this](const DiscoveryReply& reply, const platform::Endpoint& source) {
@@ -74,7 +74,7 @@ protected:
                       },
                       stop_.get_token());
         duration_ = std::chrono::steady_clock::now() - start;
-        return scanned;
+        return outcome;
     }
 
     platform::SteadyClock clock_;
@@ -89,7 +89,7 @@ TEST_F(UdpScannerTest, collectsTheRepliesUntilNoneComes)
 {
     const Phone phone({discoveryReply(QStringLiteral("a"), 1), "no reply",
         discoveryRequest.toByteArray(), discoveryReply(QStringLiteral("b"), 2)});
-    EXPECT_TRUE(scan());
+    EXPECT_EQ(scan(), Outcome::complete);
     EXPECT_TRUE(phone.wasAsked());
     EXPECT_EQ(names_, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_GE(duration_, UdpScanner::silence);
@@ -98,14 +98,14 @@ TEST_F(UdpScannerTest, collectsTheRepliesUntilNoneComes)
 TEST_F(UdpScannerTest, endsWithAnEmptyDatagram)
 {
     const Phone phone({QByteArray(), discoveryReply(QStringLiteral("late"), 1)});
-    EXPECT_TRUE(scan());
+    EXPECT_EQ(scan(), Outcome::cutShort);
     EXPECT_TRUE(names_.isEmpty());
     EXPECT_LT(duration_, UdpScanner::silence);
 }
 
 TEST_F(UdpScannerTest, bearsANetworkWithoutARoute)
 {
-    EXPECT_TRUE(scan(UdpScanner::everyone));
+    EXPECT_EQ(scan(UdpScanner::everyone), Outcome::complete);
     EXPECT_GE(duration_, UdpScanner::silence);
 }
 
@@ -128,8 +128,10 @@ TEST_F(UdpScannerTest, endsInAFlood)
         phone.flood();
         const HastyClock clock;
         int count = 0;
-        EXPECT_TRUE(UdpScanner(clock, {loopback, discoveryPort})
-                        .scan([&](const auto&, const auto&) { ++count; }, stop_.get_token()));
+        const auto outcome
+            = UdpScanner(clock, {loopback, discoveryPort})
+                  .scan([&](const auto&, const auto&) { ++count; }, stop_.get_token());
+        EXPECT_EQ(outcome, Outcome::cutShort);
         EXPECT_EQ(count, replies);
     }
 }
@@ -140,10 +142,10 @@ TEST_F(UdpScannerTest, isCutShortByAStop)
         std::this_thread::sleep_for(50ms);
         stop_.request_stop();
     });
-    EXPECT_TRUE(scan());
+    EXPECT_EQ(scan(), Outcome::cutShort);
     EXPECT_LT(duration_, UdpScanner::silence);
     stopper.join();
 
-    EXPECT_TRUE(scan()) << "asked to stop before it begins";
+    EXPECT_EQ(scan(), Outcome::cutShort) << "asked to stop before it begins";
     EXPECT_LT(duration_, UdpScanner::silence);
 }

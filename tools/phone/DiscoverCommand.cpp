@@ -54,7 +54,9 @@ std::set<std::pair<QString, QString>> scan(
             const QString tcpPort = reply.tcpPort ? QString::number(*reply.tcpPort) : QString();
             found.emplace(reply.name, source.addressText() + u':' + tcpPort);
         };
-        if (!scanner.scan(take, {})) std::this_thread::sleep_for(UdpScanner::silence);
+        if (scanner.scan(take, {}) == UdpScanner::Outcome::notAsked) {
+            std::this_thread::sleep_for(UdpScanner::silence);
+        }
     }
     return found;
 }
