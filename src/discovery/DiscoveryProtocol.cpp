@@ -1,5 +1,6 @@
 #include "discovery/DiscoveryProtocol.h"
 
+#include "core/Text.h"
 #include "pairing/PairingQR.h"
 
 #include <charconv>
@@ -46,11 +47,10 @@ QByteArray discoveryReply(const QString& name, std::uint16_t tcpPort)
 std::optional<DiscoveryReply> parseDiscoveryReply(platform::ByteView datagram)
 {
     const QByteArrayView text = platform::textViewOf(datagram);
-    if (!text.startsWith(discoveryReplyPrefix) || !text.isValidUtf8()) return std::nullopt;
-
-    // Whole, since a byte order mark would be lost at the start of a name decoded by itself.
-    const QString decoded = QString::fromUtf8(text);
-    QStringView rest = QStringView(decoded).sliced(discoveryReplyPrefix.size());
+    if (!text.startsWith(discoveryReplyPrefix)) return std::nullopt;
+    const auto fields = decodeUtf8(text.sliced(discoveryReplyPrefix.size()));
+    if (!fields) return std::nullopt;
+    QStringView rest(*fields);
     while (rest.startsWith(u'|')) {
         rest = rest.sliced(1);
     }

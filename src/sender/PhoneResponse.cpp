@@ -1,18 +1,12 @@
 #include "sender/PhoneResponse.h"
 
-#include <QStringDecoder>
+#include "core/Text.h"
+
 #include <QStringList>
 
 namespace ferrylane {
 
 namespace {
-
-QString textOf(platform::ByteView bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(platform::textViewOf(bytes));
-    return decoder.hasError() ? QString() : text;
-}
 
 std::optional<int> statusOf(const QString& statusLine)
 {
@@ -27,7 +21,7 @@ std::optional<int> statusOf(const QString& statusLine)
 
 std::optional<PhoneResponse> parsePhoneResponse(platform::ByteView received)
 {
-    const QString text = textOf(received);
+    const QString text = decodeUtf8(platform::textViewOf(received)).value_or(QString());
     const auto status = statusOf(text.section(QStringLiteral("\r\n"), 0, 0));
     if (!status) return std::nullopt;
     return PhoneResponse{*status, text.section(QStringLiteral("\r\n\r\n"), 1).trimmed()};

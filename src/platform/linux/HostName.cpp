@@ -4,8 +4,6 @@
 #include "platform/linux/MachineInfo.h"
 #include "platform/linux/ShellAssignments.h"
 
-#include <QStringDecoder>
-
 #include <array>
 
 #include <unistd.h>
@@ -29,10 +27,7 @@ QString hostName()
 QString prettyHostNameIn(QByteArrayView machineInfo)
 {
     const auto value = unquoted(lastAssignment(machineInfo, "PRETTY_HOSTNAME"));
-    if (!value) return {};
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString name = decoder(*value);
-    return decoder.hasError() ? QString() : name.trimmed();
+    return value && value->isValidUtf8() ? QString::fromUtf8(*value).trimmed() : QString();
 }
 
 QString firstLabelOf(const QString& hostName)
