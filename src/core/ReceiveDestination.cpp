@@ -20,9 +20,18 @@ bool isForbidden(QChar c)
     return c == u'/' || c == u'\\' || c == u':' || c.isNull();
 }
 
+bool isRefusedByFat(QChar c)
+{
+    return c.unicode() < 0x20 || QStringView(u"\"*<>?|").contains(c);
+}
+
+bool isDotOrSpace(QChar c)
+{
+    return c == u'.' || c == u' ';
+}
+
 QString withoutOuterDotsAndSpaces(QStringView text)
 {
-    const auto isDotOrSpace = [](QChar c) { return c == u'.' || c == u' '; };
     while (!text.isEmpty() && isDotOrSpace(text.front())) {
         text = text.sliced(1);
     }
@@ -124,8 +133,30 @@ QString cleanSenderFolderName(const std::optional<QString>& senderName)
 std::unique_ptr<platform::Folder> senderReceiveDirectory(const platform::Folder& receiveFolder,
     const std::optional<QString>& senderName, std::error_code& error)
 {
-    const QString name = cleanSenderFolderName(senderName);
-    return receiveFolder.openOrCreate(beginning(name, receiveFolder.longestName()), error);
+    const QString clean = cleanSenderFolderName(senderName);
+    std::unique_ptr<platform::Folder> folder;
+    for (const QString& name : namesToTry(clean)) {
+        folder = receiveFolder.openOrCreate(beginning(name, receiveFolder.longestName()), error);
+        if (!isNameRefused(error)) break;
+    }
+    return folder;
+}
+
+bool isNameRefused(const std::error_code& error)
+{
+    return error == std::errc::invalid_argument || error == std::errc::illegal_byte_sequence;
+}
+
+QStringList namesToTry(const QString& name)
+{
+    QString forFat = name;
+    std::replace_if(forFat.begin(), forFat.end(), isRefusedByFat, QChar(u'_'));
+    if (!forFat.isEmpty() && isDotOrSpace(forFat.back())) forFat.back() = u'_';
+    // Some take no other scripts, and none of the names of devices.
+    QString ascii = u'_' + forFat;
+    std::replace_if(
+        ascii.begin(), ascii.end(), [](QChar c) { return c.unicode() > 0x7E; }, QChar(u'_'));
+    return {name, forFat, ascii};
 }
 
 QString collisionSafeDestination(const QString& name, const platform::Folder& folder)

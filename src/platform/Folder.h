@@ -57,7 +57,7 @@ public:
 
     /// Where it is now: the path that it was opened by, as long as that leads to it.
     [[nodiscard]] QString path() const;
-    /// Bytes of UTF-8 that a name may have here.
+    /// Bytes of UTF-8 that a name may have here, 255 at most.
     [[nodiscard]] qsizetype longestName() const;
     /// Whether anything has this name, be it a link that leads nowhere.
     [[nodiscard]] bool contains(const QString& name) const;

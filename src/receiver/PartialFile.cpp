@@ -111,10 +111,13 @@ QString PartialFile::claimName(
     const platform::Folder& folder, const QString& name, std::error_code& error)
 {
     QString destination;
-    for (int i = 0; i < maximumClaims; ++i) {
-        destination = collisionSafeDestination(name, folder);
-        error = folder_->moveWithoutReplacing(name_, folder, destination);
-        if (error != std::errc::file_exists) break;
+    for (const QString& wanted : namesToTry(name)) {
+        for (int i = 0; i < maximumClaims; ++i) {
+            destination = collisionSafeDestination(wanted, folder);
+            error = folder_->moveWithoutReplacing(name_, folder, destination);
+            if (error != std::errc::file_exists) break;
+        }
+        if (!isNameRefused(error)) break;
     }
     if (!error) name_.clear();
     return destination;

@@ -343,3 +343,13 @@ TEST_F(V4ReceiverTest, aSendersFolderMayBeOnAnotherDiskAndUnableToSync)
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
     EXPECT_EQ(logCount("a crash may undo that"), 4) << "each of two folders, each time";
 }
+
+TEST_F(V4ReceiverTest, aNameThatTheDiskDoesNotTakeIsMadeOneThatItTakes)
+{
+    const support::BadDisk disk({.windowsNames = true});
+    for (const QString& name : {QStringLiteral("what?.txt"), QStringLiteral("what*.txt")}) {
+        EXPECT_EQ(summary(answerTo(upload(name, name.toUtf8()))), "200 OK|OK SHA256");
+    }
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/what_.txt")), "what?.txt");
+    EXPECT_EQ(content(QStringLiteral("Pixel 8/what_ (1).txt")), "what*.txt");
+}

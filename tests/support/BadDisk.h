@@ -14,6 +14,7 @@ public:
     struct Faults {
         std::chrono::milliseconds syncTime{}; ///< that syncing a file or folder takes
         int folderSyncError = 0;              ///< of <cerrno>, where folders cannot be synced
+        bool windowsNames = false;            ///< what Windows has in no name is refused
     };
 
     explicit BadDisk(Faults faults);

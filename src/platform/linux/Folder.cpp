@@ -5,6 +5,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <ctime>
@@ -34,14 +35,6 @@ FileDescriptor openFolderAt(int folder, const QByteArray& nativePath)
         opened = openFileAt(folder, nativePath, O_PATH | O_DIRECTORY);
     }
     return opened;
-}
-
-/// Whether it is under its name still, and nobody can take it for abandoned.
-bool isOurs(int descriptor)
-{
-    if (lockFile(descriptor) == FileLock::heldByOther) return false;
-    struct stat status {};
-    return ::fstat(descriptor, &status) != 0 || status.st_nlink > 0;
 }
 
 } // namespace
@@ -90,8 +83,10 @@ QString Folder::path() const
 
 qsizetype Folder::longestName() const
 {
+    // FAT counts UTF-16 units, of which it takes 255, and says how many bytes these may become at
+    // most; as many bytes are never more units.
     const long longest = ::fpathconf(descriptor_, _PC_NAME_MAX);
-    return longest > 0 ? longest : NAME_MAX;
+    return longest > 0 ? std::min<long>(longest, NAME_MAX) : NAME_MAX;
 }
 
 bool Folder::contains(const QString& name) const
@@ -134,8 +129,9 @@ std::unique_ptr<NewFile> Folder::createFile(const QString& name, std::error_code
         = openFileAt(descriptor_, nativeName(name), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
     error = file.isOpen() ? std::error_code() : lastError();
     if (error) return nullptr;
-    // For a moment it was there without its lock.
-    if (!isOurs(file.get())) {
+    // For a moment it was there without its lock, and somebody may have taken it for abandoned.
+    // (How many names a file has is not asked for: some file systems say 0 of all.)
+    if (lockFile(file.get()) == FileLock::heldByOther || !contains(name)) {
         error = std::make_error_code(std::errc::device_or_resource_busy);
         return nullptr;
     }
