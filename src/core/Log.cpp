@@ -1,8 +1,8 @@
 #include "core/Log.h"
 
+#include "core/OwnFiles.h"
 #include "core/StoragePaths.h"
 #include "core/Text.h"
-#include "platform/Files.h"
 
 #include <QDateTime>
 
@@ -29,17 +29,6 @@ platform::WriteResult append(const QString& line)
     return platform::appendToFile(logPath(), platform::bytesOf(line.toUtf8()), ownerOnly);
 }
 
-/// Makes the folder, and closes what somebody has opened to others.
-void prepare()
-{
-    constexpr mode_t ownersFolder = 0700;
-    constexpr mode_t ownersFile = 0600;
-    if (platform::createFolders(logFolder(), ownersFolder)) return;
-    // Where that is not permitted, or there is no file yet, it serves all the same.
-    static_cast<void>(platform::setMode(logFolder(), ownersFolder));
-    static_cast<void>(platform::setMode(logPath(), ownersFile));
-}
-
 } // namespace
 
 void flLog(const QString& message)
@@ -52,10 +41,12 @@ void flLog(const QString& message)
     const std::lock_guard lock(mutex);
     const QString line = dated(text);
     // Looked after at the first line, and then only when it is missed.
-    if (std::exchange(preparedFolder, logFolder()) != logFolder()) prepare();
+    if (std::exchange(preparedFolder, logFolder()) != logFolder()) {
+        static_cast<void>(prepareOwnFolder(logFolder()));
+    }
     platform::WriteResult result = append(line);
     if (result.failure == std::errc::no_such_file_or_directory) {
-        prepare();
+        static_cast<void>(prepareOwnFolder(logFolder()));
         result = append(line);
     }
     if (!result.modeError) return;

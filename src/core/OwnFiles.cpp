@@ -43,17 +43,17 @@ std::error_code moveAside(const platform::Folder& folder, const QString& name, Q
 
 std::error_code prepareOwnFolder(const QString& folder)
 {
-    const std::error_code error = platform::createFolders(folder, ownersFolder);
-    // Not permitted on a folder of another owner, which may serve all the same.
-    if (!error) static_cast<void>(platform::setMode(folder, ownersFolder));
-    return error;
-}
-
-std::optional<QByteArray> readOwnFile(const QString& path, qint64 limit, std::error_code& error)
-{
-    // Also not permitted, or not there: reading tells.
-    static_cast<void>(platform::setMode(path, ownersFile));
-    return platform::readFile(path, limit, error);
+    if (const auto error = platform::createFolders(folder, ownersFolder)) return error;
+    // Not permitted with another owner's, which may serve all the same.
+    static_cast<void>(platform::setMode(folder, ownersFolder));
+    std::error_code unread;
+    const auto open = platform::Folder::open(folder, unread);
+    const QStringList names = open ? open->names() : QStringList();
+    for (const QString& name : names) {
+        if (open->isFolder(name)) continue;
+        static_cast<void>(platform::setMode(folder + u'/' + name, ownersFile));
+    }
+    return {};
 }
 
 platform::Replacement ownReplacement(const QString& path, platform::ByteView content)

@@ -4,20 +4,16 @@
 
 #include <QString>
 
-#include <optional>
 #include <system_error>
 
 namespace ferrylane {
 
 // The program's own files. They and their folders are for their owner alone from the start; what
-// somebody has opened to others is closed at the next use.
+// somebody has opened to others is closed at the next start.
 
-/// Makes a folder of the program's own, with its parents.
+/// Makes a folder of the program's own, with its parents, and closes it and the files in it to
+/// others.
 [[nodiscard]] std::error_code prepareOwnFolder(const QString& folder);
-
-/// The content of an own file; see platform::readFile() for the errors.
-[[nodiscard]] std::optional<QByteArray> readOwnFile(
-    const QString& path, qint64 limit, std::error_code& error);
 
 /// New content for an own file.
 [[nodiscard]] platform::Replacement ownReplacement(const QString& path, platform::ByteView content);

@@ -58,7 +58,7 @@ struct StoredList {
 StoredList storedList()
 {
     std::error_code error;
-    const auto content = readOwnFile(ferrylanePairedTargetsURL(), maximumFileBytes, error);
+    const auto content = platform::readFile(ferrylanePairedTargetsURL(), maximumFileBytes, error);
     StoredList list{content ? parsePairedTargetsJson(*content) : std::nullopt};
     // What is no file, such as a folder, stays where somebody has put it.
     list.isDamaged = !list.targets && error != std::errc::no_such_file_or_directory
@@ -86,7 +86,7 @@ Targets usable(Targets targets)
 Targets earlierList()
 {
     std::error_code error;
-    const auto content = readOwnFile(ferrylanePairedTargetURL(), maximumFileBytes, error);
+    const auto content = platform::readFile(ferrylanePairedTargetURL(), maximumFileBytes, error);
     const auto target = content ? parsePairedTargetJson(*content) : std::nullopt;
     if (!target || !decodesToKey(target->keyB64)) return {};
     return {*target};

@@ -16,7 +16,7 @@ using platform::SecretKey;
 /// `error` only when there may be a key that cannot be read now.
 std::optional<SecretKey> storedKey(std::error_code& error)
 {
-    auto content = readOwnFile(ferrylaneKeyURL(), SecretKey::length, error);
+    auto content = platform::readFile(ferrylaneKeyURL(), SecretKey::length, error);
     const bool isNone = error == std::errc::no_such_file_or_directory
         || error == std::errc::file_too_large || error == std::errc::invalid_argument;
     if (isNone) error = {};

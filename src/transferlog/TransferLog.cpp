@@ -27,7 +27,7 @@ struct StoredLog {
 StoredLog storedLog()
 {
     StoredLog log;
-    const auto json = readOwnFile(ferrylaneTransferLogURL(), maximumLogBytes, log.error);
+    const auto json = platform::readFile(ferrylaneTransferLogURL(), maximumLogBytes, log.error);
     auto entries = json ? parseTransferLogJson(*json) : std::nullopt;
     if (entries) log.entries = std::move(*entries);
     log.isDamaged = (json && !entries) || log.error == std::errc::file_too_large;

@@ -118,7 +118,6 @@ TEST_F(PairedTargets, readsWhatIsUsableOfTheList)
             + json(phone(u" x "_s, 3)) + ',' + json(phone(u"fl "_s, 4)) + ','
             + json(phone(QString(), 5)) + ']');
     EXPECT_EQ(names(), u"Office 1, x  3,Android 4,Android 5"_s);
-    EXPECT_EQ(support::modeOf(ferrylanePairedTargetsURL()), 0600U);
 
     const QByteArray good = json(phone(u"a"_s, 1));
     for (const QByteArray& damaged :
