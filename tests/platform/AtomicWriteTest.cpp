@@ -43,13 +43,6 @@ TEST_F(AtomicWriteTest, HasExactlyTheModeWhateverTheUmask)
     EXPECT_EQ(everything(), QStringList{u"file"_s});
 }
 
-TEST_F(AtomicWriteTest, TakesNamesAsLongAsTheSystemDoes)
-{
-    const QString file = path(QString(255, u'n'));
-    ASSERT_FALSE(writeFileAtomically(file, bytesOf("content"), 0600));
-    EXPECT_EQ(readFile(file, 100), "content");
-}
-
 TEST_F(AtomicWriteTest, ReplacesALinkAndNotItsTarget)
 {
     ASSERT_FALSE(writeFileAtomically(path(u"target"_s), bytesOf("old"), 0644));

@@ -72,14 +72,6 @@ TEST(DatagramSocketTest, CloseWakesTheWaitingReceiver)
     }
 }
 
-TEST(DatagramSocketTest, ClosedSocketGivesNothingMore)
-{
-    const auto server = DatagramSocket::bound(port, longTime);
-    DatagramSocket::unbound(longTime)->send(bytesOf("late"), {loopback, port});
-    server->close();
-    EXPECT_EQ(receiveFrom(*server).received.outcome, Outcome::closed);
-}
-
 TEST(DatagramSocketTest, UndeliveredDatagramsAreNoFailureAndTheWaitEnds)
 {
     const auto socket = DatagramSocket::unbound(50ms);

@@ -197,34 +197,5 @@ TEST_F(DefaultsStoreTest, KeepsWhatCanBeReadOfADamagedFile)
     }
 }
 
-TEST_F(DefaultsStoreTest, ServesThreadsSideBySide)
-{
-    constexpr int changes = 15;
-    DefaultsStore store(path());
-    std::vector<std::thread> threads;
-    for (int self = 0; self < 4; ++self) {
-        threads.emplace_back([&store, self] {
-            const QString own = u"thread%1"_s.arg(self);
-            for (int i = 1; i <= changes; ++i) {
-                store.set(own, i);
-                EXPECT_EQ(store.integer(own), i);
-                store.set(u"passing%1"_s.arg(self), true);
-                store.remove(u"passing%1"_s.arg(self));
-                static_cast<void>(store.keys());
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-
-    EXPECT_FALSE(store.flush());
-    const DefaultsStore again(path());
-    EXPECT_EQ(again.keys(), QStringList({u"thread0"_s, u"thread1"_s, u"thread2"_s, u"thread3"_s}));
-    for (int self = 0; self < 4; ++self) {
-        EXPECT_EQ(again.integer(u"thread%1"_s.arg(self)), changes);
-    }
-}
-
 } // namespace
 } // namespace platform

@@ -36,19 +36,6 @@ private:
     mode_t umask_ = ::umask(022);
 };
 
-TEST_F(FilesTest, ItemExistsSeesEverythingThatTakesAName)
-{
-    writeFile(path(u"file"_s), "x");
-    link(path(u"nowhere"_s), u"dangling"_s);
-    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
-
-    EXPECT_TRUE(itemExists(path(u"file"_s)));
-    EXPECT_TRUE(itemExists(path(u"folder"_s)));
-    EXPECT_TRUE(itemExists(path(u"dangling"_s)));
-    EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
-    EXPECT_FALSE(itemExists(QString()));
-}
-
 TEST_F(FilesTest, PathWithNulNamesNothing)
 {
     const QString file = path(u"file"_s);
@@ -93,14 +80,6 @@ TEST_F(FilesTest, CreatesFoldersStepByStep)
     EXPECT_TRUE(QFileInfo(path(u"real/inside"_s)).isDir());
     EXPECT_EQ(readFile(path(u"file"_s), 10), "x");
     EXPECT_EQ(createFolders(QString()), std::errc::no_such_file_or_directory);
-}
-
-TEST_F(FilesTest, FoldersHaveTheModeLessTheUmask)
-{
-    ::umask(027);
-    ASSERT_FALSE(createFolders(path(u"private/inner"_s), 0770));
-    EXPECT_EQ(modeOf(path(u"private"_s)), 0750U);
-    EXPECT_EQ(modeOf(path(u"private/inner"_s)), 0750U);
 }
 
 TEST_F(FilesTest, ReadsNothingButRegularFilesUpToTheLimitAndNeverWaits)
