@@ -3,7 +3,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
-#include <QTimeZone>
 
 #include <cmath>
 
@@ -36,7 +35,11 @@ std::optional<QDateTime> dateOf(const QJsonValue& value)
 {
     if (!value.isDouble() || std::abs(value.toDouble()) > maximumDateSeconds) return std::nullopt;
     const qint64 milliseconds = std::llround(value.toDouble() * 1000.0);
-    return QDateTime::fromMSecsSinceEpoch(referenceTime + milliseconds, QTimeZone::utc());
+    // Made from one in UTC: with a time zone that is an object, each has memory of its own.
+    static const QDateTime utc = QDateTime::currentDateTimeUtc();
+    QDateTime date = utc;
+    date.setMSecsSinceEpoch(referenceTime + milliseconds);
+    return date;
 }
 
 std::optional<qint64> integerOf(const QJsonValue& value)
