@@ -1,5 +1,7 @@
 #include "pairing/PairedTargetJson.h"
 
+#include "core/Json.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -35,7 +37,7 @@ QByteArray pairedTargetsJson(const QList<FerrylanePairedTarget>& targets)
         array.append(objectOf(target));
     }
     // Slashes stand in text only.
-    return QJsonDocument(array).toJson(QJsonDocument::Compact).replace("/", "\\/");
+    return compactJson(QJsonDocument(array)).replace("/", "\\/");
 }
 
 std::optional<QList<FerrylanePairedTarget>> parsePairedTargetsJson(const QByteArray& json)

@@ -1,5 +1,7 @@
 #include "transferlog/TransferLogJson.h"
 
+#include "core/Json.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -163,7 +165,7 @@ QByteArray transferLogJson(const QList<FerrylaneTransferLogEntry>& entries)
     QByteArray json = "[";
     for (const auto& entry : entries) {
         if (json.size() > 1) json += ',';
-        json += QJsonDocument(objectOf(entry)).toJson(QJsonDocument::Compact);
+        json += compactJson(QJsonDocument(objectOf(entry)));
     }
     json += ']';
     return json;
