@@ -15,8 +15,7 @@ protected:
         support::Scarcity scarcity;
         scarcity.descriptors = descriptors;
         ASSERT_TRUE(program_.start(scarcity));
-        // The undefined-behaviour sanitizer needs descriptors of its own for each type that it
-        // meets for the first time; so all of them are met before.
+        // What an upload opens for the first time, such as fonts, is open then.
         ASSERT_EQ(support::answerTo(upload(u"before.bin"_s, "content").all()), stored);
     }
 
@@ -43,6 +42,10 @@ TEST_F(HostileNeighbour, whoConnectsAndSaysNothingIsCutOffForOthers)
 
 TEST_F(HostileNeighbour, lackOfDescriptorsNeitherStopsNorSpinsTheProgram)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "The undefined-behaviour sanitizer takes a type for a wrong one when it has no "
+                    "descriptor to look at it with.";
+#endif
     const UploadBytes bytes = upload(u"a.bin"_s, support::testContent(3'000'000));
     support::TcpClient uploading;
     uploading.send(bytes.all().first(1'500'000));
