@@ -1,5 +1,7 @@
 #include "ReceiverTest.h"
 
+#include "support/Sanitizers.h"
+
 #include <sys/resource.h>
 
 // Clients that have no key and do what they can to keep out those that have one.
@@ -42,10 +44,7 @@ TEST_F(HostileNeighbour, whoConnectsAndSaysNothingIsCutOffForOthers)
 
 TEST_F(HostileNeighbour, lackOfDescriptorsNeitherStopsNorSpinsTheProgram)
 {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "The undefined-behaviour sanitizer takes a type for a wrong one when it has no "
-                    "descriptor to look at it with.";
-#endif
+    if (support::sanitizerNeedsDescriptors) GTEST_SKIP();
     const UploadBytes bytes = upload(u"a.bin"_s, support::testContent(3'000'000));
     support::TcpClient uploading;
     uploading.send(bytes.all().first(1'500'000));

@@ -51,7 +51,7 @@ TEST_F(StorageFailure, fullDiskIsTheUploadsFailureAndTheLogSaysWhy)
 TEST_F(StorageFailure, slowDiskIsWaitedForAtTheEndOfTheProgram)
 {
     support::Scarcity scarcity;
-    scarcity.syncTime = std::chrono::milliseconds(500);
+    scarcity.slowDisk = {QStringLiteral(FERRYLANE_BAD_DISK), std::chrono::milliseconds(500)};
     ASSERT_TRUE(program_.start(scarcity));
     support::TcpClient client;
     client.send(upload(u"a.bin"_s, "content").all());

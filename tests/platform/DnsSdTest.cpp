@@ -3,6 +3,7 @@
 
 #include "support/PrivateAvahi.h"
 #include "support/QtPrinting.h"
+#include "support/Sanitizers.h"
 #include "support/TestFiles.h"
 #include "support/Waiting.h"
 
@@ -263,6 +264,7 @@ TEST_F(DnsSdTest, ComesBackWithBusAndDaemon)
 
 TEST_F(DnsSdTest, WaitsForDescriptors)
 {
+    if (support::sanitizerNeedsDescriptors) GTEST_SKIP();
     startAll();
     rlimit usual{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);

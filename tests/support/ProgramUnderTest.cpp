@@ -19,11 +19,11 @@ namespace support {
 
 namespace {
 
-void slowDown(QProcessEnvironment& environment, std::chrono::milliseconds syncTime)
+void slowDown(QProcessEnvironment& environment, const SlowDisk& disk)
 {
-    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(FERRYLANE_BAD_DISK));
+    environment.insert(QStringLiteral("LD_PRELOAD"), disk.library);
     environment.insert(
-        QString::fromLatin1(BadDisk::syncTimeVariable), QString::number(syncTime.count()));
+        QString::fromLatin1(BadDisk::syncTimeVariable), QString::number(disk.syncTime.count()));
     // It wants to be the first of the libraries, which the preloaded one is.
     const QString options = QStringLiteral("ASAN_OPTIONS");
     environment.insert(
@@ -82,7 +82,7 @@ bool ProgramUnderTest::startUntilLogged(const QByteArray& text, const Scarcity& 
     Command command;
     command.program = program_;
     command.environment = environment_;
-    if (scarcity.syncTime.count() > 0) slowDown(command.environment, scarcity.syncTime);
+    if (scarcity.slowDisk) slowDown(command.environment, *scarcity.slowDisk);
     command.beforeProgram = [&scarcity, &disk] {
         if (!disk.isEmpty()) mountSmallDisk(disk.constData());
         if (scarcity.descriptors) limit(RLIMIT_NOFILE, *scarcity.descriptors);

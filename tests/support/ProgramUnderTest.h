@@ -10,13 +10,19 @@
 
 namespace support {
 
+/// Syncing a file or folder takes so long.
+struct SlowDisk {
+    QString library; ///< the one of BadDisk.h, to be preloaded
+    std::chrono::milliseconds syncTime;
+};
+
 /// What is scarce for a program.
 struct Scarcity {
     std::optional<rlim_t> bytesInFile; ///< writing beyond fails with EFBIG
     std::optional<rlim_t> descriptors;
     /// A file system of 2 MiB of its own at this path; see canMount().
     std::optional<QString> smallDisk;
-    std::chrono::milliseconds syncTime{}; ///< that syncing a file or folder takes
+    std::optional<SlowDisk> slowDisk;
 };
 
 /// Whether this process may give a child a file system of its own.
