@@ -1,3 +1,6 @@
+// The C library's checked variants of the functions below would be in the way.
+#undef _FORTIFY_SOURCE
+
 #include "support/BadDisk.h"
 
 #include <atomic>
