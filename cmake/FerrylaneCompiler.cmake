@@ -97,6 +97,8 @@ endif()
 if(FERRYLANE_SANITIZE)
     add_compile_options(
         "-fsanitize=${FERRYLANE_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # Looks at types through a pipe, and takes them for wrong ones while descriptors are used up.
+    add_compile_options(-fno-sanitize=vptr)
     add_link_options("-fsanitize=${FERRYLANE_SANITIZE}")
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # GCC's flow analysis is misled by its own instrumentation.

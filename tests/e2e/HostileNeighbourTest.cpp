@@ -1,7 +1,5 @@
 #include "ReceiverTest.h"
 
-#include "support/Sanitizers.h"
-
 #include <sys/resource.h>
 
 // Clients that have no key and do what they can to keep out those that have one.
@@ -44,7 +42,6 @@ TEST_F(HostileNeighbour, whoConnectsAndSaysNothingIsCutOffForOthers)
 
 TEST_F(HostileNeighbour, lackOfDescriptorsNeitherStopsNorSpinsTheProgram)
 {
-    if (support::sanitizerNeedsDescriptors) GTEST_SKIP();
     const UploadBytes bytes = upload(u"a.bin"_s, support::testContent(3'000'000));
     support::TcpClient uploading;
     uploading.send(bytes.all().first(1'500'000));

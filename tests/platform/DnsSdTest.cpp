@@ -3,7 +3,6 @@
 
 #include "support/PrivateAvahi.h"
 #include "support/QtPrinting.h"
-#include "support/Sanitizers.h"
 #include "support/TestFiles.h"
 #include "support/Waiting.h"
 
@@ -264,7 +263,6 @@ TEST_F(DnsSdTest, ComesBackWithBusAndDaemon)
 
 TEST_F(DnsSdTest, WaitsForDescriptors)
 {
-    if (support::sanitizerNeedsDescriptors) GTEST_SKIP();
     startAll();
     rlimit usual{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);

@@ -17,12 +17,4 @@ inline constexpr bool isSanitized = true;
 inline constexpr bool isSanitized = false;
 #endif
 
-/// The undefined-behaviour sanitizer, which comes with the address sanitizer, takes a type for a
-/// wrong one when it has no descriptor to look at it with.
-#ifdef __SANITIZE_ADDRESS__
-inline constexpr bool sanitizerNeedsDescriptors = true;
-#else
-inline constexpr bool sanitizerNeedsDescriptors = false;
-#endif
-
 } // namespace support
