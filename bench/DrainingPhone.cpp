@@ -2,7 +2,7 @@
 
 #include "bench/RequestReader.h"
 #include "bench/SealedUpload.h"
-#include "receiver/HttpAnswer.h"
+#include "protocol/HttpAnswer.h"
 
 namespace bench {
 

@@ -2,7 +2,7 @@
 
 #include "bench/RequestReader.h"
 #include "bench/SealedUpload.h"
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
 #include "bench/SealedUpload.h"
 
 #include "core/Service.h"
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 #include "support/UploadStream.h"
 
 #include <algorithm>

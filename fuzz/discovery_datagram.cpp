@@ -1,5 +1,5 @@
-#include "discovery/DiscoveryProtocol.h"
 #include "fuzz/Require.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <QByteArrayList>
 

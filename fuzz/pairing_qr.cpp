@@ -2,9 +2,9 @@
 #include "core/PercentCoding.h"
 #include "core/Text.h"
 #include "fuzz/Require.h"
-#include "pairing/PairingLink.h"
-#include "pairing/PairingQR.h"
-#include "pairing/PairingUrl.h"
+#include "protocol/PairingLink.h"
+#include "protocol/PairingQR.h"
+#include "protocol/PairingUrl.h"
 
 namespace {
 

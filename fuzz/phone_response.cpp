@@ -1,5 +1,5 @@
 #include "fuzz/Require.h"
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 
 using namespace ferrylane;
 

@@ -1,6 +1,6 @@
 #include "fuzz/Require.h"
-#include "receiver/RequestHeadParser.h"
-#include "receiver/Routing.h"
+#include "protocol/RequestHeadParser.h"
+#include "protocol/Routing.h"
 
 #include "core/Text.h"
 

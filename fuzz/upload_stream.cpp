@@ -1,8 +1,8 @@
 #include "fuzz/Require.h"
 #include "platform/ByteBuffer.h"
-#include "receiver/ChunkDecoder.h"
-#include "receiver/RecordReader.h"
-#include "receiver/V4Stream.h"
+#include "protocol/ChunkDecoder.h"
+#include "protocol/RecordReader.h"
+#include "protocol/V4Stream.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -8,7 +8,7 @@
 #include "core/LocalAddresses.h"
 #include "core/Log.h"
 #include "core/Notifications.h"
-#include "pairing/PairingLink.h"
+#include "protocol/PairingLink.h"
 
 #include <QApplication>
 #include <QFileDialog>

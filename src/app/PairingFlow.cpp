@@ -2,7 +2,7 @@
 
 #include "core/Log.h"
 #include "pairing/PairedTargets.h"
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 
 #include <utility>
 

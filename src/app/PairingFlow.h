@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/CameraPairingController.h"
-#include "pairing/PairedTarget.h"
+#include "protocol/PairedTarget.h"
 
 namespace ferrylane {
 

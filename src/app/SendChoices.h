@@ -1,7 +1,7 @@
 #pragma once
 
-#include "pairing/PairedTarget.h"
 #include "platform/FilePath.h"
+#include "protocol/PairedTarget.h"
 
 #include <QList>
 #include <QString>

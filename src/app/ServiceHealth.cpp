@@ -1,7 +1,7 @@
 #include "app/ServiceHealth.h"
 
 #include "core/Service.h"
-#include "discovery/DiscoveryProtocol.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #include "camera/PairingScanner.h"
 
 #include "core/Log.h"
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 
 #include <QScopeGuard>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "discovery/DiscoveryProtocol.h"
 #include "platform/DatagramSocket.h"
 #include "platform/Interface.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <functional>
 #include <stop_token>

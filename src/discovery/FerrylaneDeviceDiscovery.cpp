@@ -4,8 +4,8 @@
 #include "core/Log.h"
 #include "core/Service.h"
 #include "discovery/UdpScanner.h"
-#include "pairing/DisplayName.h"
 #include "platform/ThreadQueue.h"
+#include "protocol/DisplayName.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "discovery/DiscoveryProtocol.h"
 #include "platform/DatagramSocket.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <QString>
 #include <QStringList>

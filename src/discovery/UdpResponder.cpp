@@ -1,8 +1,8 @@
 #include "discovery/UdpResponder.h"
 
 #include "core/Log.h"
-#include "discovery/DiscoveryProtocol.h"
 #include "discovery/ReplyBudget.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <array>
 #include <utility>

@@ -4,9 +4,9 @@
 #include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
-#include "pairing/DisplayName.h"
 #include "pairing/PairedTargetJson.h"
 #include "platform/Files.h"
+#include "protocol/DisplayName.h"
 
 #include <algorithm>
 #include <mutex>

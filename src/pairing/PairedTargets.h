@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pairing/PairedTarget.h"
+#include "protocol/PairedTarget.h"
 
 #include <QList>
 #include <QString>

@@ -3,9 +3,9 @@
 #include "platform/ByteBuffer.h"
 #include "platform/Crypto.h"
 #include "platform/SerialQueue.h"
+#include "protocol/RecordReader.h"
 #include "receiver/PartialFile.h"
 #include "receiver/ReceiveProgress.h"
-#include "receiver/RecordReader.h"
 
 #include <condition_variable>
 #include <functional>

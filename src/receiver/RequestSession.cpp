@@ -1,7 +1,7 @@
 #include "receiver/RequestSession.h"
 
 #include "core/DeviceName.h"
-#include "receiver/IdentifyHandshake.h"
+#include "protocol/IdentifyHandshake.h"
 #include "receiver/V4Receiver.h"
 
 namespace ferrylane {

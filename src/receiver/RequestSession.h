@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/ByteBuffer.h"
+#include "protocol/RequestHeadParser.h"
+#include "protocol/Routing.h"
 #include "receiver/ReceiverContext.h"
-#include "receiver/RequestHeadParser.h"
-#include "receiver/Routing.h"
 
 #include <memory>
 

@@ -2,8 +2,8 @@
 
 #include "platform/ByteBuffer.h"
 #include "platform/Crypto.h"
-#include "receiver/ChunkDecoder.h"
-#include "receiver/HttpAnswer.h"
+#include "protocol/ChunkDecoder.h"
+#include "protocol/HttpAnswer.h"
 #include "receiver/ReceiveProgress.h"
 #include "receiver/ReceiverContext.h"
 #include "receiver/RecordWorker.h"

@@ -1,7 +1,7 @@
 #include "sender/FerrylaneV4Sender.h"
 
 #include "core/Base64Url.h"
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "pairing/PairedTarget.h"
 #include "platform/Clock.h"
 #include "platform/SerialQueue.h"
 #include "platform/Tcp.h"
 #include "platform/ThreadQueue.h"
+#include "protocol/PairedTarget.h"
 #include "sender/Cancellation.h"
 #include "sender/FileSender.h"
 #include "sender/SendError.h"

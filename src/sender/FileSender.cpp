@@ -1,6 +1,6 @@
 #include "sender/FileSender.h"
 
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 #include "sender/SendError.h"
 
 #include <QUuid>

@@ -2,7 +2,7 @@
 
 #include "platform/ByteBuffer.h"
 #include "platform/SecretKey.h"
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 #include "sender/Cancellation.h"
 #include "sender/PhoneConnection.h"
 #include "sender/PieceHasher.h"

@@ -1,7 +1,7 @@
 #include "sender/PhoneConnection.h"
 
 #include "core/Log.h"
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 #include "sender/SendError.h"
 
 #include <chrono>

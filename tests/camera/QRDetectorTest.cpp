@@ -1,7 +1,7 @@
 #include "camera/QRDetector.h"
 
 #include "app/QRImage.h"
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 #include "support/QtPrinting.h"
 
 #include <QPainter>

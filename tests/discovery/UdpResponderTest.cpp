@@ -1,8 +1,8 @@
 #include "discovery/UdpResponder.h"
 
 #include "core/StoragePaths.h"
-#include "discovery/DiscoveryProtocol.h"
 #include "platform/Files.h"
+#include "protocol/DiscoveryProtocol.h"
 #include "support/PrivateUserFolders.h"
 #include "support/Waiting.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 #include "support/PrivateHome.h"
 #include "support/ProgramUnderTest.h"
 #include "support/QtPrinting.h"

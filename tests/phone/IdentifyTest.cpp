@@ -1,6 +1,6 @@
 #include "phone/Identify.h"
 
-#include "receiver/IdentifyHandshake.h"
+#include "protocol/IdentifyHandshake.h"
 #include "support/UploadStream.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receiver/RecordReader.h"
+#include "protocol/RecordReader.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/SecretKey.h"
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "discovery/DiscoveryProtocol.h"
+#include "protocol/DiscoveryProtocol.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 

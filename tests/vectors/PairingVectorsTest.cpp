@@ -1,7 +1,7 @@
 #include "core/Base64Url.h"
-#include "pairing/PairingLink.h"
-#include "pairing/PairingQR.h"
 #include "phone/PairingLink.h"
+#include "protocol/PairingLink.h"
+#include "protocol/PairingQR.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 

@@ -1,4 +1,4 @@
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 

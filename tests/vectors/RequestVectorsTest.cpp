@@ -1,5 +1,5 @@
-#include "receiver/IdentifyHandshake.h"
-#include "receiver/Routing.h"
+#include "protocol/IdentifyHandshake.h"
+#include "protocol/Routing.h"
 #include "support/Fragments.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"

@@ -1,5 +1,5 @@
-#include "receiver/ChunkDecoder.h"
-#include "receiver/Routing.h"
+#include "protocol/ChunkDecoder.h"
+#include "protocol/Routing.h"
 #include "support/Fragments.h"
 #include "support/MemorySink.h"
 #include "support/QtPrinting.h"

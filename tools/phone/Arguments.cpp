@@ -1,9 +1,9 @@
 #include "phone/Arguments.h"
 
-#include "pairing/PairingQR.h"
 #include "phone/Failure.h"
 #include "phone/HelpTexts.h"
 #include "platform/HostName.h"
+#include "protocol/PairingQR.h"
 
 #include <QCommandLineParser>
 

@@ -1,6 +1,6 @@
 #include "phone/BusyPhone.h"
 
-#include "receiver/HttpAnswer.h"
+#include "protocol/HttpAnswer.h"
 
 namespace ferrylane::phone {
 

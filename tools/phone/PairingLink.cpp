@@ -1,7 +1,7 @@
 #include "phone/PairingLink.h"
 
 #include "core/Base64Url.h"
-#include "pairing/PairingUrl.h"
+#include "protocol/PairingUrl.h"
 
 #include <QRegularExpression>
 

@@ -5,7 +5,6 @@
 #include "core/Notifications.h"
 #include "core/Settings.h"
 #include "core/Text.h"
-#include "pairing/PairingLink.h"
 #include "pairing/ReceiverKeyStore.h"
 #include "phone/BusyPhone.h"
 #include "phone/Failure.h"
@@ -14,6 +13,7 @@
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/TerminationSignals.h"
+#include "protocol/PairingLink.h"
 #include "service/NetworkPresence.h"
 
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-#include "receiver/HttpAnswer.h"
+#include "protocol/HttpAnswer.h"
 
 namespace ferrylane {
 

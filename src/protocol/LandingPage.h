@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receiver/HttpAnswer.h"
+#include "protocol/HttpAnswer.h"
 
 namespace ferrylane {
 

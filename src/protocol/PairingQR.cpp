@@ -1,8 +1,8 @@
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 
 #include "core/Text.h"
-#include "pairing/DisplayName.h"
-#include "pairing/PairingUrl.h"
+#include "protocol/DisplayName.h"
+#include "protocol/PairingUrl.h"
 
 namespace ferrylane {
 

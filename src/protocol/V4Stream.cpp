@@ -1,4 +1,4 @@
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"

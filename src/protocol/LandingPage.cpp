@@ -1,4 +1,4 @@
-#include "receiver/LandingPage.h"
+#include "protocol/LandingPage.h"
 
 namespace ferrylane {
 

@@ -1,4 +1,4 @@
-#include "pairing/PairedTarget.h"
+#include "protocol/PairedTarget.h"
 
 #include "core/Base64Url.h"
 #include "platform/SecretKey.h"

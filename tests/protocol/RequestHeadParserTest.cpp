@@ -1,4 +1,4 @@
-#include "receiver/RequestHeadParser.h"
+#include "protocol/RequestHeadParser.h"
 #include "support/Fragments.h"
 
 #include <gtest/gtest.h>

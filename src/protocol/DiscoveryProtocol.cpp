@@ -1,7 +1,7 @@
-#include "discovery/DiscoveryProtocol.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include "core/Text.h"
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 
 #include <charconv>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "receiver/IdentifyHandshake.h"
+#include "protocol/IdentifyHandshake.h"
 
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"

@@ -1,4 +1,4 @@
-#include "sender/PhoneResponse.h"
+#include "protocol/PhoneResponse.h"
 
 #include "core/Text.h"
 

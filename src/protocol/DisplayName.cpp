@@ -1,4 +1,4 @@
-#include "pairing/DisplayName.h"
+#include "protocol/DisplayName.h"
 
 #include "core/Text.h"
 

@@ -1,8 +1,8 @@
-#include "receiver/RequestHeadParser.h"
+#include "protocol/RequestHeadParser.h"
 
 #include "core/PercentCoding.h"
 #include "core/Text.h"
-#include "receiver/Blanks.h"
+#include "protocol/Blanks.h"
 
 #include <QStringList>
 

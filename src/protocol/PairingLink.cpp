@@ -1,4 +1,4 @@
-#include "pairing/PairingLink.h"
+#include "protocol/PairingLink.h"
 
 #include "core/PercentCoding.h"
 

@@ -1,4 +1,4 @@
-#include "receiver/Routing.h"
+#include "protocol/Routing.h"
 
 #include <gtest/gtest.h>
 

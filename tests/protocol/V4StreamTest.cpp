@@ -1,4 +1,4 @@
-#include "receiver/V4Stream.h"
+#include "protocol/V4Stream.h"
 #include "support/UploadStream.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Bytes.h"
-#include "receiver/HttpAnswer.h"
+#include "protocol/HttpAnswer.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
-#include "receiver/Routing.h"
+#include "protocol/Routing.h"
 
 #include "core/Base64Url.h"
 #include "core/Text.h"
-#include "receiver/LandingPage.h"
+#include "protocol/LandingPage.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "receiver/HttpAnswer.h"
-#include "receiver/RequestHeadParser.h"
-#include "receiver/V4Stream.h"
+#include "protocol/HttpAnswer.h"
+#include "protocol/RequestHeadParser.h"
+#include "protocol/V4Stream.h"
 
 #include <optional>
 #include <variant>

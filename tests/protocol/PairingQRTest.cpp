@@ -1,8 +1,8 @@
-#include "pairing/PairingQR.h"
+#include "protocol/PairingQR.h"
 
-#include "pairing/DisplayName.h"
-#include "pairing/PairingLink.h"
-#include "pairing/PairingUrl.h"
+#include "protocol/DisplayName.h"
+#include "protocol/PairingLink.h"
+#include "protocol/PairingUrl.h"
 #include "support/QtPrinting.h"
 
 #include <gtest/gtest.h>

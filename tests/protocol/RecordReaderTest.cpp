@@ -1,4 +1,4 @@
-#include "receiver/RecordReader.h"
+#include "protocol/RecordReader.h"
 #include "support/MemorySink.h"
 #include "support/UploadStream.h"
 

@@ -1,4 +1,4 @@
-#include "discovery/DiscoveryProtocol.h"
+#include "protocol/DiscoveryProtocol.h"
 
 #include <gtest/gtest.h>
 

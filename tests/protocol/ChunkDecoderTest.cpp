@@ -1,4 +1,4 @@
-#include "receiver/ChunkDecoder.h"
+#include "protocol/ChunkDecoder.h"
 #include "support/Fragments.h"
 
 #include <gtest/gtest.h>

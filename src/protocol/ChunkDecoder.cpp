@@ -1,6 +1,6 @@
-#include "receiver/ChunkDecoder.h"
+#include "protocol/ChunkDecoder.h"
 
-#include "receiver/Blanks.h"
+#include "protocol/Blanks.h"
 
 #include <algorithm>
 #include <charconv>

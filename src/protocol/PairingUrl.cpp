@@ -1,7 +1,7 @@
-#include "pairing/PairingUrl.h"
+#include "protocol/PairingUrl.h"
 
 #include "core/PercentCoding.h"
-#include "pairing/PairedTarget.h"
+#include "protocol/PairedTarget.h"
 
 #include <QUrl>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ByteBuffer.h"
-#include "receiver/StreamFailure.h"
+#include "protocol/StreamFailure.h"
 
 #include <optional>
 

@@ -3,8 +3,8 @@
 #include "platform/ByteBuffer.h"
 #include "platform/Crypto.h"
 #include "platform/Interface.h"
-#include "receiver/StreamFailure.h"
-#include "receiver/V4Stream.h"
+#include "protocol/StreamFailure.h"
+#include "protocol/V4Stream.h"
 
 #include <optional>
 
