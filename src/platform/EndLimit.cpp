@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <future>
+#include <system_error>
 #include <utility>
 
 namespace platform {
@@ -11,15 +12,22 @@ namespace {
 
 constexpr auto givingUpTime = std::chrono::seconds(1);
 
-/// What hangs may be what the task wants to write to.
-void runForAWhile(const std::function<void()>& task)
+/// Ends the process. What hangs may be what the last words are written to, so they get a thread of
+/// their own and a second.
+[[noreturn]] void giveUp(const std::function<void()>& lastWords)
 {
-    std::promise<void> done;
-    std::thread([&] {
-        task();
-        done.set_value();
-    }).detach();
-    done.get_future().wait_for(givingUpTime);
+    std::promise<void> said; // never destroyed: the thread may come to it late
+    try {
+        std::thread([&] {
+            lastWords();
+            said.set_value();
+        }).detach();
+        said.get_future().wait_for(givingUpTime);
+    } catch (const std::system_error&) {
+        // There is no thread to be had. The end comes all the same.
+    }
+    // Without destructors: one of them is what hangs.
+    std::_Exit(EXIT_FAILURE);
 }
 
 } // namespace
@@ -28,9 +36,7 @@ EndLimit::EndLimit(Duration limit, std::function<void()> onGiveUp)
     : thread_([this, limit, onGiveUp = std::move(onGiveUp)] {
         std::unique_lock lock(mutex_);
         if (changed_.wait_for(lock, limit, [this] { return isInTime_; })) return;
-        runForAWhile(onGiveUp);
-        // Without destructors: one of them is what hangs.
-        std::_Exit(EXIT_FAILURE);
+        giveUp(onGiveUp);
     })
 {
 }
