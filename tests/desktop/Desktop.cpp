@@ -35,6 +35,8 @@ QProcessEnvironment Desktop::environment() const
     environment.insert(u"DISPLAY"_s, display_);
     environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     environment.remove(u"WAYLAND_DISPLAY"_s);
+    // Or each program starts a bus for this display, for which the next one may wait without end.
+    environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"disabled:"_s);
     return environment;
 }
 
