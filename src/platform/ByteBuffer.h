@@ -27,6 +27,8 @@ public:
     ~ByteBuffer() = default;
 
     [[nodiscard]] ByteView unread() const { return {storage_.get() + begin_, end_ - begin_}; }
+    /// The same bytes, for one who changes them where they lie.
+    [[nodiscard]] MutableByteView unreadInPlace() { return {storage_.get() + begin_, size()}; }
     [[nodiscard]] std::size_t size() const { return end_ - begin_; }
     [[nodiscard]] bool empty() const { return begin_ == end_; }
 
