@@ -1,8 +1,8 @@
 #include "fuzz/Require.h"
 #include "platform/ByteBuffer.h"
-#include "protocol/ChunkDecoder.h"
-#include "protocol/RecordReader.h"
+#include "protocol/StreamReader.h"
 #include "protocol/V4Stream.h"
+#include "support/MemorySource.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -25,56 +25,20 @@ V4Transfer transferOf(qint64 fileSize)
     return {QStringLiteral("0123456789abcdef"), QStringLiteral("name"), fileSize, {}};
 }
 
-class MemorySink final : public PlaintextSink {
-public:
-    platform::MutableByteView space(std::size_t length) override
-    {
-        require(length >= 1 && length <= maximumRecordPlaintext);
-        piece_.resize(length);
-        return piece_;
-    }
-    bool take(std::size_t length) override
-    {
-        content.insert(
-            content.end(), piece_.begin(), piece_.begin() + static_cast<std::ptrdiff_t>(length));
-        return true;
-    }
-    platform::Sha256Digest digest() override
-    {
-        platform::Sha256 sha256;
-        sha256.update(content);
-        return sha256.finish();
-    }
-
-    std::vector<std::byte> content;
-
-private:
-    std::vector<std::byte> piece_;
-};
-
 /// The content that a receiver stores for `body`, or none when it refuses it.
 std::optional<std::vector<std::byte>> receive(ByteView body, qint64 fileSize, std::size_t fragment)
 {
-    MemorySink sink;
-    platform::Aes256Gcm cipher(knownKey());
-    RecordReader reader(transferOf(fileSize), cipher, sink);
-    ChunkDecoder decoder;
-    ByteBuffer buffer;
-    for (std::size_t start = 0; start < body.size(); start += fragment) {
-        buffer.append(body.subspan(start, std::min(fragment, body.size() - start)));
-        for (;;) {
-            const ChunkDecoder::Step step = decoder.next(buffer);
-            require(sink.content.size() <= body.size());
-            if (step.outcome == ChunkDecoder::Outcome::needMore) break;
-            if (step.outcome == ChunkDecoder::Outcome::failed) return std::nullopt;
-            if (step.outcome == ChunkDecoder::Outcome::lastChunk) {
-                if (reader.finish()) return std::nullopt;
-                return sink.content;
-            }
-            if (reader.feed(step.payload)) return std::nullopt;
-        }
+    support::MemorySource source(body, fragment);
+    StreamReader reader(transferOf(fileSize), knownKey(), source, {});
+    std::vector<std::byte> content;
+    for (;;) {
+        const StreamStep step = reader.next();
+        if (std::holds_alternative<StreamFailure>(step)) return std::nullopt;
+        if (std::holds_alternative<StreamEnd>(step)) return content;
+        const auto piece = std::get<ByteView>(step);
+        content.insert(content.end(), piece.begin(), piece.end());
+        require(content.size() <= body.size());
     }
-    return std::nullopt;
 }
 
 /// The fuzzer's bytes as small numbers and a rest.

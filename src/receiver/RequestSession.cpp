@@ -105,7 +105,7 @@ void RequestSession::answer(const routes::Upload& request)
     } else if (auto place = context_->admission.tryAdmit(connection_)) {
         registration_->uploading();
         V4Receiver::receiveSecureUploadV4Chunked(
-            {context_, connection_, std::move(registration_), std::move(*place), *request.transfer,
+            {*context_, connection_, std::move(registration_), std::move(*place), *request.transfer,
                 request.senderName},
             std::move(buffer_));
     } else {

@@ -4,190 +4,140 @@
 #include "core/ReceiveDestination.h"
 #include "core/StoragePaths.h"
 
-#include <algorithm>
+#include <exception>
+#include <future>
 
 namespace ferrylane {
 
 namespace {
 
-// Asked for beyond the end of the chunk that is under way. Little, so that of a long chunk that
-// follows only a little has to be moved to the buffer's front; enough for many short ones.
-constexpr std::size_t readAhead = 65536;
+/// The body of an upload as it comes in on its connection, for a thread that waits. How long it
+/// waits depends on whether the upload has proved itself.
+class UploadSource final : public ByteSource {
+public:
+    UploadSource(platform::TcpConnection& connection, const UploadTimes& times,
+        platform::TimePoint admissionTime, const ReceiveProgress& progress)
+        : connection_(connection), times_(times), admissionTime_(admissionTime), progress_(progress)
+    {
+    }
+
+    Read read(platform::ByteBuffer& buffer, std::size_t wanted, std::size_t maximum) override
+    {
+        const bool isProven = progress_.isAuthenticated();
+        const auto limit = isProven
+            ? times_.silence
+            : admissionTime_ + times_.firstRecord - platform::SteadyClock().now();
+        // The limit begins anew with each byte that comes, which a stranger may not make use of.
+        const std::size_t minimum = isProven ? wanted : 1;
+        const auto result = std::make_shared<std::promise<Read>>();
+        connection_.receive(
+            buffer, minimum, maximum, limit, [result](bool isEnd, const std::error_code& error) {
+                result->set_value({isEnd, error});
+            });
+        return result->get_future().get();
+    }
+
+private:
+    platform::TcpConnection& connection_;
+    const UploadTimes& times_;
+    const platform::TimePoint admissionTime_;
+    const ReceiveProgress& progress_;
+};
 
 } // namespace
 
 void V4Receiver::receiveSecureUploadV4Chunked(AdmittedUpload upload, platform::ByteBuffer body)
 {
-    std::make_shared<V4Receiver>(std::move(upload), std::move(body))->start();
+    platform::SerialQueue& queue = upload.context.recordQueue;
+    const auto receiver = std::make_shared<V4Receiver>(std::move(upload));
+    const auto start = std::make_shared<platform::ByteBuffer>(std::move(body));
+    queue.async([receiver, start] { receiver->run(std::move(*start)); });
 }
 
-V4Receiver::V4Receiver(AdmittedUpload upload, platform::ByteBuffer body)
+V4Receiver::V4Receiver(AdmittedUpload upload)
     : upload_(std::move(upload))
-    , bodyBuffer_(std::move(body))
     , admissionTime_(platform::SteadyClock().now())
-    , waitingSince_(admissionTime_)
     , progress_(sanitize(upload_.transfer.fileName), upload_.transfer.fileSize,
-          *upload_.context->reports, upload_.context->clock)
+          *upload_.context.reports, upload_.context.clock)
 {
 }
 
-V4Receiver::~V4Receiver()
-{
-    if (!worker_) return;
-    const QString reason = QStringLiteral("Internal error");
-    leave();
-    logFailure(reason);
-    progress_.stopped(reason);
-}
-
-void V4Receiver::start()
+void V4Receiver::run(platform::ByteBuffer body)
 {
     std::error_code error;
-    auto file = PartialFile::create(receiveDir(), error);
-    if (!file) {
+    file_ = PartialFile::create(receiveDir(), error);
+    if (!file_) {
         leave();
         answer({statuses::internalServerError, "Cannot create destination"});
         return;
     }
-    worker_ = std::make_unique<RecordWorker>(upload_.transfer, upload_.context->sessionKey,
-        std::move(file), progress_, upload_.context->recordQueue,
-        [connection = upload_.connection, weak = weak_from_this()] {
-            connection->async([weak] {
-                if (const auto self = weak.lock()) self->workerFailed();
-            });
-        });
-    proceed();
+    const auto received = receiveBody(std::move(body));
+    const auto* const failure = std::get_if<StreamFailure>(&received);
+    answer(failure ? failed(failure->text) : store(std::get<quint64>(received)));
 }
 
-void V4Receiver::next()
+std::variant<quint64, StreamFailure> V4Receiver::receiveBody(platform::ByteBuffer body)
 {
-    const std::size_t maximum
-        = std::min(chunks_.missingBytes(bodyBuffer_) + readAhead, maximumBodyReceive);
-    upload_.connection->receive(bodyBuffer_, 1, maximum, timeLeft(),
-        [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
-            self->received(endOfStream, error);
-        });
-}
+    try {
+        UploadSource source(*upload_.connection, upload_.context.times, admissionTime_, progress_);
+        StreamReader reader(upload_.transfer, upload_.context.sessionKey, source, std::move(body));
+        for (quint64 size = 0;;) {
+            const StreamStep step = reader.next();
+            if (const auto* const failure = std::get_if<StreamFailure>(&step)) return *failure;
+            progress_.authenticated();
+            if (const auto* const end = std::get_if<StreamEnd>(&step)) return end->totalBytes;
 
-platform::Duration V4Receiver::timeLeft() const
-{
-    const UploadTimes& times = upload_.context->times;
-    const platform::TimePoint end = progress_.isAuthenticated()
-        ? waitingSince_ + times.silence
-        : admissionTime_ + times.firstRecord;
-    return end - platform::SteadyClock().now();
-}
-
-void V4Receiver::received(bool endOfStream, const std::error_code& error)
-{
-    if (!worker_) return;
-    // The first record may have been opened while this was waiting for the next.
-    if (error == std::errc::timed_out && timeLeft() > platform::Duration::zero()) {
-        next();
-        return;
-    }
-    if (error) {
-        failConnection(error);
-        return;
-    }
-    // What came before the end of the stream has been delivered before, and did not complete it.
-    if (endOfStream) {
-        fail(failures::closedBeforeLastChunk);
-        return;
-    }
-    proceed();
-}
-
-void V4Receiver::proceed()
-{
-    if (!processHTTPChunks()) return;
-    if (lastChunkSeen_) {
-        finalizeIfDone();
-    } else {
-        // Not since the latest bytes: what a slow disk has taken is not the phone's silence.
-        waitingSince_ = platform::SteadyClock().now();
-        next();
+            const auto piece = std::get<platform::ByteView>(step);
+            if (const std::error_code error = file_->write(piece)) {
+                flLog(QStringLiteral("Could not write the upload: ")
+                    + QString::fromStdString(error.message()));
+                return StreamFailure(failures::authenticationFailed);
+            }
+            size += piece.size();
+            progress_.advanced(size);
+        }
+    } catch (const std::exception& error) {
+        flLog(QStringLiteral("Could not receive the upload: ") + QString::fromUtf8(error.what()));
+        return StreamFailure(QStringLiteral("Internal error"));
     }
 }
 
-bool V4Receiver::processHTTPChunks()
+HttpAnswer V4Receiver::store(quint64 size)
 {
-    std::vector<platform::ByteView> chunks;
-    ChunkDecoder::Step step = chunks_.next(bodyBuffer_);
-    for (; step.outcome == ChunkDecoder::Outcome::chunk; step = chunks_.next(bodyBuffer_)) {
-        chunks.push_back(step.payload);
-    }
-    if (!chunks.empty()) worker_->take(bodyBuffer_, std::move(chunks));
-    if (step.outcome == ChunkDecoder::Outcome::failed) {
-        fail(step.failure);
-        return false;
-    }
-    lastChunkSeen_ = step.outcome == ChunkDecoder::Outcome::lastChunk;
-    return true;
-}
-
-void V4Receiver::workerFailed()
-{
-    if (!worker_) return;
-    if (const auto failure = worker_->settle()) fail(*failure);
-}
-
-void V4Receiver::finalizeIfDone()
-{
-    if (const auto failure = worker_->finish()) {
-        fail(*failure);
-        return;
-    }
     // Nobody can stop it from here on; whoever did before has cancelled the connection.
     if (!upload_.place->beginStoring(upload_.transfer.fileName)) {
-        failConnection(std::make_error_code(std::errc::operation_canceled));
-        return;
+        const auto stopped = std::make_error_code(std::errc::operation_canceled);
+        return failed(failures::connectionError(stopped).text);
     }
     std::error_code error;
-    const auto path = worker_->store(upload_.transfer.fileName, upload_.senderName, error);
+    const auto path = file_->store(upload_.transfer.fileName, upload_.senderName, error);
     if (!path) {
         flLog(QStringLiteral("Could not store the upload: ")
             + QString::fromStdString(error.message()));
-        fail(QStringLiteral("Cannot finalize destination"), statuses::internalServerError);
-        return;
+        return failed(QStringLiteral("Cannot finalize destination"), statuses::internalServerError);
     }
-
-    const quint64 size = worker_->totalBytes();
     flLog(QStringLiteral("Secure V4 received %1 bytes to %2").arg(QString::number(size), *path));
     leave();
     progress_.stored({*path, static_cast<qint64>(size)});
-    answer({statuses::ok, "OK SHA256"});
+    return {statuses::ok, "OK SHA256"};
 }
 
-void V4Receiver::failConnection(const std::error_code& error)
+HttpAnswer V4Receiver::failed(const QString& reason, QByteArrayView status)
 {
-    fail(QStringLiteral("Connection error: ") + QString::fromStdString(error.message()));
-}
-
-void V4Receiver::fail(const QString& text, QByteArrayView status)
-{
-    // What the worker has not got to yet came earlier, and so did its failure.
-    const auto earlier = worker_->settle();
-    const QString reason = earlier ? QString(earlier->text) : text;
     leave();
-    logFailure(reason);
+    if (progress_.isAuthenticated()) {
+        flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
+    } else {
+        upload_.context.failureLog->uploadFailed(reason);
+    }
     progress_.stopped(reason);
-    answer({earlier ? statuses::badRequest : status, reason.toUtf8()});
+    return {status, reason.toUtf8()};
 }
 
 void V4Receiver::leave()
 {
-    worker_.reset(); // and with it a partial file
+    file_.reset();
     upload_.place.reset();
-}
-
-void V4Receiver::logFailure(const QString& reason)
-{
-    if (progress_.isAuthenticated()) {
-        flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
-    } else {
-        upload_.context->failureLog->uploadFailed(reason);
-    }
 }
 
 void V4Receiver::answer(const HttpAnswer& answer)

@@ -1,7 +1,7 @@
-#include "protocol/ChunkDecoder.h"
 #include "protocol/Routing.h"
+#include "protocol/StreamReader.h"
 #include "support/Fragments.h"
-#include "support/MemorySink.h"
+#include "support/MemorySource.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 #include "support/UploadStream.h"
@@ -40,40 +40,20 @@ V4Transfer transferOfHead(const QByteArray& head)
     return std::get<routes::Upload>(request).transfer.value();
 }
 
-/// Reads every chunk that `body` holds whole; true when that was the end.
-bool readChunks(ChunkDecoder& decoder, platform::ByteBuffer& body, RecordReader& reader,
-    std::optional<StreamFailure>& failure)
-{
-    while (!failure) {
-        const ChunkDecoder::Step step = decoder.next(body);
-        if (step.outcome == ChunkDecoder::Outcome::needMore) return false;
-        if (step.outcome == ChunkDecoder::Outcome::failed) failure = step.failure;
-        if (step.outcome == ChunkDecoder::Outcome::chunk) failure = reader.feed(step.payload);
-        if (step.outcome == ChunkDecoder::Outcome::lastChunk) {
-            failure = reader.finish();
-            return true;
-        }
-    }
-    return true;
-}
-
 Stored receive(const platform::SecretKey& key, const V4Transfer& transfer, const QByteArray& body,
     std::size_t fragmentSize)
 {
-    MemorySink sink;
-    platform::Aes256Gcm cipher(key);
-    RecordReader reader(transfer, cipher, sink);
-    ChunkDecoder decoder;
-    platform::ByteBuffer buffer;
-    std::optional<StreamFailure> failure = failures::closedBeforeLastChunk;
-    inFragments(platform::bytesOf(body), fragmentSize, [&](platform::ByteView fragment) {
-        buffer.append(fragment);
-        std::optional<StreamFailure> found;
-        if (!readChunks(decoder, buffer, reader, found)) return true;
-        failure = found;
-        return false;
-    });
-    return {failure ? QByteArray(failure->text.latin1()) : "OK SHA256", sink.content};
+    MemorySource source(platform::bytesOf(body), fragmentSize);
+    StreamReader reader(transfer, key, source, {});
+    QByteArray content;
+    for (;;) {
+        const StreamStep step = reader.next();
+        if (const auto* const failure = std::get_if<StreamFailure>(&step)) {
+            return {failure->text.toUtf8(), content};
+        }
+        if (std::holds_alternative<StreamEnd>(step)) return {"OK SHA256", content};
+        content += platform::toByteArray(std::get<platform::ByteView>(step));
+    }
 }
 
 QJsonArray hexOf(const std::vector<QByteArray>& records)
