@@ -1,7 +1,7 @@
 #include "bench/SealedUpload.h"
 
 #include "core/Service.h"
-#include "protocol/V4Stream.h"
+#include "protocol/StreamWriter.h"
 #include "support/UploadStream.h"
 
 #include <algorithm>
@@ -14,29 +14,14 @@ namespace {
 
 constexpr auto pieceBytes = static_cast<qint64>(maximumRecordPlaintext);
 
-void appendChunk(platform::ByteView payload, platform::ByteBuffer& out)
-{
-    appendChunkSizeLine(payload.size(), out);
-    out.append(payload);
-    appendChunkEnd(out);
-}
-
-void appendBody(RecordSealer& sealer, qint64 size, platform::ByteBuffer& out)
+void appendBody(StreamWriter& writer, qint64 size, platform::ByteBuffer& out)
 {
     const QByteArray piece = support::testContent(std::min(size, pieceBytes));
-    platform::Sha256 sha256;
-    platform::ByteBuffer record;
     for (qint64 done = 0; done < size; done += pieceBytes) {
         const auto length = static_cast<std::size_t>(std::min(size - done, pieceBytes));
-        const platform::ByteView content = platform::bytesOf(piece).first(length);
-        sha256.update(content);
-        sealer.appendDataRecord(content, record);
-        appendChunk(record.unread(), out);
-        record.consume(record.size());
+        writer.write(platform::bytesOf(piece).first(length), out);
     }
-    sealer.appendFinalRecord(sha256.finish(), record);
-    appendChunk(record.unread(), out);
-    appendLastChunk(out);
+    writer.finish(out);
 }
 
 } // namespace
@@ -61,8 +46,8 @@ SealedUpload::SealedUpload(const platform::SecretKey& key, const QString& fileNa
 
     request_.append(platform::bytesOf(uploadRequestHead(
         transfer, QStringLiteral("127.0.0.1"), port, QStringLiteral("Benchmark"))));
-    RecordSealer sealer(key, transfer);
-    appendBody(sealer, size, request_);
+    StreamWriter writer(transfer, key);
+    appendBody(writer, size, request_);
 }
 
 QByteArray SealedUpload::request() const

@@ -1,15 +1,12 @@
 #include "fuzz/Require.h"
-#include "platform/ByteBuffer.h"
 #include "protocol/StreamReader.h"
-#include "protocol/V4Stream.h"
 #include "support/MemorySource.h"
+#include "support/UploadStream.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <vector>
 
 using namespace ferrylane;
-using platform::ByteBuffer;
 using platform::ByteView;
 
 namespace {
@@ -26,18 +23,18 @@ V4Transfer transferOf(qint64 fileSize)
 }
 
 /// The content that a receiver stores for `body`, or none when it refuses it.
-std::optional<std::vector<std::byte>> receive(ByteView body, qint64 fileSize, std::size_t fragment)
+std::optional<QByteArray> receive(ByteView body, qint64 fileSize, std::size_t fragment)
 {
     support::MemorySource source(body, fragment);
     StreamReader reader(transferOf(fileSize), knownKey(), source, {});
-    std::vector<std::byte> content;
+    QByteArray content;
     for (;;) {
         const StreamStep step = reader.next();
         if (std::holds_alternative<StreamFailure>(step)) return std::nullopt;
         if (std::holds_alternative<StreamEnd>(step)) return content;
         const auto piece = std::get<ByteView>(step);
-        content.insert(content.end(), piece.begin(), piece.end());
-        require(content.size() <= body.size());
+        content += platform::textViewOf(piece);
+        require(content.size() <= static_cast<qsizetype>(body.size()));
     }
 }
 
@@ -60,33 +57,25 @@ private:
 };
 
 /// The records of `content`, in pieces of `pieceBytes`.
-ByteBuffer recordsOf(ByteView content, std::size_t pieceBytes)
+QByteArray recordsOf(const QByteArray& content, std::size_t pieceBytes)
 {
-    ByteBuffer records;
-    RecordSealer sealer(knownKey(), transferOf(static_cast<qint64>(content.size())));
-    platform::Sha256 sha256;
-    sha256.update(content);
-    for (std::size_t start = 0; start < content.size(); start += pieceBytes) {
-        sealer.appendDataRecord(
-            content.subspan(start, std::min(pieceBytes, content.size() - start)), records);
+    QByteArray records;
+    for (const QByteArray& record : support::sealedRecords(
+             knownKey(), transferOf(content.size()), content, static_cast<qsizetype>(pieceBytes))) {
+        records += record;
     }
-    sealer.appendFinalRecord(sha256.finish(), records);
     return records;
 }
 
 /// `records` in chunks of `chunkBytes`, however that cuts them.
-ByteBuffer chunked(ByteView records, std::size_t chunkBytes)
+QByteArray chunked(const QByteArray& records, std::size_t chunkBytes)
 {
-    ByteBuffer body;
-    for (std::size_t start = 0; start < records.size(); start += chunkBytes) {
-        const ByteView payload
-            = records.subspan(start, std::min(chunkBytes, records.size() - start));
-        appendChunkSizeLine(payload.size(), body);
-        body.append(payload);
-        appendChunkEnd(body);
+    std::vector<QByteArray> payloads;
+    const auto step = static_cast<qsizetype>(chunkBytes);
+    for (qsizetype start = 0; start < records.size(); start += step) {
+        payloads.push_back(records.mid(start, step));
     }
-    appendLastChunk(body);
-    return body;
+    return support::chunkedBody(payloads);
 }
 
 /// A faultless stream is stored as it was, however it is cut; a changed one is refused, or the
@@ -97,17 +86,16 @@ void sealAndChange(Input input)
     const std::size_t chunkBytes = 1 + input.number();
     const std::size_t fragment = 1 + input.number();
     const std::size_t position = input.number() * 256 + input.number();
-    const auto change = static_cast<std::byte>(input.number());
-    const std::vector<std::byte> content(input.rest().begin(), input.rest().end());
-    const auto fileSize = static_cast<qint64>(content.size());
+    const auto change = static_cast<int>(input.number());
+    const QByteArray content = platform::toByteArray(input.rest());
 
-    const ByteBuffer body = chunked(recordsOf(content, pieceBytes).unread(), chunkBytes);
-    const auto stored = receive(body.unread(), fileSize, fragment);
+    QByteArray body = chunked(recordsOf(content, pieceBytes), chunkBytes);
+    const auto stored = receive(platform::bytesOf(body), content.size(), fragment);
     require(stored && *stored == content);
 
-    std::vector<std::byte> changed(body.unread().begin(), body.unread().end());
-    changed[position % changed.size()] ^= change;
-    const auto storedChanged = receive(changed, fileSize, fragment);
+    char& changed = body[static_cast<qsizetype>(position) % body.size()];
+    changed = static_cast<char>(changed ^ change);
+    const auto storedChanged = receive(platform::bytesOf(body), content.size(), fragment);
     require(!storedChanged || *storedChanged == content);
 }
 

@@ -3,20 +3,11 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 
-#include <stdexcept>
-
 namespace ferrylane {
 
-using platform::ByteBuffer;
-using platform::ByteView;
 using platform::MutableByteView;
 
 namespace {
-
-void appendText(QByteArrayView text, ByteBuffer& out)
-{
-    out.append(std::as_bytes(std::span(text.data(), static_cast<std::size_t>(text.size()))));
-}
 
 /// Six fields, a line feed between each two and none at the end.
 QByteArray associatedData(
@@ -54,42 +45,6 @@ QByteArray finalRecordAssociatedData(
     return associatedData("Ferrylane-v4-final", transfer, recordCount, totalBytes);
 }
 
-RecordSealer::RecordSealer(const platform::SecretKey& key, V4Transfer transfer)
-    : cipher_(key), transfer_(std::move(transfer))
-{
-}
-
-void RecordSealer::appendDataRecord(ByteView plaintext, ByteBuffer& out)
-{
-    if (plaintext.empty() || plaintext.size() > maximumRecordPlaintext) {
-        throw std::length_error("a record of no or too many bytes");
-    }
-    // Its nonce would be the final record's, and the next one's that of the first.
-    if (recordCount_ == finalRecordIndex) throw std::length_error("too many records");
-    appendRecord(recordCount_, dataRecordAssociatedData(transfer_, recordCount_, plaintext.size()),
-        plaintext, out);
-    ++recordCount_;
-    totalBytes_ += plaintext.size();
-}
-
-void RecordSealer::appendFinalRecord(const platform::Sha256Digest& digest, ByteBuffer& out)
-{
-    appendRecord(finalRecordIndex, finalRecordAssociatedData(transfer_, recordCount_, totalBytes_),
-        digest, out);
-}
-
-void RecordSealer::appendRecord(
-    std::uint32_t index, const QByteArray& associatedData, ByteView plaintext, ByteBuffer& out)
-{
-    const std::size_t length = recordOverheadBytes + plaintext.size();
-    const MutableByteView record = out.prepare(length);
-    platform::writeU32BigEndian(static_cast<std::uint32_t>(plaintext.size()), record);
-    platform::writeU32BigEndian(index, record.subspan(4));
-    cipher_.seal(makeNonce(transfer_.noncePrefix, index), platform::bytesOf(associatedData),
-        plaintext, record.subspan(recordHeadBytes));
-    out.commit(length);
-}
-
 QByteArray uploadRequestHead(const V4Transfer& transfer, const QString& host,
     std::uint16_t hostPort, const QString& senderName)
 {
@@ -111,21 +66,6 @@ QByteArray uploadRequestHead(const V4Transfer& transfer, const QString& host,
             base64URLEncode(transfer.noncePrefix), QString::number(transfer.fileSize),
             percentEncodeForQuery(senderName))
         .toUtf8();
-}
-
-void appendChunkSizeLine(std::size_t size, ByteBuffer& out)
-{
-    appendText(QByteArray::number(static_cast<qulonglong>(size), 16) + "\r\n", out);
-}
-
-void appendChunkEnd(ByteBuffer& out)
-{
-    appendText("\r\n", out);
-}
-
-void appendLastChunk(ByteBuffer& out)
-{
-    appendText("0\r\n\r\n", out);
 }
 
 } // namespace ferrylane

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/ByteBuffer.h"
 #include "platform/Crypto.h"
 
 #include <QByteArray>
@@ -42,41 +41,9 @@ struct V4Transfer {
 [[nodiscard]] QByteArray finalRecordAssociatedData(
     const V4Transfer& transfer, std::uint32_t recordCount, quint64 totalBytes);
 
-/// Seals the records of one file in order. Serves one thread at a time.
-class RecordSealer {
-public:
-    RecordSealer(const platform::SecretKey& key, V4Transfer transfer);
-
-    /// Appends the next data record to `out`: 1 to 1048576 bytes of plaintext, and at most
-    /// 4294967295 records. Throws std::length_error beyond that, for a nonce must not be used
-    /// twice.
-    void appendDataRecord(platform::ByteView plaintext, platform::ByteBuffer& out);
-    /// Appends the final record, 56 bytes; nothing may follow it.
-    void appendFinalRecord(const platform::Sha256Digest& digest, platform::ByteBuffer& out);
-
-    /// Number of data records so far, and so the next one's index.
-    [[nodiscard]] std::uint32_t recordCount() const { return recordCount_; }
-
-private:
-    void appendRecord(std::uint32_t index, const QByteArray& associatedData,
-        platform::ByteView plaintext, platform::ByteBuffer& out);
-
-    platform::Aes256Gcm cipher_;
-    V4Transfer transfer_;
-    std::uint32_t recordCount_ = 0;
-    quint64 totalBytes_ = 0;
-};
-
 /// The request head of an upload, with the empty line that ends it. `host` stands in the Host
 /// header as it is, so an IPv6 literal comes with its brackets.
 [[nodiscard]] QByteArray uploadRequestHead(const V4Transfer& transfer, const QString& host,
     std::uint16_t hostPort, const QString& senderName);
-
-/// Chunked transfer coding (RFC 9112, section 7.1): a chunk is its size line, as many bytes, and
-/// the line break of appendChunkEnd().
-void appendChunkSizeLine(std::size_t size, platform::ByteBuffer& out);
-void appendChunkEnd(platform::ByteBuffer& out);
-/// The chunk of size 0 that ends the body.
-void appendLastChunk(platform::ByteBuffer& out);
 
 } // namespace ferrylane

@@ -52,8 +52,9 @@ void FileSender::send(const platform::FilePath& path, const SendTarget& target,
 
     const QByteArray head = uploadRequestHead(
         transfer, target.address.hostInHeader(), target.address.port, senderName);
-    const bool isAllSent = phone.send(platform::bytesOf(head))
-        && sendBody(phone, file, RecordSealer(target.key, transfer), progress);
+    StreamWriter writer(transfer, target.key);
+    const bool isAllSent
+        = phone.send(platform::bytesOf(head)) && sendBody(phone, file, writer, progress);
     checkAnswer(phone.answer(times_.answerLimit), isAllSent);
     progress.stored();
 }
@@ -68,48 +69,24 @@ void FileSender::connect(PhoneConnection& phone, const SendTarget& target)
 }
 
 bool FileSender::sendBody(
-    PhoneConnection& phone, SourceFile& file, RecordSealer sealer, SendProgress& progress)
+    PhoneConnection& phone, SourceFile& file, StreamWriter& writer, SendProgress& progress)
 {
-    hasher_.reset();
-    chunk_.consume(chunk_.size()); // of a send that ended early
     progress.start(file.size());
-    qint64 sentBytes = 0;
-    for (std::size_t turn = 0;; turn = 1 - turn) {
-        const platform::MutableByteView room = pieces_[turn].prepare(maximumRecordPlaintext);
-        const std::size_t count = file.next(room);
-        if (count == 0) return sendEnd(phone, sealer);
-        if (!sendPiece(phone, sealer, room.first(count))) return false;
+    platform::ByteBuffer chunk;
+    for (qint64 sentBytes = 0;;) {
+        const std::size_t count = file.next(writer.room(maximumRecordPlaintext));
+        if (count == 0) {
+            writer.finish(chunk);
+            return phone.send(chunk.unread());
+        }
+        writer.seal(count, chunk);
+        if (!phone.send(chunk.unread())) return false;
+        chunk.consume(chunk.size());
         sentBytes += static_cast<qint64>(count);
-        // The index after the last one is the final record's.
-        if (sealer.recordCount() == finalRecordIndex) throw send_errors::tooManyRecords();
+        if (writer.isFull()) throw send_errors::tooManyRecords();
         progress.advanced(sentBytes);
         cancellation_.check();
     }
-}
-
-bool FileSender::sendPiece(PhoneConnection& phone, RecordSealer& sealer, platform::ByteView piece)
-{
-    hasher_.update(piece);
-    appendChunkSizeLine(piece.size() + recordOverheadBytes, chunk_);
-    sealer.appendDataRecord(piece, chunk_);
-    appendChunkEnd(chunk_);
-    return sendChunk(phone);
-}
-
-bool FileSender::sendEnd(PhoneConnection& phone, RecordSealer& sealer)
-{
-    appendChunkSizeLine(finalRecordBytes, chunk_);
-    sealer.appendFinalRecord(hasher_.finish(), chunk_);
-    appendChunkEnd(chunk_);
-    appendLastChunk(chunk_);
-    return sendChunk(phone);
-}
-
-bool FileSender::sendChunk(PhoneConnection& phone)
-{
-    const bool goesOn = phone.send(chunk_.unread());
-    chunk_.consume(chunk_.size());
-    return goesOn;
 }
 
 } // namespace ferrylane

@@ -2,15 +2,13 @@
 
 #include "platform/ByteBuffer.h"
 #include "platform/SecretKey.h"
-#include "protocol/V4Stream.h"
+#include "protocol/StreamWriter.h"
 #include "sender/Cancellation.h"
 #include "sender/PhoneConnection.h"
-#include "sender/PieceHasher.h"
 #include "sender/SendProgress.h"
 #include "sender/SourceFile.h"
 #include "sender/TargetAddress.h"
 
-#include <array>
 #include <chrono>
 
 namespace ferrylane {
@@ -31,8 +29,8 @@ struct SendTarget {
     platform::SecretKey key;
 };
 
-/// Sends one file after the other, each as one upload on a connection of its own. It keeps its
-/// buffers, 3 MiB in all, from file to file. Used by one thread, which waits; throws SendError.
+/// Sends one file after the other, each as one upload on a connection of its own. Used by one
+/// thread, which waits; throws SendError.
 class FileSender {
 public:
     /// All must outlive this.
@@ -45,20 +43,11 @@ private:
     void connect(PhoneConnection& phone, const SendTarget& target);
     /// False when the phone has answered before the end.
     [[nodiscard]] bool sendBody(
-        PhoneConnection& phone, SourceFile& file, RecordSealer sealer, SendProgress& progress);
-    [[nodiscard]] bool sendPiece(
-        PhoneConnection& phone, RecordSealer& sealer, platform::ByteView piece);
-    [[nodiscard]] bool sendEnd(PhoneConnection& phone, RecordSealer& sealer);
-    [[nodiscard]] bool sendChunk(PhoneConnection& phone);
+        PhoneConnection& phone, SourceFile& file, StreamWriter& writer, SendProgress& progress);
 
     platform::TcpNetwork& network_;
     Cancellation& cancellation_;
     const SendTimes& times_;
-
-    // Two in turn: while one is read into, the other may still be being hashed.
-    std::array<platform::ByteBuffer, 2> pieces_;
-    platform::ByteBuffer chunk_;
-    PieceHasher hasher_; ///< last: its thread reads the pieces, also those of a send that failed
 };
 
 } // namespace ferrylane

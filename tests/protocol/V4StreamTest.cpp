@@ -1,4 +1,4 @@
-#include "protocol/V4Stream.h"
+#include "protocol/StreamWriter.h"
 #include "support/UploadStream.h"
 
 #include <gtest/gtest.h>
@@ -23,14 +23,12 @@ TEST(V4Stream, bindsEveryRecordToItsTransfer)
 
 TEST(V4Stream, neverSealsWhatIsNoRecord)
 {
-    RecordSealer sealer(support::testKey(), support::testTransfer(0));
+    StreamWriter writer(support::testTransfer(0), support::testKey());
     platform::ByteBuffer out;
     for (const std::size_t length : {std::size_t{0}, maximumRecordPlaintext + 1}) {
-        const std::vector<std::byte> plaintext(length);
-        EXPECT_THROW(sealer.appendDataRecord(plaintext, out), std::length_error) << length;
+        EXPECT_THROW(writer.write(std::vector<std::byte>(length), out), std::length_error);
     }
     EXPECT_TRUE(out.empty());
-    EXPECT_EQ(sealer.recordCount(), 0U);
 }
 
 TEST(V4Stream, countsInTheNonceAsBigEndian)

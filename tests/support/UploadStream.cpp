@@ -1,5 +1,7 @@
 #include "support/UploadStream.h"
 
+#include "protocol/StreamWriter.h"
+
 #include <algorithm>
 #include <random>
 
@@ -9,11 +11,13 @@ using namespace ferrylane;
 
 namespace {
 
-QByteArray taken(platform::ByteBuffer& buffer)
+/// The record of the only chunk in `out`, which ends with `endBytes` that are not the record's.
+QByteArray takenRecord(platform::ByteBuffer& out, qsizetype endBytes)
 {
-    QByteArray bytes = platform::toByteArray(buffer.unread());
-    buffer.consume(buffer.size());
-    return bytes;
+    const QByteArrayView bytes = platform::textViewOf(out.unread());
+    QByteArray record = bytes.sliced(bytes.indexOf("\r\n") + 2).chopped(endBytes).toByteArray();
+    out.consume(out.size());
+    return record;
 }
 
 } // namespace
@@ -49,38 +53,30 @@ QByteArray testContent(qsizetype size)
 std::vector<QByteArray> sealedRecords(const platform::SecretKey& key, const V4Transfer& transfer,
     const QByteArray& content, qsizetype bytesPerRecord)
 {
+    StreamWriter writer(transfer, key);
+    platform::ByteBuffer out;
     std::vector<QByteArray> records;
-    RecordSealer sealer(key, transfer);
-    platform::Sha256 sha256;
-    platform::ByteBuffer buffer;
     for (qsizetype start = 0; start < content.size(); start += bytesPerRecord) {
-        const QByteArray piece = content.mid(start, bytesPerRecord);
-        sealer.appendDataRecord(platform::bytesOf(piece), buffer);
-        sha256.update(platform::bytesOf(piece));
-        records.push_back(taken(buffer));
+        writer.write(platform::bytesOf(content.mid(start, bytesPerRecord)), out);
+        records.push_back(takenRecord(out, 2));
     }
-    sealer.appendFinalRecord(sha256.finish(), buffer);
-    records.push_back(taken(buffer));
+    writer.finish(out);
+    records.push_back(takenRecord(out, 7));
     return records;
 }
 
 QByteArray chunk(const QByteArray& payload)
 {
-    platform::ByteBuffer buffer;
-    appendChunkSizeLine(static_cast<std::size_t>(payload.size()), buffer);
-    buffer.append(platform::bytesOf(payload));
-    appendChunkEnd(buffer);
-    return taken(buffer);
+    return QByteArray::number(payload.size(), 16) + "\r\n" + payload + "\r\n";
 }
 
 QByteArray chunkedBody(const std::vector<QByteArray>& records)
 {
-    platform::ByteBuffer buffer;
+    QByteArray body;
     for (const QByteArray& record : records) {
-        buffer.append(platform::bytesOf(chunk(record)));
+        body += chunk(record);
     }
-    appendLastChunk(buffer);
-    return taken(buffer);
+    return body + "0\r\n\r\n";
 }
 
 QByteArray uploadRequest(const platform::SecretKey& key, const V4Transfer& transfer,
