@@ -110,7 +110,7 @@ void measureLongLog(bench::Report& report)
     platform::MainQueue mainQueue;
     platform::NotificationCenter notifications(mainQueue);
     TransferLogKeeper keeper(mainQueue, notifications);
-    standardDefaults().set(ferrylaneTransferLogContinuousKey, true);
+    userSettings().set(ferrylaneTransferLogContinuousKey, true);
     saveFerrylaneTransferLog(longLog());
 
     bool isAppended = false;

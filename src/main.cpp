@@ -187,7 +187,7 @@ int main(int argc, char** argv)
             QStringLiteral("End other programs, then start it anew."));
     }
     // Before the claim of the instance goes: the next one reads them.
-    if (const std::error_code error = ferrylane::standardDefaults().flush()) {
+    if (const std::error_code error = ferrylane::userSettings().flush()) {
         flLog(QStringLiteral("Could not save the settings: ")
             + QString::fromStdString(error.message()));
     }

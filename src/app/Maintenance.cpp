@@ -11,8 +11,8 @@ namespace ferrylane {
 
 void removeSettingsAndPairings()
 {
-    for (const QString& key : standardDefaults().keys()) {
-        if (key.startsWith(u"Ferrylane")) standardDefaults().remove(key);
+    for (const QString& key : userSettings().keys()) {
+        if (key.startsWith(u"Ferrylane")) userSettings().remove(key);
     }
     removeFerrylanePairedTargets();
     platform::removeFile(ferrylaneKeyURL());

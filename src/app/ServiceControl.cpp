@@ -33,8 +33,8 @@ ServiceControl::ServiceControl(
     : service_(service)
     , mainQueue_(mainQueue)
     , onSwitched_(std::move(onSwitched))
-    , visible_(standardDefaults().boolean(ferrylaneVisibleKey, true))
-    , serviceRunning_(standardDefaults().boolean(ferrylaneServiceRunningKey, true))
+    , visible_(userSettings().boolean(ferrylaneVisibleKey, true))
+    , serviceRunning_(userSettings().boolean(ferrylaneServiceRunningKey, true))
 {
 }
 
@@ -59,7 +59,7 @@ void ServiceControl::begin()
 void ServiceControl::setServiceRunning(bool on)
 {
     serviceRunning_ = on;
-    standardDefaults().set(ferrylaneServiceRunningKey, on);
+    userSettings().set(ferrylaneServiceRunningKey, on);
     if (on) {
         service_.start();
         service_.startDiscovery();
@@ -84,20 +84,20 @@ void ServiceControl::serviceFailed()
 void ServiceControl::setVisible(bool visible)
 {
     visible_ = visible;
-    standardDefaults().set(ferrylaneVisibleKey, visible);
+    userSettings().set(ferrylaneVisibleKey, visible);
     service_.setVisible(visible);
 }
 
 void ServiceControl::setAutoOffSeconds(qint64 seconds)
 {
-    standardDefaults().set(ferrylaneAutoOffSecondsKey, seconds);
+    userSettings().set(ferrylaneAutoOffSecondsKey, seconds);
     scheduleAutoOff();
 }
 
 void ServiceControl::scheduleAutoOff()
 {
     cancel(autoOffTimer_);
-    const qint64 seconds = standardDefaults().integer(ferrylaneAutoOffSecondsKey);
+    const qint64 seconds = userSettings().integer(ferrylaneAutoOffSecondsKey);
     if (!serviceRunning_ || seconds < 1) return;
     autoOffTimer_
         = mainQueue_.after(std::min(std::chrono::seconds(seconds), longestAutoOff), [this] {

@@ -53,10 +53,10 @@ void SettingsFlow::showInfo()
         .deviceName = ferrylaneDeviceSuffix(),
         .version = versionText(),
         .receiveFolder = receiveDir(),
-        .autoOffSeconds = standardDefaults().integer(ferrylaneAutoOffSecondsKey),
+        .autoOffSeconds = userSettings().integer(ferrylaneAutoOffSecondsKey),
         .isVisible = with_.control.visible(),
         .isServiceRunning = with_.control.serviceRunning(),
-        .keepsAllTransfers = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false),
+        .keepsAllTransfers = userSettings().boolean(ferrylaneTransferLogContinuousKey, false),
     });
 }
 
@@ -98,11 +98,11 @@ void SettingsFlow::nameThisDevice(QWidget* parent)
     const auto answer = askForDeviceName(parent, ferrylaneDeviceSuffix());
     if (!answer) return;
     if (answer->usesDefault) {
-        standardDefaults().remove(ferrylaneDeviceNameKey);
+        userSettings().remove(ferrylaneDeviceNameKey);
     } else {
         const QString name = typedDeviceName(answer->typed);
         if (name.isEmpty()) return;
-        standardDefaults().set(ferrylaneDeviceNameKey, name);
+        userSettings().set(ferrylaneDeviceNameKey, name);
     }
     with_.deviceRenamed();
 }
@@ -118,13 +118,13 @@ void SettingsFlow::chooseReceiveFolder()
                 .arg(folder, problem, receiveDir()));
         return;
     }
-    standardDefaults().set(ferrylaneReceiveFolderKey, folder);
+    userSettings().set(ferrylaneReceiveFolderKey, folder);
     showInfo();
 }
 
 void SettingsFlow::keepTransfers(bool keepsAll)
 {
-    standardDefaults().set(ferrylaneTransferLogContinuousKey, keepsAll);
+    userSettings().set(ferrylaneTransferLogContinuousKey, keepsAll);
     if (!keepsAll) with_.transferLog.trim();
     showInfo();
 }

@@ -56,7 +56,7 @@ QString ferrylaneDeviceSuffix(const std::optional<QString>& storedName, const QS
 QString ferrylaneDeviceSuffix()
 {
     return ferrylaneDeviceSuffix(
-        standardDefaults().string(ferrylaneDeviceNameKey), platform::localizedHostName());
+        userSettings().string(ferrylaneDeviceNameKey), platform::localizedHostName());
 }
 
 QString ferrylaneDeviceName()

@@ -1,8 +1,13 @@
 #pragma once
 
-#include "platform/DefaultsStore.h"
-
 #include <QLatin1StringView>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <system_error>
 
 namespace ferrylane {
 
@@ -25,9 +30,42 @@ inline constexpr QLatin1StringView ferrylaneServiceRunningKey{"FerrylaneServiceR
 /// never.
 inline constexpr QLatin1StringView ferrylaneAutoOffSecondsKey{"FerrylaneAutoOffSeconds"};
 
+/// Settings in an INI file (QSettings) that only its owner can read. Safe from any thread. Values
+/// are held in memory and written by a thread, several changes in one step where the disk is slow:
+/// only flush() and the destructor wait for the disk.
+///
+/// A file that cannot be read counts as empty and is left alone. When it cannot be written, the
+/// values hold for this run. Of a damaged file the lines that can be read count. What another
+/// program has changed in the file meanwhile stays.
+class Settings {
+public:
+    explicit Settings(const QString& filePath);
+    ~Settings();
+    Settings(const Settings&) = delete;
+    Settings& operator=(const Settings&) = delete;
+
+    [[nodiscard]] std::optional<QString> string(const QString& key) const;
+    /// true, yes and 1, or false, no and 0, in any case of letters; else `fallback`.
+    [[nodiscard]] bool boolean(const QString& key, bool fallback) const;
+    /// 0 when there is no value, or none that reads as an integer.
+    [[nodiscard]] qint64 integer(const QString& key) const;
+    [[nodiscard]] QStringList keys() const;
+
+    /// The value is kept as text.
+    void set(const QString& key, const QVariant& value);
+    void remove(const QString& key);
+
+    /// Waits until every change made before is on the disk; tells why the last writing failed.
+    std::error_code flush();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
 /// The user's settings: settings.ini in the folder Ferrylane of the user's configuration folder.
-/// Safe from any thread; the store stays for the life of the process. Should the configuration
-/// folder change, which happens in tests only, the next call gives the store of the new one.
-[[nodiscard]] platform::DefaultsStore& standardDefaults();
+/// They stay for the life of the process. Should the configuration folder change, which happens in
+/// tests only, the next call gives those of the new one.
+[[nodiscard]] Settings& userSettings();
 
 } // namespace ferrylane

@@ -18,7 +18,7 @@ QString logFolder()
 
 QString receiveDir()
 {
-    QString folder = standardDefaults().string(ferrylaneReceiveFolderKey).value_or(QString());
+    QString folder = userSettings().string(ferrylaneReceiveFolderKey).value_or(QString());
     if (folder.isEmpty()) folder = platform::userDownloadsFolder() + QStringLiteral("/Ferrylane");
     // Without the folder, the first file that is to be written there fails and says so.
     static_cast<void>(platform::createFolders(folder));

@@ -28,7 +28,7 @@ bool sameName(const QString& a, const QString& b)
 
 std::optional<QString> selectedKey()
 {
-    return standardDefaults().string(ferrylaneSelectedOutboundKeyPref);
+    return userSettings().string(ferrylaneSelectedOutboundKeyPref);
 }
 
 /// Serialises the changes of the list, without being held while anybody waits for the disk: a
@@ -201,7 +201,7 @@ void refreshFerrylanePairedTargetAddress(const QString& name, const QString& bas
 
 void selectFerrylanePairedTarget(const FerrylanePairedTarget& target)
 {
-    standardDefaults().set(ferrylaneSelectedOutboundKeyPref, target.keyB64);
+    userSettings().set(ferrylaneSelectedOutboundKeyPref, target.keyB64);
 }
 
 std::optional<FerrylanePairedTarget> loadFerrylanePairedTarget()
@@ -229,7 +229,7 @@ void forgetFerrylanePairedTarget(const FerrylanePairedTarget& target)
     if (selectedKey() != target.keyB64) return;
 
     if (left.isEmpty()) {
-        standardDefaults().remove(ferrylaneSelectedOutboundKeyPref);
+        userSettings().remove(ferrylaneSelectedOutboundKeyPref);
     } else {
         selectFerrylanePairedTarget(left.first());
     }

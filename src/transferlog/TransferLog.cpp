@@ -51,7 +51,7 @@ void addToLog(const QList<FerrylaneTransferLogEntry>& newEntries)
         return;
     }
     log.entries.append(newEntries);
-    const bool continuous = standardDefaults().boolean(ferrylaneTransferLogContinuousKey, false);
+    const bool continuous = userSettings().boolean(ferrylaneTransferLogContinuousKey, false);
     saveFerrylaneTransferLog(continuous ? log.entries : newest(log.entries));
 }
 

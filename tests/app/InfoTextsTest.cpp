@@ -65,13 +65,13 @@ TEST(Maintenance, resetLeavesReceivedFilesAndForeignSettings)
 {
     const support::PrivateUserFolders folders;
     static_cast<void>(loadOrCreateFerrylaneKey());
-    standardDefaults().set(ferrylaneDeviceNameKey, u"x"_s);
-    standardDefaults().set(u"Other"_s, u"kept"_s);
+    userSettings().set(ferrylaneDeviceNameKey, u"x"_s);
+    userSettings().set(u"Other"_s, u"kept"_s);
     const QString received = receiveDir() + u"/file"_s;
     ASSERT_FALSE(platform::appendToFile(received, {}, 0600));
 
     removeSettingsAndPairings();
-    EXPECT_EQ(standardDefaults().keys(), QStringList(u"Other"_s));
+    EXPECT_EQ(userSettings().keys(), QStringList(u"Other"_s));
     EXPECT_FALSE(QFile::exists(ferrylaneKeyURL()));
     EXPECT_TRUE(QFile::exists(received));
 }

@@ -60,8 +60,8 @@ TEST_F(ServiceControlTest, beginsAsTheSettingsSay)
     EXPECT_EQ(service_.told(), u"visible, discover"_s);
     EXPECT_TRUE(control_->serviceRunning());
 
-    standardDefaults().set(ferrylaneVisibleKey, false);
-    standardDefaults().set(ferrylaneServiceRunningKey, false);
+    userSettings().set(ferrylaneVisibleKey, false);
+    userSettings().set(ferrylaneServiceRunningKey, false);
     begin();
     EXPECT_EQ(service_.told(), u"hidden, stop"_s);
     EXPECT_FALSE(control_->visible());
@@ -73,19 +73,19 @@ TEST_F(ServiceControlTest, switchesAndRemembers)
     static_cast<void>(service_.told());
     control_->setServiceRunning(false);
     EXPECT_EQ(service_.told(), u"cancelSend, undiscover, stop"_s);
-    EXPECT_FALSE(standardDefaults().boolean(ferrylaneServiceRunningKey, true));
+    EXPECT_FALSE(userSettings().boolean(ferrylaneServiceRunningKey, true));
     control_->setServiceRunning(true);
     EXPECT_EQ(service_.told(), u"start, discover"_s);
-    EXPECT_TRUE(standardDefaults().boolean(ferrylaneServiceRunningKey, false));
+    EXPECT_TRUE(userSettings().boolean(ferrylaneServiceRunningKey, false));
     EXPECT_EQ(switched_, 2);
     control_->setVisible(false);
     EXPECT_EQ(service_.told(), u"hidden"_s);
-    EXPECT_FALSE(standardDefaults().boolean(ferrylaneVisibleKey, true));
+    EXPECT_FALSE(userSettings().boolean(ferrylaneVisibleKey, true));
 }
 
 TEST_F(ServiceControlTest, switchesItselfOff)
 {
-    standardDefaults().set(ferrylaneAutoOffSecondsKey, 60);
+    userSettings().set(ferrylaneAutoOffSecondsKey, 60);
     begin();
     queue_.advance(59s);
     EXPECT_TRUE(control_->serviceRunning());
@@ -94,7 +94,7 @@ TEST_F(ServiceControlTest, switchesItselfOff)
     EXPECT_TRUE(control_->serviceRunning());
     queue_.advance(1s);
     EXPECT_FALSE(control_->serviceRunning());
-    EXPECT_FALSE(standardDefaults().boolean(ferrylaneServiceRunningKey, true));
+    EXPECT_FALSE(userSettings().boolean(ferrylaneServiceRunningKey, true));
 
     for (const qint64 never : {qint64{0}, qint64{-5}}) {
         control_->setServiceRunning(true);
@@ -161,14 +161,14 @@ TEST_F(ServiceControlTest, wakesUpAndIgnoresChangesWhileOff)
 
 TEST_F(ServiceControlTest, aServiceThatCouldNotStartIsOffForNow)
 {
-    standardDefaults().set(ferrylaneAutoOffSecondsKey, 60);
+    userSettings().set(ferrylaneAutoOffSecondsKey, 60);
     begin();
     static_cast<void>(service_.told());
     control_->serviceFailed();
     EXPECT_EQ(service_.told(), u"stop"_s);
     EXPECT_EQ(switched_, 1);
     EXPECT_FALSE(control_->serviceRunning());
-    EXPECT_TRUE(standardDefaults().boolean(ferrylaneServiceRunningKey, true));
+    EXPECT_TRUE(userSettings().boolean(ferrylaneServiceRunningKey, true));
     queue_.advance(61s);
     EXPECT_EQ(service_.told(), QString());
     control_->setServiceRunning(true);

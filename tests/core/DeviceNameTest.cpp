@@ -55,12 +55,12 @@ TEST(DeviceName, followsTheSettingAtEveryCall)
     EXPECT_EQ(ferrylaneDeviceSuffix(), defaultFerrylaneDeviceSuffix());
     EXPECT_FALSE(defaultFerrylaneDeviceSuffix().isEmpty());
 
-    standardDefaults().set(ferrylaneDeviceNameKey, QStringLiteral("FL Bench"));
+    userSettings().set(ferrylaneDeviceNameKey, QStringLiteral("FL Bench"));
     EXPECT_EQ(ferrylaneDeviceSuffix(), QStringLiteral("Bench"));
     EXPECT_EQ(ferrylaneDeviceName(), QStringLiteral("Bench"));
 
     // With its blank it must survive the settings file, too.
-    standardDefaults().set(ferrylaneDeviceNameKey, QStringLiteral("fl "));
+    userSettings().set(ferrylaneDeviceNameKey, QStringLiteral("fl "));
     EXPECT_EQ(ferrylaneDeviceSuffix(), defaultFerrylaneDeviceSuffix());
 }
 

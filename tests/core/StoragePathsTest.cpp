@@ -18,12 +18,12 @@ TEST(ReceiveDir, isInTheDownloadsUnlessAFolderIsChosen)
     EXPECT_EQ(receiveDir(), standard);
     EXPECT_TRUE(QDir(standard).exists());
 
-    standardDefaults().set(ferrylaneReceiveFolderKey, chosen);
+    userSettings().set(ferrylaneReceiveFolderKey, chosen);
     EXPECT_EQ(receiveDir(), chosen);
     EXPECT_TRUE(QDir(chosen).exists());
 
     ASSERT_TRUE(QDir(standard).removeRecursively());
-    standardDefaults().set(ferrylaneReceiveFolderKey, QString());
+    userSettings().set(ferrylaneReceiveFolderKey, QString());
     EXPECT_EQ(receiveDir(), standard);
     EXPECT_TRUE(QDir(standard).exists()) << "created anew";
 }

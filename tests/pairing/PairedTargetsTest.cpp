@@ -55,7 +55,7 @@ protected:
 
     static QString selected()
     {
-        return standardDefaults().string(ferrylaneSelectedOutboundKeyPref).value_or(u"none"_s);
+        return userSettings().string(ferrylaneSelectedOutboundKeyPref).value_or(u"none"_s);
     }
 
     /// "NAME KEYNUMBER" of each in the list.

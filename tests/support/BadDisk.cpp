@@ -72,7 +72,8 @@ BadDisk::~BadDisk()
 
 } // namespace support
 
-// In the place of the C library's, for all of the program.
+// In the place of the C library's, for all of the program and its libraries.
+#pragma GCC visibility push(default)
 extern "C" {
 
 int fsync(int fd)

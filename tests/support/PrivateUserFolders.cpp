@@ -23,7 +23,7 @@ PrivateUserFolders::PrivateUserFolders()
 PrivateUserFolders::~PrivateUserFolders()
 {
     // Or the folder would be made again after it has gone.
-    ferrylane::standardDefaults().flush();
+    ferrylane::userSettings().flush();
 }
 
 QString PrivateUserFolders::file(const QString& name, const QByteArray& content) const

@@ -117,7 +117,7 @@ TEST_F(TransferLog, keepsTheNewestHundred)
 
 TEST_F(TransferLog, keepsAllWhereThatIsWantedUntilItIsTrimmed)
 {
-    standardDefaults().set(ferrylaneTransferLogContinuousKey, true);
+    userSettings().set(ferrylaneTransferLogContinuousKey, true);
     saveNumbered(149);
     appendNumbered(149);
     EXPECT_EQ(fileNames(), numbers(0, 150));

