@@ -3,7 +3,6 @@
 #include "bench/SendCost.h"
 #include "bench/Stopwatch.h"
 #include "core/Base64Url.h"
-#include "platform/MainQueue.h"
 #include "sender/FerrylaneV4Sender.h"
 #include "support/UploadStream.h"
 
@@ -66,12 +65,11 @@ private:
     {
         std::optional<FerrylaneV4Sender::Result> result;
         QEventLoop loop;
-        sender_.send(
-            files, target_, [](const FerrylaneV4Sender::Progress&) {},
-            [&](const FerrylaneV4Sender::Result& how) {
-                result = how;
-                loop.quit();
-            });
+        QObject::connect(&sender_, &FerrylaneV4Sender::completed, &loop, [&](const auto& how) {
+            result = how;
+            loop.quit();
+        });
+        sender_.send(files, target_);
         loop.exec();
         if (!result) throw std::runtime_error("the send has not ended");
         if (const auto* error = std::get_if<ferrylane::SendError>(&*result)) {
@@ -81,11 +79,9 @@ private:
 
     Process process_{getpid()};
     ferrylane::FerrylanePairedTarget target_;
-    platform::MainQueue mainQueue_;
-    platform::SteadyClock clock_;
     std::unique_ptr<platform::TcpNetwork> network_
         = platform::TcpNetwork::create("ferrylane.bench.network");
-    FerrylaneV4Sender sender_{{*network_, mainQueue_, clock_}, QStringLiteral("Benchmark")};
+    FerrylaneV4Sender sender_{*network_, QStringLiteral("Benchmark")};
     double idleMemory_ = memoryAtStart(process_); // the last: all the rest is there by then
 };
 

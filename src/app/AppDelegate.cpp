@@ -51,7 +51,7 @@ AppDelegate::~AppDelegate()
 
 SendFlow::Collaborators AppDelegate::sendCollaborators()
 {
-    return {{with_.network, with_.mainQueue, with_.clock}, *this,
+    return {with_.network, *this,
         [this](const FerrylaneTransfer& transfer) { transferLog_.append(transfer); },
         [this] { return availableDeviceNames_; },
         [this](SendFlow::PairedHandler onPaired) { pairing_->pairDeviceThen(std::move(onPaired)); },

@@ -17,11 +17,14 @@ constexpr auto doneTime = std::chrono::milliseconds(1500);
 
 } // namespace
 
-SendFlow::SendFlow(Collaborators collaborators) : with_(std::move(collaborators)) {}
-
-SendFlow::~SendFlow()
+SendFlow::SendFlow(Collaborators collaborators) : with_(std::move(collaborators))
 {
-    if (pendingClose_) pendingClose_->cancel();
+    pendingClose_.setSingleShot(true);
+    pendingClose_.setInterval(doneTime);
+    pendingClose_.callOnTimeout([this] {
+        with_.views.setSendProgress(0, false);
+        with_.views.setSendStatus({}, false);
+    });
 }
 
 void SendFlow::chooseReceiverAndSend(const platform::FilePaths& paths)
@@ -66,25 +69,28 @@ void SendFlow::sendFilesToPairedPhone(const platform::FilePaths& paths)
 
 void SendFlow::start(const platform::FilePaths& files, const FerrylanePairedTarget& target)
 {
-    if (const auto pending = std::exchange(pendingClose_, nullptr)) pending->cancel();
-    std::shared_ptr<FerrylaneV4Sender> sender;
+    pendingClose_.stop();
+    std::unique_ptr<FerrylaneV4Sender> owned;
     try {
-        sender = std::make_shared<FerrylaneV4Sender>(with_.sending, ferrylaneDeviceSuffix());
+        owned = std::make_unique<FerrylaneV4Sender>(with_.network, ferrylaneDeviceSuffix());
     } catch (const std::system_error& noThread) {
         failed(SendError::network(noThread.code()));
         return;
     }
-    running_ = {files, target, sender};
-    sender->onWaiting = [this] {
+    auto* const sender = owned.get();
+    running_ = Send{files, target, std::move(owned)};
+    QObject::connect(sender, &FerrylaneV4Sender::waiting, sender, [this] {
         with_.views.setSendStatus(
             QStringLiteral("Device transferring \u2014 waiting until it finishes\u2026"), true);
-    };
+    });
+    QObject::connect(sender, &FerrylaneV4Sender::progressed, sender,
+        [this](const auto& progress) { showProgress(progress); });
+    QObject::connect(sender, &FerrylaneV4Sender::completed, sender,
+        [this](const auto& result) { completed(result); });
     with_.setOutboundBusy(true);
     with_.views.setSendProgress(0, true);
     with_.views.setSendStatus(connectingText(target.name), true);
-    sender->send(
-        files, target, [this](const auto& progress) { showProgress(progress); },
-        [this](const Result& result) { completed(result); });
+    sender->send(files, target);
 }
 
 void SendFlow::showProgress(const FerrylaneV4Sender::Progress& progress)
@@ -106,14 +112,14 @@ void SendFlow::cancelAndWait()
     if (!running_) return;
     // Without its sender nothing else completes it.
     running_->outboundSender = nullptr;
-    completed(send_errors::stopped());
+    completed(SendError::stopped());
 }
 
 void SendFlow::completed(const Result& result)
 {
-    const Send send = *std::exchange(running_, std::nullopt);
-    // Not destroyed here: this runs within one of its callbacks.
-    with_.sending.mainQueue.async([sender = send.outboundSender] {});
+    Send send = *std::exchange(running_, std::nullopt);
+    // Not destroyed here: this runs within one of its signals.
+    if (auto* const sender = send.outboundSender.release()) sender->deleteLater();
     with_.setOutboundBusy(false);
     const auto* const error = std::get_if<SendError>(&result);
     record(send, error ? QStringLiteral("Failed") : QStringLiteral("Completed"));
@@ -128,10 +134,7 @@ void SendFlow::succeeded(int fileCount, const FerrylanePairedTarget& target)
 {
     with_.views.setSendProgress(100, true);
     with_.views.setSendStatus(sentText(fileCount, target.name), true);
-    pendingClose_ = with_.sending.mainQueue.after(doneTime, [this] {
-        with_.views.setSendProgress(0, false);
-        with_.views.setSendStatus({}, false);
-    });
+    pendingClose_.start();
 }
 
 void SendFlow::failed(const SendError& error)

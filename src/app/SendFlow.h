@@ -2,11 +2,11 @@
 
 #include "app/SendChoices.h"
 #include "platform/Interface.h"
-#include "platform/SerialQueue.h"
 #include "sender/FerrylaneV4Sender.h"
 #include "transferlog/TransferLog.h"
 
 #include <QStringList>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -33,7 +33,7 @@ public:
 
     /// All references must outlive this.
     struct Collaborators {
-        FerrylaneV4Sender::Collaborators sending;
+        platform::TcpNetwork& network;
         Views& views;
         /// Puts a transfer into the log.
         std::function<void(const FerrylaneTransfer&)> log;
@@ -46,7 +46,7 @@ public:
     };
 
     explicit SendFlow(Collaborators collaborators);
-    ~SendFlow();
+    ~SendFlow() = default;
     SendFlow(const SendFlow&) = delete;
     SendFlow& operator=(const SendFlow&) = delete;
 
@@ -66,8 +66,7 @@ private:
     struct Send {
         platform::FilePaths files;
         FerrylanePairedTarget target;
-        /// Shared, for it must outlive the callback that completes it.
-        std::shared_ptr<FerrylaneV4Sender> outboundSender;
+        std::unique_ptr<FerrylaneV4Sender> outboundSender;
     };
 
     void start(const platform::FilePaths& files, const FerrylanePairedTarget& target);
@@ -79,7 +78,7 @@ private:
 
     Collaborators with_;
     std::optional<Send> running_;
-    std::shared_ptr<platform::DelayedTask> pendingClose_;
+    QTimer pendingClose_;
 };
 
 } // namespace ferrylane

@@ -4,6 +4,7 @@
 
 #include <exception>
 #include <system_error>
+#include <utility>
 
 namespace ferrylane {
 
@@ -11,21 +12,52 @@ namespace ferrylane {
 class SendError final : public std::exception {
 public:
     enum class Domain {
-        ferrylane, ///< `code` is one of send_errors or the phone's HTTP status
+        ferrylane, ///< `code` is one of SendError::Code or the phone's HTTP status
         network,   ///< `code` is the system's
         file       ///< the file could not be read, or changed while it was; `code` is 0
     };
+    /// Fixed. Those below are HTTP statuses.
+    enum Code {
+        invalidKey = 2430,
+        stoppedByUser = 2431,
+        invalidAddress = 2432,
+        noFileSize = 2433,
+        noNonce = 2434,
+        connectTimedOut = 2435,
+        tooManyRecords = 2436,
+        invalidResponse = 2438,
+    };
 
-    SendError(Domain domain, int code, QString description);
+    SendError(Domain domain, int code, QString description)
+        : domain_(domain)
+        , code_(code)
+        , description_(std::move(description))
+        , utf8_(description_.toUtf8())
+    {
+    }
+    SendError(int code, QString description)
+        : SendError(Domain::ferrylane, code, std::move(description))
+    {
+    }
 
-    [[nodiscard]] static SendError network(const std::error_code& error);
+    [[nodiscard]] static SendError stopped()
+    {
+        return {stoppedByUser, QStringLiteral("Transfer stopped.")};
+    }
+    [[nodiscard]] static SendError network(const std::error_code& error)
+    {
+        return {Domain::network, error.value(), QString::fromStdString(error.message())};
+    }
 
     [[nodiscard]] Domain domain() const { return domain_; }
     [[nodiscard]] int code() const { return code_; }
     [[nodiscard]] const QString& description() const { return description_; }
     [[nodiscard]] const char* what() const noexcept override { return utf8_.constData(); }
 
-    [[nodiscard]] bool isStopped() const;
+    [[nodiscard]] bool isStopped() const
+    {
+        return domain_ == Domain::ferrylane && code_ == stoppedByUser;
+    }
 
 private:
     Domain domain_;
@@ -33,26 +65,5 @@ private:
     QString description_;
     QByteArray utf8_;
 };
-
-/// The errors of sending. Their codes are fixed.
-namespace send_errors {
-
-/// The codes below are HTTP statuses.
-inline constexpr int firstCode = 2430;
-inline constexpr int stoppedCode = 2431;
-
-[[nodiscard]] SendError invalidKey();     // 2430
-[[nodiscard]] SendError stopped();        // 2431
-[[nodiscard]] SendError invalidAddress(); // 2432
-[[nodiscard]] SendError noFileSize();     // 2433
-[[nodiscard]] SendError noNonce();        // 2434
-[[nodiscard]] SendError connectTimedOut(
-    const QString& targetName, const QString& host, std::uint16_t hostPort); // 2435
-[[nodiscard]] SendError tooManyRecords();                                    // 2436
-[[nodiscard]] SendError invalidResponse();                                   // 2438
-/// The code is the status. `body` may be empty.
-[[nodiscard]] SendError phoneReturned(int status, const QString& body);
-
-} // namespace send_errors
 
 } // namespace ferrylane

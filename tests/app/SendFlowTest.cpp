@@ -3,15 +3,14 @@
 #include "app/TransferTexts.h"
 #include "core/Base64Url.h"
 #include "pairing/PairedTargets.h"
+#include "support/EventLoop.h"
 #include "support/FakePhone.h"
-#include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
 #include "support/UploadStream.h"
 
 #include <gtest/gtest.h>
 
 using namespace ferrylane;
-using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 using support::FakePhone;
 using support::httpAnswer;
@@ -66,7 +65,7 @@ protected:
     {
         EXPECT_TRUE(flow_->isSending());
         EXPECT_TRUE(busy_);
-        EXPECT_TRUE(queue_.waitFor([this] { return !flow_->isSending(); }));
+        EXPECT_TRUE(support::processEventsUntil([this] { return !flow_->isSending(); }));
         EXPECT_FALSE(busy_);
     }
 
@@ -80,17 +79,15 @@ protected:
     [[nodiscard]] const QStringList& logged() const { return logged_; }
 
     support::PrivateUserFolders folders_;
-    support::ManualQueue queue_;
-    platform::SteadyClock clock_;
     std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
     FakeViews views_;
     QStringList visible_;
     bool busy_ = false;
     QStringList logged_;
     std::optional<FerrylanePairedTarget> pairs_; ///< what pairing yields
-    std::unique_ptr<SendFlow> flow_ = std::make_unique<SendFlow>(SendFlow::Collaborators{
-        {*network_, queue_, clock_}, views_,
-        [this](const FerrylaneTransfer& transfer) { log(transfer); }, [this] { return visible_; },
+    std::unique_ptr<SendFlow> flow_ = std::make_unique<SendFlow>(SendFlow::Collaborators{*network_,
+        views_, [this](const FerrylaneTransfer& transfer) { log(transfer); },
+        [this] { return visible_; },
         [this](const SendFlow::PairedHandler& paired) {
             if (pairs_) paired(*pairs_);
         },
@@ -127,8 +124,7 @@ TEST_F(SendFlowTest, asksSendsAndRecords)
     EXPECT_EQ(logged(),
         (QStringList{
             u"Sent a.txt Office phone Completed 5"_s, u"Sent empty Office phone Completed 0"_s}));
-    queue_.advance(1500ms);
-    EXPECT_FALSE(views_.progressShown);
+    EXPECT_TRUE(support::processEventsUntil([this] { return !views_.progressShown; }));
     EXPECT_FALSE(views_.statusShown);
 }
 
@@ -180,7 +176,7 @@ TEST_F(SendFlowTest, stopsWithoutAnAlert)
     flow_->cancelAndWait();
     EXPECT_FALSE(busy_);
     EXPECT_EQ(logged().size(), 2);
-    queue_.runAll();
+    QCoreApplication::processEvents();
     EXPECT_EQ(logged(), QStringList(2, u"Sent a Tablet Failed 20971520"_s));
 }
 

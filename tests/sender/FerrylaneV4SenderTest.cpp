@@ -1,8 +1,8 @@
 #include "sender/FerrylaneV4Sender.h"
 
 #include "core/Base64Url.h"
+#include "support/EventLoop.h"
 #include "support/FakePhone.h"
-#include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
 #include "support/Sanitizers.h"
 #include "support/UploadStream.h"
@@ -20,6 +20,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 /// In place of the system's: for one name no server answers.
@@ -37,6 +38,7 @@ int getaddrinfo(const char* node, const char* service, const addrinfo* hints, ad
 
 using namespace ferrylane;
 using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
 using support::FakePhone;
 using support::httpAnswer;
 using Upload = FakePhone::Upload;
@@ -66,32 +68,32 @@ protected:
 
     void makeSender(const SendTimes& times)
     {
-        sender_ = std::make_unique<FerrylaneV4Sender>(
-            FerrylaneV4Sender::Collaborators{*network_, queue_, clock_},
-            QStringLiteral("my computer"), times);
+        sender_ = std::make_unique<FerrylaneV4Sender>(*network_, u"my computer"_s, times);
+        QObject::connect(sender_.get(), &FerrylaneV4Sender::waiting, [this] { ++waits_; });
+        QObject::connect(sender_.get(), &FerrylaneV4Sender::progressed,
+            [this](const auto& progress) { progress_.push_back(progress); });
+        QObject::connect(sender_.get(), &FerrylaneV4Sender::completed,
+            [this](const auto& result) { result_ = result; });
     }
 
     [[nodiscard]] static FerrylanePairedTarget target(const QString& baseURL)
     {
-        return {QStringLiteral("Pixel 8"), baseURL, base64URLEncode(support::testKey().bytes())};
+        return {u"Pixel 8"_s, baseURL, base64URLEncode(support::testKey().bytes())};
     }
 
     void start(const platform::FilePaths& files, const FerrylanePairedTarget& to)
     {
         result_.reset();
-        sender_->onWaiting = [this] { ++waits_; };
-        sender_->send(
-            files, to, [this](const auto& progress) { progress_.push_back(progress); },
-            [this](const auto& result) { result_ = result; });
+        sender_->send(files, to);
     }
 
     /// "3" for three files sent, else code and text of the error.
     [[nodiscard]] QString outcome()
     {
-        if (!queue_.waitFor([this] { return result_.has_value(); })) return {};
+        if (!support::processEventsUntil([this] { return result_.has_value(); })) return {};
         if (const int* const count = std::get_if<int>(&*result_)) return QString::number(*count);
         const auto& error = std::get<SendError>(*result_);
-        return QStringLiteral("%1 %2").arg(error.code()).arg(error.description());
+        return u"%1 %2"_s.arg(error.code()).arg(error.description());
     }
 
     [[nodiscard]] QString send(const platform::FilePaths& files, const FerrylanePairedTarget& to)
@@ -101,7 +103,6 @@ protected:
     }
 
     support::PrivateUserFolders folders_;
-    support::ManualQueue queue_;
     platform::SteadyClock clock_;
     std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
     std::unique_ptr<FerrylaneV4Sender> sender_;
@@ -130,10 +131,7 @@ public:
     FullPort(const FullPort&) = delete;
     FullPort& operator=(const FullPort&) = delete;
 
-    [[nodiscard]] QString baseURL() const
-    {
-        return QStringLiteral("http://127.0.0.1:%1").arg(port_);
-    }
+    [[nodiscard]] QString baseURL() const { return u"http://127.0.0.1:%1"_s.arg(port_); }
 
 private:
     int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -146,14 +144,17 @@ private:
 TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
 {
     std::vector<QByteArray> bodies;
+    std::atomic<bool> isFirstTold = false;
     FakePhone phone([&](Upload& upload) {
         bodies.push_back(upload.body());
+        EXPECT_TRUE(bodies.size() < 2 || support::waitUntil([&] { return isFirstTold.load(); }));
         upload.answer(httpAnswer("200 OK", "OK SHA256"));
     });
+    QObject::connect(sender_.get(), &FerrylaneV4Sender::progressed, [&] { isFirstTold = true; });
     const QByteArray content = support::testContent(2 * 1048576 + 1);
-    const platform::FilePaths files{folders_.file(QStringLiteral("a b.bin"), content),
-        folders_.file(QStringLiteral("empty"), {})};
-    EXPECT_EQ(send(files, target(phone.baseURL())), QStringLiteral("2"));
+    const platform::FilePaths files{
+        folders_.file(u"a b.bin"_s, content), folders_.file(u"empty"_s, {})};
+    EXPECT_EQ(send(files, target(phone.baseURL())), u"2"_s);
 
     ASSERT_EQ(bodies.size(), 2U);
     EXPECT_GT(bodies[0].size(), content.size());
@@ -166,8 +167,8 @@ TEST_F(FerrylaneV4SenderTest, sendsFilesInOrderAndTellsOfThem)
     EXPECT_TRUE(heads[1].contains("\r\nX-Ferrylane-Sender-Name: my%20computer\r\n"));
 
     EXPECT_EQ(waits_, 0);
-    ASSERT_GE(progress_.size(), 3U);
-    EXPECT_EQ(progress_.front().fileName, QStringLiteral("a b.bin"));
+    ASSERT_GE(progress_.size(), 2U);
+    EXPECT_EQ(progress_.front().fileName, u"a b.bin"_s);
     EXPECT_EQ(progress_.back().fileIndex, 1);
     EXPECT_EQ(progress_.back().fileCount, 2);
     // The empty one is reported once.
@@ -201,7 +202,7 @@ TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
             },
             "1"},
     };
-    const QString path = folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    const QString path = folders_.file(u"f"_s, support::testContent(20 * 1048576));
     for (const auto& row : rows) {
         FakePhone phone(row.part);
         EXPECT_EQ(send({path}, target(phone.baseURL())), QString::fromLatin1(row.outcome))
@@ -212,18 +213,18 @@ TEST_F(FerrylaneV4SenderTest, tellsWhatThePhoneDidWrong)
 TEST_F(FerrylaneV4SenderTest, refusesBadTargetsWithoutConnecting)
 {
     FakePhone phone(takeFile);
-    const QString path = folders_.file(QStringLiteral("f"), "x");
+    const QString path = folders_.file(u"f"_s, "x");
     const QString good = phone.baseURL();
     const struct {
         FerrylanePairedTarget target;
         const char* outcome;
     } rows[] = {
-        {{QStringLiteral("p"), good, QString(42, u'A')}, "2430 Paired receiver key is invalid."},
-        {{QStringLiteral("p"), good, QStringLiteral("%")}, "2430 Paired receiver key is invalid."},
-        {target(QStringLiteral("http://127.0.0.1")), "2432 Paired phone address is invalid."},
-        {target(QStringLiteral("http://127.0.0.1:65536")), "2432 Paired phone address is invalid."},
-        {target(QStringLiteral("http://:8787")), "2432 Paired phone address is invalid."},
-        {target(QStringLiteral("phone")), "2432 Paired phone address is invalid."},
+        {{u"p"_s, good, QString(42, u'A')}, "2430 Paired receiver key is invalid."},
+        {{u"p"_s, good, u"%"_s}, "2430 Paired receiver key is invalid."},
+        {target(u"http://127.0.0.1"_s), "2432 Paired phone address is invalid."},
+        {target(u"http://127.0.0.1:65536"_s), "2432 Paired phone address is invalid."},
+        {target(u"http://:8787"_s), "2432 Paired phone address is invalid."},
+        {target(u"phone"_s), "2432 Paired phone address is invalid."},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(send({path}, row.target), QString::fromLatin1(row.outcome));
@@ -234,8 +235,7 @@ TEST_F(FerrylaneV4SenderTest, refusesBadTargetsWithoutConnecting)
 TEST_F(FerrylaneV4SenderTest, waitsWhileThePhoneIsBusy)
 {
     FakePhone phone(takeFile, {busy, busy, busy, ready});
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
-        QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(phone.baseURL())), u"1"_s);
     EXPECT_EQ(waits_, 1);
     EXPECT_EQ(phone.heads().size(), 5U);
 }
@@ -243,8 +243,8 @@ TEST_F(FerrylaneV4SenderTest, waitsWhileThePhoneIsBusy)
 TEST_F(FerrylaneV4SenderTest, speaksIPv6)
 {
     FakePhone phone(takeFile);
-    const QString url = phone.baseURL(QStringLiteral("[::1]"));
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)), QStringLiteral("1"));
+    const QString url = phone.baseURL(u"[::1]"_s);
+    EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(url)), u"1"_s);
     const auto heads = phone.heads();
     ASSERT_EQ(heads.size(), 2U);
     EXPECT_TRUE(heads[1].contains("\r\nHost: " + url.mid(7).toUtf8() + "\r\n"))
@@ -254,19 +254,34 @@ TEST_F(FerrylaneV4SenderTest, speaksIPv6)
 TEST_F(FerrylaneV4SenderTest, stopsAtTheFirstFailure)
 {
     FakePhone phone(takeFile);
-    const QString a = folders_.file(QStringLiteral("a"), "a");
-    const QString missing = folders_.below(QStringLiteral("missing"));
-    EXPECT_EQ(send({a, missing, a}, target(phone.baseURL())),
-        QStringLiteral("0 missing: No such file or directory"));
+    const QString a = folders_.file(u"a"_s, "a");
+    const QString missing = folders_.below(u"missing"_s);
+    EXPECT_EQ(
+        send({a, missing, a}, target(phone.baseURL())), u"0 missing: No such file or directory"_s);
     EXPECT_EQ(phone.uploadCount(), 1U);
-    EXPECT_EQ(send({folders_.below(QString())}, target(phone.baseURL())),
-        QStringLiteral("2433 Could not read file size."));
+}
+
+TEST_F(FerrylaneV4SenderTest, sendsRegularFilesOfAnyName)
+{
+    FakePhone phone(takeFile);
+    // Opening a FIFO would wait for a writer for ever.
+    const QString fifo = folders_.below(u"fifo"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    for (const QString& path : {fifo, folders_.below(QString())}) {
+        EXPECT_EQ(send({path}, target(phone.baseURL())), u"2433 Could not read file size."_s);
+    }
+    const QByteArray plain = QFile::encodeName(folders_.file(u"a"_s, "content"));
+    const auto noText = platform::FilePath::fromNative(plain + "\xff.txt");
+    ASSERT_EQ(::rename(plain.constData(), noText.native().constData()), 0);
+    EXPECT_EQ(send({noText}, target(phone.baseURL())), u"1"_s);
+    EXPECT_TRUE(phone.heads().back().contains("\r\nX-Filename: a%EF%BF%BD.txt\r\n"));
+    ::unlink(noText.native().constData());
 }
 
 TEST_F(FerrylaneV4SenderTest, neverCompletesAFileThatChangesMeanwhile)
 {
     const QByteArray content = support::testContent(20 * 1048576);
-    const QString path = folders_.file(QStringLiteral("f"), content);
+    const QString path = folders_.file(u"f"_s, content);
     for (const qint64 newSize : {content.size() + 1, content.size() - 1}) {
         ASSERT_TRUE(QFile::resize(path, content.size()));
         QByteArray body;
@@ -274,8 +289,7 @@ TEST_F(FerrylaneV4SenderTest, neverCompletesAFileThatChangesMeanwhile)
             QFile::resize(path, newSize);
             body = upload.body();
         });
-        EXPECT_EQ(send({path}, target(phone.baseURL())),
-            QStringLiteral("0 f: changed while it was being sent"));
+        EXPECT_EQ(send({path}, target(phone.baseURL())), u"0 f: changed while it was being sent"_s);
         ASSERT_TRUE(support::waitUntil([&] { return phone.uploadCount() == 1; }));
         EXPECT_FALSE(body.endsWith("0\r\n\r\n"));
     }
@@ -285,9 +299,9 @@ TEST_F(FerrylaneV4SenderTest, connectingHasALimit)
 {
     const FullPort port;
     makeSender({50ms, 50ms, 20ms, 10s});
-    for (const QString& url : {port.baseURL(), QStringLiteral("http://nobody.test:1")}) {
-        EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)),
-            QStringLiteral("2435 Timed out connecting to Pixel 8 at %1.").arg(url.mid(7)));
+    for (const QString& url : {port.baseURL(), u"http://nobody.test:1"_s}) {
+        EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(url)),
+            u"2435 Timed out connecting to Pixel 8 at %1."_s.arg(url.mid(7)));
     }
 }
 
@@ -303,8 +317,8 @@ TEST_F(FerrylaneV4SenderTest, waitingForAnAnswerHasALimit)
     });
     makeSender({2s, 300ms, 20ms, 200ms});
     const auto start = clock_.now();
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
-        QStringLiteral("%1 Connection timed out").arg(ETIMEDOUT));
+    EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(phone.baseURL())),
+        u"%1 Connection timed out"_s.arg(ETIMEDOUT));
     EXPECT_LT(clock_.now() - start, 200ms + promptness);
 }
 
@@ -314,8 +328,8 @@ TEST_F(FerrylaneV4SenderTest, reportsARefusedConnection)
     {
         url = FakePhone(takeFile).baseURL();
     }
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(url)),
-        QStringLiteral("%1 Connection refused").arg(ECONNREFUSED));
+    EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(url)),
+        u"%1 Connection refused"_s.arg(ECONNREFUSED));
 }
 
 TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
@@ -332,7 +346,7 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
         waiting = true;
         upload.stall();
     });
-    const QString path = folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576));
+    const QString path = folders_.file(u"f"_s, support::testContent(20 * 1048576));
     const struct {
         const char* name;
         QString url;
@@ -340,10 +354,10 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
     } rows[] = {
         {"busy", busyPhone.baseURL(),
             [&] {
-                queue_.runAll();
+                QCoreApplication::processEvents();
                 return waits_ > 0;
             }},
-        {"name", QStringLiteral("http://nobody.test:1"), [] { return true; }},
+        {"name", u"http://nobody.test:1"_s, [] { return true; }},
         {"status", full.baseURL(), [] { return true; }},
         {"connection", full.baseURL(),
             [] {
@@ -360,7 +374,7 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
         std::this_thread::sleep_for(30ms); // into the wait itself
         const auto start = clock_.now();
         sender_->cancel();
-        EXPECT_EQ(outcome(), QStringLiteral("2431 Transfer stopped.")) << row.name;
+        EXPECT_EQ(outcome(), u"2431 Transfer stopped."_s) << row.name;
         EXPECT_LT(clock_.now() - start, promptness) << row.name;
     }
     // Of the record that was being sent nothing is left for the next file: two records of 24 bytes
@@ -370,8 +384,7 @@ TEST_F(FerrylaneV4SenderTest, cancellingEndsEveryWait)
         body = upload.body();
         upload.answer(httpAnswer("200 OK", "OK SHA256"));
     });
-    EXPECT_EQ(send({folders_.file(QStringLiteral("x"), "x")}, target(taking.baseURL())),
-        QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(u"x"_s, "x")}, target(taking.baseURL())), u"1"_s);
     EXPECT_EQ(body.size(), (4 + 24 + 1 + 2) + (4 + 24 + 32 + 2) + 5);
 }
 
@@ -379,20 +392,18 @@ TEST_F(FerrylaneV4SenderTest, cancellingWithoutAJobChangesNothing)
 {
     FakePhone phone(takeFile);
     sender_->cancel();
-    EXPECT_EQ(send({folders_.file(QStringLiteral("f"), "x")}, target(phone.baseURL())),
-        QStringLiteral("1"));
+    EXPECT_EQ(send({folders_.file(u"f"_s, "x")}, target(phone.baseURL())), u"1"_s);
 }
 
 TEST_F(FerrylaneV4SenderTest, isSilentOnceItHasGone)
 {
     FakePhone phone([](Upload& upload) { upload.stall(); });
-    start({folders_.file(QStringLiteral("f"), support::testContent(20 * 1048576))},
-        target(phone.baseURL()));
+    start({folders_.file(u"f"_s, support::testContent(20 * 1048576))}, target(phone.baseURL()));
     ASSERT_TRUE(support::waitUntil([&] { return phone.uploadCount() == 1; }));
     const auto start = clock_.now();
     sender_ = nullptr;
     EXPECT_LT(clock_.now() - start, promptness);
-    queue_.runAll();
+    QCoreApplication::processEvents();
     EXPECT_FALSE(result_.has_value());
     EXPECT_TRUE(progress_.empty());
 }

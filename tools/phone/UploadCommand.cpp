@@ -7,7 +7,6 @@
 #include "phone/Output.h"
 #include "phone/UploadProgress.h"
 #include "platform/HostName.h"
-#include "platform/MainQueue.h"
 #include "sender/FerrylaneV4Sender.h"
 
 #include <QEventLoop>
@@ -29,40 +28,28 @@ ExitCode exitCodeOf(const SendError& error)
         break;
     }
     if (error.code() == busyStatus) return ExitCode::busy;
-    if (error.code() < send_errors::firstCode) return ExitCode::refused; // another HTTP status
-    if (error.code() == send_errors::noFileSize().code()) return ExitCode::localFile;
+    if (error.code() < SendError::invalidKey) return ExitCode::refused; // another HTTP status
+    if (error.code() == SendError::noFileSize) return ExitCode::localFile;
     return ExitCode::noConnection;
-}
-
-FerrylanePairedTarget targetOf(const PairingLink& link)
-{
-    return {link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())};
 }
 
 class Upload {
 public:
     Upload(const UploadArguments& arguments, const PairingLink& link, platform::TcpNetwork& network,
         const platform::Clock& clock)
-        : target_(targetOf(link))
+        : target_{link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())}
         , clock_(clock)
-        , sender_({network, mainQueue_, clock},
-              arguments.senderName.value_or(platform::localizedHostName()))
+        , sender_(network, arguments.senderName.value_or(platform::localizedHostName()))
     {
-        sender_.onWaiting = [] { tell(QStringLiteral("The receiver is busy; waiting")); };
+        QObject::connect(&sender_, &FerrylaneV4Sender::waiting,
+            [] { tell(QStringLiteral("The receiver is busy; waiting")); });
     }
 
     void put(const platform::FilePath& path)
     {
         const QString name = onOneLine(path.name());
         const auto start = clock_.now();
-        double speed = 0;
-        {
-            UploadProgress progress(name);
-            send(path, [&](const auto& step) {
-                speed = step.speed;
-                progress.advanced(step.fraction, step.speed);
-            });
-        }
+        const double speed = send(path, name);
         print(QStringLiteral("%1: stored and verified, %2 bytes in %3 s, %4")
                   .arg(name, QString::number(path.size().value_or(0)),
                       QString::number(platform::seconds(clock_.now() - start), 'f', 2),
@@ -70,23 +57,32 @@ public:
     }
 
 private:
-    void send(const platform::FilePath& path, const FerrylaneV4Sender::ProgressHandler& progress)
+    /// MB/s.
+    double send(const platform::FilePath& path, const QString& name)
     {
         QEventLoop loop;
+        const UploadProgress bar(name);
+        double speed = 0;
         FerrylaneV4Sender::Result result;
-        sender_.send({path}, target_, progress, [&](const auto& outcome) {
+        QObject::connect(
+            &sender_, &FerrylaneV4Sender::progressed, &loop, [&](const auto& progress) {
+                speed = progress.speed;
+                bar.advanced(progress.fraction, progress.speed);
+            });
+        QObject::connect(&sender_, &FerrylaneV4Sender::completed, &loop, [&](const auto& outcome) {
             result = outcome;
             loop.quit();
         });
+        sender_.send({path}, target_);
         loop.exec();
         if (const auto* const error = std::get_if<SendError>(&result)) {
             throw Failure(exitCodeOf(*error), textForLog(error->description()));
         }
+        return speed;
     }
 
     FerrylanePairedTarget target_;
     const platform::Clock& clock_;
-    platform::MainQueue mainQueue_;
     FerrylaneV4Sender sender_;
 };
 

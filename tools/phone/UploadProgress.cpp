@@ -31,7 +31,7 @@ UploadProgress::~UploadProgress()
     if (isTerminal_) std::fputs(clearLine, stderr);
 }
 
-void UploadProgress::advanced(double fraction, double megabytesPerSecond)
+void UploadProgress::advanced(double fraction, double megabytesPerSecond) const
 {
     if (!isTerminal_) return;
     const auto full = static_cast<int>(fraction * barCells);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/Clock.h"
-
 #include <QString>
 
 namespace ferrylane::phone {
@@ -19,7 +17,7 @@ public:
     UploadProgress& operator=(const UploadProgress&) = delete;
 
     /// `fraction`: 0 to 1.
-    void advanced(double fraction, double megabytesPerSecond);
+    void advanced(double fraction, double megabytesPerSecond) const;
 
 private:
     QString name_;
