@@ -1,18 +1,16 @@
 // How long the windows hold the main thread up, also with a transfer log of years; see --help.
 
-#include "app/AccessPanel.h"
-#include "app/Appearance.h"
-#include "app/DevicesPanel.h"
-#include "app/InfoPanel.h"
-#include "app/InfoTexts.h"
-#include "app/MainPanel.h"
-#include "app/QRImage.h"
+#include "app/widgets/Appearance.h"
+#include "app/widgets/QRCodeButton.h"
+#include "app/windows/AccessPanel.h"
+#include "app/windows/DevicesPanel.h"
+#include "app/windows/InfoPanel.h"
+#include "app/windows/InfoTexts.h"
+#include "app/windows/MainPanel.h"
 #include "bench/Report.h"
 #include "bench/Statistics.h"
 #include "bench/Stopwatch.h"
-#include "core/Notifications.h"
 #include "core/Settings.h"
-#include "platform/MainQueue.h"
 #include "transferlog/TransferLogKeeper.h"
 
 #include <QApplication>
@@ -83,39 +81,34 @@ void measureOpening(bench::Report& report)
         report.add({QString(name).replace(u' ', u'_') + QStringLiteral("_ms"), name, value,
             QStringLiteral("ms"), 1, target});
     };
-    const QImage code
-        = qr(QStringLiteral("http://192.168.1.20:8788/?flkey=") + QString(43, u'K'), 1);
-    QList<DeviceRow> rows;
+    const QImage code = qr(QStringLiteral("http://192.168.1.20:8788/?flkey=") + QString(43, u'K'));
+    QStringList names;
     for (int i = 0; i < 100; ++i) {
-        rows.append({QStringLiteral("Phone %1").arg(i), true, FerrylanePairedTarget{}});
+        names << QStringLiteral("Phone %1").arg(i);
     }
-    add(QStringLiteral("main panel"),
-        openingTime([] { return std::make_unique<MainPanel>(MainPanel::Intents{}); }));
+    add(QStringLiteral("main panel"), openingTime([] { return std::make_unique<MainPanel>(); }));
     add(QStringLiteral("QR and address"), openingTime([&] {
         return std::make_unique<AccessPanel>(code, QStringLiteral("http://192.168.1.20:8788"));
     }));
     add(QStringLiteral("a hundred devices"), openingTime([&] {
-        auto panel = std::make_unique<DevicesPanel>(DevicesPanel::Intents{});
-        panel->setRows(rows);
+        auto panel = std::make_unique<DevicesPanel>();
+        panel->setNearby(names);
         return panel;
     }));
-    add(QStringLiteral("info and settings"), openingTime([] {
-        return std::make_unique<InfoPanel>(InfoPanel::State{}, InfoPanel::Intents{});
-    }));
+    add(QStringLiteral("info and settings"),
+        openingTime([] { return std::make_unique<InfoPanel>(InfoPanel::State{}); }));
 }
 
 void measureLongLog(bench::Report& report)
 {
     report.beginSection(QStringLiteral("With %1 logged transfers").arg(loggedTransfers));
-    platform::MainQueue mainQueue;
-    platform::NotificationCenter notifications(mainQueue);
-    TransferLogKeeper keeper(mainQueue, notifications);
+    TransferLogKeeper keeper;
     userSettings().set(ferrylaneTransferLogContinuousKey, true);
     saveFerrylaneTransferLog(longLog());
 
     bool isAppended = false;
-    const auto observation = notifications.observe(
-        FerrylaneTransferLogChanged, [&](const auto& /*payload*/) { isAppended = true; });
+    QObject::connect(&keeper, &TransferLogKeeper::ferrylaneTransferLogChanged, &keeper,
+        [&] { isAppended = true; });
     const bench::Stopwatch whole;
     const double call
         = milliseconds([&] { keeper.append({.fileName = QStringLiteral("one more")}); });
@@ -126,15 +119,19 @@ void measureLongLog(bench::Report& report)
     report.add({QStringLiteral("append_ms"), QStringLiteral("until it is written, beside it"),
         whole.seconds() * 1000, QStringLiteral("ms"), 0});
 
-    InfoPanel panel({}, {});
+    InfoPanel panel({});
     panel.present();
     qsizetype shown = 0;
-    keeper.read([&](const QList<FerrylaneTransferLogEntry>& entries) {
-        return [&, lines = ferrylaneTransferLogLines(entries), summary = transferSummary(entries)] {
-            panel.setTransfers(summary, lines);
-            shown = lines.size();
-        };
-    });
+    using Shown = std::pair<QString, QStringList>;
+    keeper.read(
+        &panel,
+        [](const QList<FerrylaneTransferLogEntry>& entries) {
+            return Shown(transferSummary(entries), ferrylaneTransferLogLines(entries));
+        },
+        [&](const Shown& made) {
+            panel.setTransfers(made.first, made.second);
+            shown = made.second.size();
+        });
     const bench::Stopwatch loading;
     const double loadingPause
         = longestPause([&] { return shown > 0 && panel.shownTransfers() == shown; });

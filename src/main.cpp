@@ -1,22 +1,17 @@
 #include "app/AppDelegate.h"
-#include "app/Appearance.h"
-#include "camera/SystemCameras.h"
+#include "app/widgets/Appearance.h"
 #include "core/Log.h"
 #include "core/Settings.h"
 #include "platform/DescriptorLimit.h"
 #include "platform/EndLimit.h"
-#include "platform/MainQueue.h"
-#include "platform/NetworkPathMonitor.h"
-#include "platform/NotificationCenter.h"
 #include "platform/SingleInstance.h"
-#include "platform/SystemSleep.h"
-#include "platform/Tcp.h"
 #include "platform/TerminationSignals.h"
-#include "platform/ThreadQueue.h"
 #include "platform/TrayNotices.h"
+#include "service/FerrylaneService.h"
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QTimer>
 
 #include <chrono>
 #include <cstdio>
@@ -28,23 +23,6 @@ namespace {
 
 using ferrylane::AppDelegate;
 using ferrylane::flLog;
-
-/// Without one, a network that changes is not noticed.
-std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
-    AppDelegate& application, platform::SerialQueue& mainQueue)
-{
-    try {
-        return std::make_unique<platform::NetworkPathMonitor>(
-            "ferrylane.network.path", [&](bool isSatisfied) {
-                mainQueue.async(
-                    [&application, isSatisfied] { application.networkPathChanged(isSatisfied); });
-            });
-    } catch (const std::system_error& error) {
-        flLog(QStringLiteral("Could not watch the network: ")
-            + QString::fromStdString(error.code().message()));
-        return nullptr;
-    }
-}
 
 using End = std::optional<platform::EndLimit>;
 
@@ -67,34 +45,16 @@ void beginEnd(End& end, platform::SingleInstance* instance)
 /// The event loop of the one instance, and all that lives as long as it does.
 int run(platform::SingleInstance* instance, const QByteArray& action, End& end)
 {
-    // In this order, so that each goes before what it uses.
-    platform::MainQueue mainQueue;
-    platform::NotificationCenter notifications(mainQueue);
-    const platform::SteadyClock clock;
-    const auto network = platform::TcpNetwork::create("ferrylane.conn");
-    platform::SleepInhibitor inhibitor(
-        QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"));
-    platform::ThreadQueue visionQueue("ferrylane.qr.vision");
-    ferrylane::SystemCameras cameras;
-    AppDelegate application(
-        {*network, mainQueue, notifications, visionQueue, clock, cameras, [&](bool isNeeded) {
-             if (isNeeded) {
-                 inhibitor.hold();
-             } else {
-                 inhibitor.release();
-             }
-         }});
+    ferrylane::FerrylaneService service;
+    AppDelegate application(service);
     application.applicationDidFinishLaunching();
-
-    const auto pathMonitor = watchNetworkPath(application, mainQueue);
-    const platform::WakeNotices wakeNotices([&] { application.systemDidWake(); });
     const platform::TrayNotices trayNotices([&] { application.trayDidAppear(); });
     if (instance) {
         instance->setRequestHandler(
             [&](const QByteArray& request) { application.perform(request); });
     }
     // The panel shows already.
-    if (action != "show") mainQueue.async([&] { application.perform(action); });
+    if (action != "show") QTimer::singleShot(0, &application, [&] { application.perform(action); });
     const int status = QApplication::exec();
     beginEnd(end, instance);
     return status;

@@ -34,4 +34,7 @@ private:
 
 using FilePaths = QList<FilePath>;
 
+/// The paths that are not those of folders, in their order.
+[[nodiscard]] FilePaths withoutFolders(FilePaths paths);
+
 } // namespace platform

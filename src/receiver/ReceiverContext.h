@@ -1,10 +1,8 @@
 #pragma once
 
 #include "platform/DescriptorLimit.h"
-#include "platform/NotificationCenter.h"
 #include "platform/SecretKey.h"
 #include "platform/ThreadQueue.h"
-#include "receiver/FailureLog.h"
 #include "receiver/OpenConnections.h"
 #include "receiver/TransferAdmission.h"
 #include "receiver/UploadReports.h"
@@ -26,22 +24,16 @@ struct UploadTimes {
 /// What the service shares with the connections that it serves. Every connection holds it; what it
 /// refers to must outlive the last of them (HTTPServer's destructor waits for that).
 struct ReceiverContext {
-    ReceiverContext(platform::SecretKey key, platform::SerialQueue& main,
-        platform::NotificationCenter& center, const platform::Clock& time,
-        const UploadTimes& uploadTimes)
-        : sessionKey(std::move(key))
-        , clock(time)
-        , times(uploadTimes)
-        , reports(std::make_shared<UploadReports>(main, center))
-        , failureLog(std::make_shared<FailureLog>(main))
+    ReceiverContext(platform::SecretKey key, const platform::Clock& time,
+        const UploadTimes& uploadTimes, UploadReports& uploadReports)
+        : sessionKey(std::move(key)), clock(time), times(uploadTimes), reports(uploadReports)
     {
     }
 
     const platform::SecretKey sessionKey;
     const platform::Clock& clock;
     const UploadTimes times;
-    const std::shared_ptr<UploadReports> reports;
-    const std::shared_ptr<FailureLog> failureLog;
+    UploadReports& reports;
 
     TransferAdmission admission;
     const std::shared_ptr<OpenConnections> connections = std::make_shared<OpenConnections>(

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/NotificationCenter.h"
-#include "platform/SerialQueue.h"
+#include "core/TransferState.h"
+#include "platform/Clock.h"
 
+#include <QObject>
 #include <QString>
 
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -20,71 +20,79 @@ struct ReceivedFile {
     [[nodiscard]] QString name() const { return path.section(u'/', -1); }
 };
 
-/// Tells the main thread how uploads get on, by the notifications "FerrylaneStarted",
-/// "FerrylaneSpeed", "FerrylaneProgress", "FerrylaneReceived" and "FerrylaneStopped".
+/// Tells the main thread, where it lives, how uploads get on. ReceiveProgress tells it from the
+/// upload's thread.
 ///
-/// However long the main thread is busy, one message waits for it, with the state of the latest
-/// upload. Only the files that have been stored meanwhile are told one by one. From any thread.
-class UploadReports : public std::enable_shared_from_this<UploadReports> {
+/// However long the main thread is busy, one event waits for it, with the state of the latest
+/// upload. Only the files that have been stored meanwhile are told one by one.
+class UploadReports final : public QObject {
+    Q_OBJECT
+
 public:
-    /// Both must outlive this.
-    UploadReports(platform::SerialQueue& mainQueue, platform::NotificationCenter& notifications)
-        : mainQueue_(mainQueue), notifications_(notifications)
-    {
-    }
+    /// Uploads that failed before anything of them was authentic, which anybody can make: so many
+    /// a second are logged in lines of their own, the others of that second in one with their
+    /// number.
+    static constexpr int failureLinesASecond = 10;
 
-    /// Tells of one upload. What it says when the next one has started is not told any more, unless
-    /// it is that the file has been stored: one that is cut off may hear of it late.
-    class Upload {
-    public:
-        explicit Upload(UploadReports& reports) : reports_(reports) {}
-
-        void started(const QString& displayName);
-        void setFraction(double fraction);
-        /// In megabytes (1,000,000 bytes) a second, as the next.
-        void setSpeed(double speed);
-        void stored(const ReceivedFile& file, double averageSpeed);
-        void stopped(const QString& reason);
-
-    private:
-        UploadReports& reports_;
-    };
-
-    /// On the main thread: tells what waits at once.
+    /// Logs such a failure. From any thread.
+    void unprovenUploadFailed(const QString& reason);
+    /// Tells what waits at once.
     void deliver();
-    /// On the main thread: while "FerrylaneReceived" is delivered, the file that it is about.
-    [[nodiscard]] const std::optional<ReceivedFile>& lastReceivedFile() const
-    {
-        return lastReceivedFile_;
-    }
+
+Q_SIGNALS:
+    void started(const TransferState& state);
+    void progressed(const TransferState& state);
+    void stored(const ReceivedFile& file);
+    void stopped(const QString& reason);
 
 private:
-    struct Stored {
-        ReceivedFile file;
-        double averageSpeed = 0;
-    };
-    struct Waiting {
-        std::vector<Stored> stored;
-        // Of the latest upload.
-        std::optional<QString> started;
-        std::optional<double> speed;
-        std::optional<double> fraction;
-        std::optional<QString> stopped;
-    };
+    friend class ReceiveProgress;
 
-    /// Changes what waits to be told of an upload, if it is the latest, and has it delivered soon.
-    template <typename Change> void tell(const Upload& upload, const Change& change);
     void deliverSoon();
-    void deliver(const Stored& stored);
-
-    platform::SerialQueue& mainQueue_;
-    platform::NotificationCenter& notifications_;
-    std::optional<ReceivedFile> lastReceivedFile_;
+    void secondIsOver();
 
     std::mutex mutex_;
-    const Upload* latest_ = nullptr;
-    Waiting waiting_;
+    std::vector<ReceivedFile> stored_;
+    const void* latest_ = nullptr;         ///< upload
+    std::optional<TransferState> waiting_; ///< of the latest upload
+    bool isStartWaiting_ = false;
     bool isDeliveryDue_ = false;
+    int failures_ = 0; ///< in the second that has begun with the first
+};
+
+/// Tells how one upload gets on: nothing before it has proved authentic, then at most 40 steps of
+/// progress, and the speed about once a second. What it says when the next upload has started is
+/// not told any more, unless it is that the file has been stored. Used by the upload's thread.
+class ReceiveProgress {
+public:
+    /// `declaredFileSize` in bytes, below 1 when unknown: no steps are told then. `reports` and
+    /// `clock` must outlive this.
+    ReceiveProgress(QString displayName, qint64 declaredFileSize, UploadReports& reports,
+        const platform::Clock& clock);
+
+    /// A record has been opened: whoever uploads has the key. Does nothing the second time.
+    void authenticated();
+    [[nodiscard]] bool isAuthenticated() const { return isAuthenticated_; }
+    /// `totalBytes`: plaintext bytes so far.
+    void advanced(quint64 totalBytes);
+    void stored(const ReceivedFile& file);
+    void stopped(const QString& reason);
+
+private:
+    [[nodiscard]] bool updateFraction(quint64 totalBytes);
+    [[nodiscard]] bool updateSpeed(quint64 totalBytes);
+    /// Gives the state on, unless another upload has begun.
+    void tell();
+
+    UploadReports& reports_;
+    const platform::Clock& clock_;
+    const qint64 declaredFileSize_;
+    TransferState state_;
+    platform::TimePoint startTime_;
+    platform::TimePoint lastSpeedTime_;
+    quint64 lastSpeedBytes_ = 0;
+    quint64 lastStep_ = 0;
+    bool isAuthenticated_ = false;
 };
 
 } // namespace ferrylane

@@ -58,7 +58,7 @@ V4Receiver::V4Receiver(AdmittedUpload upload)
     : upload_(std::move(upload))
     , admissionTime_(platform::SteadyClock().now())
     , progress_(sanitize(upload_.transfer.fileName), upload_.transfer.fileSize,
-          *upload_.context.reports, upload_.context.clock)
+          upload_.context.reports, upload_.context.clock)
 {
 }
 
@@ -128,7 +128,7 @@ HttpAnswer V4Receiver::failed(const QString& reason, QByteArrayView status)
     if (progress_.isAuthenticated()) {
         flLog(QStringLiteral("Secure V4 receive failed: ") + reason);
     } else {
-        upload_.context.failureLog->uploadFailed(reason);
+        upload_.context.reports.unprovenUploadFailed(reason);
     }
     progress_.stopped(reason);
     return {status, reason.toUtf8()};

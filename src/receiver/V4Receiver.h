@@ -4,8 +4,8 @@
 #include "protocol/HttpAnswer.h"
 #include "protocol/StreamReader.h"
 #include "receiver/PartialFile.h"
-#include "receiver/ReceiveProgress.h"
 #include "receiver/ReceiverContext.h"
+#include "receiver/UploadReports.h"
 
 #include <memory>
 #include <optional>

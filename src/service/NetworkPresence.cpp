@@ -13,7 +13,7 @@ NetworkPresence::NetworkPresence(std::uint16_t tcpPort)
 {
 }
 
-void NetworkPresence::advertise(const QString& name)
+void NetworkPresence::announce(const QString& name)
 {
     publisher_->publish(name, dnsSdServiceType, tcpPort_);
 }

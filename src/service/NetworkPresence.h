@@ -1,26 +1,27 @@
 #pragma once
 
+#include "core/Service.h"
 #include "discovery/UdpResponder.h"
 #include "platform/ServicePublisher.h"
-#include "receiver/HTTPServer.h"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 
 namespace ferrylane {
 
 /// How a receiver service shows itself to the network: it answers discovery requests over UDP, and
-/// is announced by DNS-SD. The service drives both; this must outlive it.
-class NetworkPresence final : public HTTPServer::DiscoveryResponder, public HTTPServer::Advertiser {
+/// is announced by DNS-SD.
+class NetworkPresence {
 public:
     explicit NetworkPresence(std::uint16_t tcpPort = port);
 
-    void start() override { responder_.start(); }
-    void stop() override { responder_.stop(); }
-    void setVisible(bool visible) override { visible_ = visible; }
+    void start() { responder_.start(); }
+    void stop() { responder_.stop(); }
+    void setVisible(bool visible) { visible_ = visible; }
 
-    void advertise(const QString& name) override;
-    void withdraw() override { publisher_->withdraw(); }
+    void announce(const QString& name);
+    void withdraw() { publisher_->withdraw(); }
 
     /// The name under which DNS-SD shows this service.
     [[nodiscard]] std::shared_ptr<const platform::AnnouncedName> announcedName() const

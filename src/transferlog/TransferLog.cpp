@@ -1,7 +1,6 @@
 #include "transferlog/TransferLog.h"
 
 #include "core/Log.h"
-#include "core/Notifications.h"
 #include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
@@ -40,21 +39,6 @@ QList<FerrylaneTransferLogEntry> newest(const QList<FerrylaneTransferLogEntry>& 
     return entries.last(std::min(entries.size(), keptTransferLogEntries));
 }
 
-void addToLog(const QList<FerrylaneTransferLogEntry>& newEntries)
-{
-    StoredLog log = storedLog();
-    if (!log.error && log.isDamaged) log.error = setAside(ferrylaneTransferLogURL());
-    if (log.error) {
-        // What is in it is worth more than the new entries.
-        flLog(QStringLiteral("Could not read the transfer log: ")
-            + QString::fromStdString(log.error.message()));
-        return;
-    }
-    log.entries.append(newEntries);
-    const bool continuous = userSettings().boolean(ferrylaneTransferLogContinuousKey, false);
-    saveFerrylaneTransferLog(continuous ? log.entries : newest(log.entries));
-}
-
 QString lineOf(const FerrylaneTransferLogEntry& entry)
 {
     QStringList parts{entry.date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
@@ -90,23 +74,19 @@ void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries)
     }
 }
 
-FerrylaneTransferLogEntry transferLogEntry(const FerrylaneTransfer& transfer)
+void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntries)
 {
-    return {QDateTime::currentDateTimeUtc(), transfer.direction, transfer.fileName, transfer.peer,
-        transfer.result, transfer.size};
-}
-
-void appendFerrylaneTransferLog(
-    const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications)
-{
-    appendFerrylaneTransferLog(QList{transferLogEntry(transfer)}, notifications);
-}
-
-void appendFerrylaneTransferLog(
-    const QList<FerrylaneTransferLogEntry>& newEntries, platform::NotificationCenter& notifications)
-{
-    addToLog(newEntries);
-    notifications.post(FerrylaneTransferLogChanged);
+    StoredLog log = storedLog();
+    if (!log.error && log.isDamaged) log.error = setAside(ferrylaneTransferLogURL());
+    if (log.error) {
+        // What is in it is worth more than the new entries.
+        flLog(QStringLiteral("Could not read the transfer log: ")
+            + QString::fromStdString(log.error.message()));
+        return;
+    }
+    log.entries.append(newEntries);
+    const bool continuous = userSettings().boolean(ferrylaneTransferLogContinuousKey, false);
+    saveFerrylaneTransferLog(continuous ? log.entries : newest(log.entries));
 }
 
 void trimFerrylaneTransferLog()

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/NotificationCenter.h"
-
 #include <QDateTime>
 #include <QList>
 #include <QString>
@@ -12,22 +10,13 @@
 namespace ferrylane {
 
 /// A file that was received or sent. What is not said has these defaults.
-struct FerrylaneTransfer {
+struct FerrylaneTransferLogEntry {
+    QDateTime date{};    ///< when it was appended
     QString direction{}; ///< "Received" or "Sent"
     QString fileName{};
     QString peer{}; ///< the paired phone's name when sending, else empty
     QString result = QStringLiteral("Completed"); ///< or "Failed"
     std::optional<qint64> size = std::nullopt;    ///< bytes, where known
-};
-
-/// A transfer as the log has it; `date` is when it was appended.
-struct FerrylaneTransferLogEntry {
-    QDateTime date;
-    QString direction;
-    QString fileName;
-    QString peer;
-    QString result;
-    std::optional<qint64> size;
 
     bool operator==(const FerrylaneTransferLogEntry&) const = default;
 };
@@ -47,19 +36,12 @@ inline constexpr qsizetype keptTransferLogEntries = 100;
 
 void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries);
 
-/// Appends an entry with the current time, drops the oldest beyond what is kept, and posts
-/// "FerrylaneTransferLogChanged". A file that is no log is kept under another name (see setAside())
-/// and a new log begun; one that cannot be read now stays, without the entry.
-void appendFerrylaneTransferLog(
-    const FerrylaneTransfer& transfer, platform::NotificationCenter& notifications);
+/// Appends the entries and drops the oldest beyond what is kept. A file that is no log is kept
+/// under another name (see setAside()) and a new log begun; one that cannot be read now stays,
+/// without the entries.
+void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntries);
 
-/// The entry that a transfer gets now.
-[[nodiscard]] FerrylaneTransferLogEntry transferLogEntry(const FerrylaneTransfer& transfer);
-/// The same for several entries in one step, with one notification.
-void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntries,
-    platform::NotificationCenter& notifications);
-
-/// Drops all but the newest entries that are kept, whatever the setting says. Posts nothing.
+/// Drops all but the newest entries that are kept, whatever the setting says.
 void trimFerrylaneTransferLog();
 
 /// For people to read: a line an entry, newest first, times in local time, or one line that there

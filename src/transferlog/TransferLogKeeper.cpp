@@ -7,28 +7,22 @@
 
 namespace ferrylane {
 
-TransferLogKeeper::TransferLogKeeper(
-    platform::SerialQueue& mainQueue, platform::NotificationCenter& notifications)
-    : mainQueue_(mainQueue), notifications_(notifications)
-{
-}
-
 TransferLogKeeper::~TransferLogKeeper()
 {
-    *isThere_ = false;
     std::promise<void> allDone;
     queue_.async([&allDone] { allDone.set_value(); });
     allDone.get_future().wait();
 }
 
-void TransferLogKeeper::append(const FerrylaneTransfer& transfer)
+void TransferLogKeeper::append(FerrylaneTransferLogEntry entry)
 {
+    entry.date = QDateTime::currentDateTimeUtc();
     const std::lock_guard lock(mutex_);
     if (!openBatch_) {
         openBatch_ = std::make_shared<Batch>();
         queue_.async([this, batch = openBatch_] { write(batch); });
     }
-    openBatch_->append(transferLogEntry(transfer));
+    openBatch_->append(std::move(entry));
 }
 
 void TransferLogKeeper::write(const std::shared_ptr<Batch>& batch)
@@ -37,7 +31,8 @@ void TransferLogKeeper::write(const std::shared_ptr<Batch>& batch)
         const std::lock_guard lock(mutex_);
         if (openBatch_ == batch) openBatch_ = nullptr;
     }
-    appendFerrylaneTransferLog(*batch, notifications_);
+    appendFerrylaneTransferLog(*batch);
+    Q_EMIT ferrylaneTransferLogChanged();
 }
 
 void TransferLogKeeper::trim()
@@ -52,15 +47,6 @@ void TransferLogKeeper::clear()
     queue_.async([] {
         platform::removeFile(ferrylaneTransferLogURL());
         removeSetAside(ferrylaneTransferLogURL());
-    });
-}
-
-void TransferLogKeeper::read(Reader reader)
-{
-    queue_.async([this, isThere = isThere_, reader = std::move(reader)] {
-        mainQueue_.async([isThere, handOn = reader(loadFerrylaneTransferLog())] {
-            if (*isThere) handOn();
-        });
     });
 }
 

@@ -1,8 +1,8 @@
 #include "Controls.h"
 
-#include "app/CameraPairingController.h"
-#include "app/CameraPanel.h"
-#include "app/QRImage.h"
+#include "app/flows/CameraPairingController.h"
+#include "app/widgets/QRCodeButton.h"
+#include "app/windows/CameraPanel.h"
 #include "support/ManualQueue.h"
 #include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
@@ -15,6 +15,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -102,36 +103,34 @@ public:
     Camera::FailureHandler onFailure;
 };
 
-class FakeAlerts final : public CameraPairingController::Alerts {
-public:
-    bool pairsWithoutCamera(const QString& title, const QString& /*text*/) override
-    {
-        titles << title;
-        return goesOn;
-    }
-    QStringList titles;
-    bool goesOn = false;
-};
-
 class CameraPairingTest : public ::testing::Test {
 protected:
-    CameraPairingTest() { makeController(); }
+    CameraPairingTest()
+    {
+        makeController();
+        alertTimer_.callOnTimeout([this] { answerAlert(); });
+        alertTimer_.start();
+    }
 
     void present()
     {
-        controller_->onCode = [this](const QString& text) { told_ << text; };
-        controller_->onClose = [this] {
-            told_ << u"closed"_s;
-            controller_.reset();
-        };
         controller_->present();
         run();
     }
     void run()
     {
-        main_.runAll();
-        vision_.runAll();
-        main_.runAll();
+        for (int i = 0; i < 3; ++i) {
+            QCoreApplication::processEvents();
+            main_.runAll();
+            vision_.runAll();
+        }
+    }
+    void answerAlert()
+    {
+        const QWidget* const dialog = QApplication::activeModalWidget();
+        if (!dialog) return;
+        alerts_ << dialog->findChild<QLabel*>()->text();
+        buttonNamed(*dialog, goesOn_ ? u"Pair without camera\u2026"_s : u"OK"_s).click();
     }
     void show(const QString& text)
     {
@@ -142,7 +141,11 @@ protected:
     void makeController()
     {
         controller_ = std::make_unique<CameraPairingController>(
-            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, alerts_});
+            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, parent_});
+        QObject::connect(controller_.get(), &CameraPairingController::codeFound,
+            [this](const QString& text) { told_ << text; });
+        QObject::connect(
+            controller_.get(), &CameraPairingController::closed, [this] { told_ << u"closed"_s; });
     }
     static void drop(const QMimeData& data)
     {
@@ -172,7 +175,10 @@ protected:
     support::ManualClock clock_;
     support::ManualQueue vision_, main_;
     FakeCameras cameras_;
-    FakeAlerts alerts_;
+    QWidget parent_;
+    QTimer alertTimer_;
+    QStringList alerts_;  ///< titles
+    bool goesOn_ = false; ///< without a camera
     QStringList told_;
     std::unique_ptr<CameraPairingController> controller_;
 };
@@ -224,7 +230,7 @@ TEST_F(CameraPairingTest, whatIsWrongIsToldAndEndsIt)
         cameras_.situation = row.situation;
         makeController();
         present();
-        EXPECT_EQ(std::exchange(alerts_.titles, {}), QStringList(row.alert));
+        EXPECT_EQ(std::exchange(alerts_, {}), QStringList(row.alert));
         EXPECT_EQ(std::exchange(told_, {}), QStringList(u"closed"_s));
         EXPECT_FALSE(panel());
     }
@@ -238,14 +244,14 @@ TEST_F(CameraPairingTest, aCameraThatFailsLaterIsToldOf)
     cameras_.onFailure(u"unplugged"_s);
     cameras_.onFailure(u"still unplugged"_s);
     run();
-    EXPECT_EQ(alerts_.titles, QStringList(u"Could not start camera"_s));
+    EXPECT_EQ(alerts_, QStringList(u"Could not start camera"_s));
     EXPECT_EQ(told_, QStringList(u"closed"_s));
 }
 
 TEST_F(CameraPairingTest, withoutACameraALinkCanBePasted)
 {
     cameras_.situation.isThere = false;
-    alerts_.goesOn = true;
+    goesOn_ = true;
     present();
     ASSERT_TRUE(panel());
     QGuiApplication::clipboard()->setText(u"https://example.org"_s);

@@ -1,4 +1,4 @@
-#include "app/Appearance.h"
+#include "app/widgets/Appearance.h"
 #include "support/PrivateNetwork.h"
 
 #include <QApplication>

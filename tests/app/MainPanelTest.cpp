@@ -1,4 +1,4 @@
-#include "app/MainPanel.h"
+#include "app/windows/MainPanel.h"
 
 #include "Controls.h"
 #include "support/QtPrinting.h"
@@ -26,15 +26,22 @@ class MainPanelTest : public ::testing::Test {
 protected:
     MainPanelTest()
     {
+        tell(&MainPanel::settingsRequested, u"settings"_s);
+        tell(&MainPanel::deviceNameRequested, u"name"_s);
+        tell(&MainPanel::qrCodeRequested, u"enlarge"_s);
+        tell(&MainPanel::receivedFilesRequested, u"received"_s);
+        tell(&MainPanel::fileChoiceRequested, u"choose"_s);
+        QObject::connect(&panel_, &MainPanel::serviceSwitched,
+            [this](bool isOn) { intents_ << (isOn ? u"on"_s : u"off"_s); });
         panel_.setDeviceName(u"Studio"_s);
         panel_.setPairingCode(codeOf(45));
         panel_.setServiceState(true, {});
         panel_.present();
     }
 
-    std::function<void()> saying(const QString& what)
+    void tell(void (MainPanel::*signal)(), const QString& what)
     {
-        return [this, what] { intents_ << what; };
+        QObject::connect(&panel_, signal, [this, what] { intents_ << what; });
     }
 
     QStringList takeIntents() { return std::exchange(intents_, {}); }
@@ -49,17 +56,7 @@ protected:
     }
 
     QStringList intents_;
-    bool keepsInTaskbar_ = false;
-    MainPanel panel_{MainPanel::Intents{
-        .showSettings = saying(u"settings"_s),
-        .nameDevice = saying(u"name"_s),
-        .enlargeQRCode = saying(u"enlarge"_s),
-        .openReceivedFiles = saying(u"received"_s),
-        .chooseFiles = saying(u"choose"_s),
-        .keepsInTaskbar = [this] { return keepsInTaskbar_; },
-        .serviceSwitched = [this](bool isOn) { intents_ << (isOn ? u"on"_s : u"off"_s); },
-        .filesDropped = {},
-    }};
+    MainPanel panel_;
 };
 
 TEST_F(MainPanelTest, EveryControlWorksByMouseAndKeyboard)
@@ -102,28 +99,21 @@ TEST_F(MainPanelTest, SwitchFollowsTheServiceSilently)
     EXPECT_EQ(takeIntents(), QStringList());
 }
 
-TEST_F(MainPanelTest, ClosesOrMinimises)
+TEST_F(MainPanelTest, StaysAtHandWithoutATray)
 {
-    keepsInTaskbar_ = true;
     closeByHand();
     EXPECT_TRUE(panel_.isVisible());
     EXPECT_TRUE(panel_.isMinimized());
     panel_.present();
     EXPECT_FALSE(panel_.isMinimized());
-
     // The end of the program also closes windows, and must not be held up.
     EXPECT_TRUE(panel_.close());
-
-    panel_.present();
-    keepsInTaskbar_ = false;
-    closeByHand();
-    EXPECT_FALSE(panel_.isVisible());
 }
 
 TEST_F(MainPanelTest, MenuShortcutsWorkInThePanel)
 {
     QMenu menu;
-    menu.addAction(u"Quit"_s, saying(u"quit"_s))->setShortcut(Qt::CTRL | Qt::Key_Q);
+    menu.addAction(u"Quit"_s, [this] { intents_ << u"quit"_s; })->setShortcut(Qt::CTRL | Qt::Key_Q);
     panel_.setContextMenu(&menu);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&panel_));
     QTest::keyClick(&panel_, Qt::Key_Q, Qt::ControlModifier);

@@ -1,15 +1,16 @@
 #include "Controls.h"
 
-#include "app/AccessPanel.h"
-#include "app/DeviceNameDialog.h"
-#include "app/DevicesPanel.h"
-#include "app/FeedbackDialog.h"
-#include "app/InfoPanel.h"
-#include "app/MainPanel.h"
-#include "app/QRImage.h"
-#include "app/ReceiverChooser.h"
+#include "app/flows/ReceiverChooser.h"
+#include "app/widgets/QRCodeButton.h"
+#include "app/windows/AccessPanel.h"
+#include "app/windows/DevicesPanel.h"
+#include "app/windows/InfoPanel.h"
+#include "app/windows/MainPanel.h"
 #include "camera/QRDetector.h"
+#include "core/Base64Url.h"
+#include "pairing/PairedTargets.h"
 #include "support/EventLoop.h"
+#include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
 
 #include <QApplication>
@@ -35,11 +36,6 @@ using app_test::buttonNamed;
 
 namespace {
 
-DeviceRow paired(const QString& name)
-{
-    return {name, true, FerrylanePairedTarget{name, u"http://x:8787"_s, u"key of "_s + name}};
-}
-
 /// Does something with the next modal dialog, once it is there.
 void inNextDialog(std::function<void(QWidget& dialog)> act)
 {
@@ -48,85 +44,93 @@ void inNextDialog(std::function<void(QWidget& dialog)> act)
 
 } // namespace
 
-TEST(DevicesPanelTest, actsOnTheDeviceOfTheRow)
+TEST(DevicesPanelTest, removesPairingsAndKeepsItsPlaceWhenTheListChanges)
 {
-    QStringList told;
-    DevicesPanel panel(
-        {[&](const auto& target) { told << target.keyB64; }, [&] { told << u"pair"_s; }});
-    panel.setRows({paired(u"Pixel"_s), {u"Tablet"_s, true, std::nullopt}});
-    panel.present();
-    buttonNamed(panel, u"Remove pairing with Pixel"_s).click();
-    buttonNamed(panel, u"Pair Tablet"_s).click();
-    buttonNamed(panel, u"Pair device with QR"_s).click();
-    EXPECT_EQ(told, (QStringList{u"key of Pixel"_s, u"pair"_s, u"pair"_s}));
-    QTest::keyClick(&panel, Qt::Key_Escape);
-    EXPECT_FALSE(panel.isVisible());
-}
-
-TEST(DevicesPanelTest, keepsItsPlaceWhenTheListChanges)
-{
-    QList<DeviceRow> rows;
-    for (int i = 0; i < 100; ++i) {
-        rows.append(paired(u"Phone %1 with a name that is far too long for one row"_s.arg(i)));
+    const support::PrivateUserFolders folders;
+    for (int i = 10; i < 60; ++i) {
+        const QString name = u"Phone %1 with a name that is far too long for one row"_s.arg(i);
+        const QString key
+            = base64URLEncode(platform::bytesOf(QByteArray(32, static_cast<char>(i))));
+        ASSERT_TRUE(saveFerrylanePairedTarget({name, u"http://10.0.0.1:8787"_s, key}));
     }
-    DevicesPanel panel({});
-    panel.setRows(rows);
+    int pairings = 0;
+    DevicesPanel panel;
+    QObject::connect(&panel, &DevicesPanel::pairingRequested, [&] { ++pairings; });
+    panel.setNearby({u"Tablet"_s});
     panel.present();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&panel));
     QScrollBar& bar = *panel.findChild<QScrollArea*>()->verticalScrollBar();
     bar.setValue(1500);
-    const QString name = u"Remove pairing with "_s + rows[30].name;
+    const QString name
+        = u"Remove pairing with Phone 30 with a name that is far too long for one row"_s;
     buttonNamed(panel, name).setFocus();
-    rows.prepend(paired(u"New"_s));
-    panel.setRows(rows);
+    inNextDialog([](QWidget& dialog) { buttonNamed(dialog, u"Remove"_s).click(); });
+    buttonNamed(
+        panel, u"Remove pairing with Phone 10 with a name that is far too long for one row"_s)
+        .click();
+    EXPECT_EQ(loadFerrylanePairedTargets().size(), 49);
     EXPECT_NEAR(bar.value(), 1500, 120);
     ASSERT_NE(panel.focusWidget(), nullptr);
     EXPECT_EQ(accessibleName(*panel.focusWidget()), name);
+    inNextDialog([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    buttonNamed(panel, name).click();
+    EXPECT_EQ(loadFerrylanePairedTargets().size(), 49);
 
-    panel.setRows({});
-    EXPECT_EQ(panel.findChildren<QPushButton*>().size(), 2);
+    for (const QString& button : {u"Pair Tablet"_s, u"Pair device with QR"_s}) {
+        panel.present();
+        buttonNamed(panel, button).click();
+        EXPECT_FALSE(panel.isVisible());
+    }
+    EXPECT_EQ(pairings, 2);
+    removeFerrylanePairedTargets();
+    panel.setNearby({});
+    panel.present();
     const auto labels = panel.findChildren<QLabel*>();
     EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
         return label->isVisible() && label->text() == u"No nearby devices found."_s;
     }));
+    QTest::keyClick(&panel, Qt::Key_Escape);
+    EXPECT_FALSE(panel.isVisible());
 }
 
 TEST(PairingCodeTest, canBeReadInEveryWindow)
 {
     const QString link = u"http://192.168.1.20:8788/?flkey="_s + QString(43, u'K');
-    AccessPanel panel(qr(link, 1), u"http://192.168.1.20:8788"_s);
+    AccessPanel panel(qr(link), u"http://192.168.1.20:8788"_s);
     panel.present();
     EXPECT_EQ(detectQRCode(panel.grab().toImage()), link);
     EXPECT_EQ(app_test::clippedTexts(panel), QStringList());
 
-    MainPanel mainPanel({});
-    mainPanel.setPairingCode(qr(link, 1));
+    MainPanel mainPanel;
+    mainPanel.setPairingCode(qr(link));
     EXPECT_EQ(detectQRCode(mainPanel.grab().toImage()), link);
 }
 
 TEST(InfoPanelTest, showsTheStateAndTellsOfEveryControl)
 {
     QStringList told;
-    const auto saying = [&](const QString& what) { return [&told, what] { told << what; }; };
     InfoPanel panel({.deviceName = u"Office PC"_s,
-                        .version = u"1.2"_s,
-                        .receiveFolder = u"/home/anna/Downloads"_s,
-                        .autoOffSeconds = 300,
-                        .isVisible = true,
-                        .isServiceRunning = false,
-                        .keepsAllTransfers = true},
-        {.chooseFolder = saying(u"Choose\u2026"_s),
-            .autoOffChosen = [&](qint64 seconds) { told << QString::number(seconds); },
-            .visibilitySwitched = {},
-            .showDevices = saying(u"Devices\u2026"_s),
-            .transfersKept = [&](bool all) { told << (all ? u"all"_s : u"100"_s); },
-            .openWebsite = saying(u"Website"_s),
-            .openPrivacy = saying(u"Privacy"_s),
-            .openSupport = saying(u"Help & support"_s),
-            .giveFeedback = saying(u"Feedback\u2026"_s),
-            .nameDevice = saying(u"Rename device\u2026"_s),
-            .openFolder = saying(u"Open folder"_s),
-            .reset = saying(u"Reset\u2026"_s)});
+        .version = u"1.2"_s,
+        .receiveFolder = u"/home/anna/Downloads"_s,
+        .autoOffSeconds = 300,
+        .isVisible = true,
+        .isServiceRunning = false,
+        .keepsAllTransfers = true});
+    const auto tell = [&](void (InfoPanel::*signal)(), const QString& what) {
+        QObject::connect(&panel, signal, [&told, what] { told << what; });
+    };
+    tell(&InfoPanel::folderChoiceRequested, u"Choose\u2026"_s);
+    tell(&InfoPanel::devicesRequested, u"Devices\u2026"_s);
+    tell(&InfoPanel::feedbackRequested, u"Feedback\u2026"_s);
+    tell(&InfoPanel::deviceNameRequested, u"Rename device\u2026"_s);
+    tell(&InfoPanel::receivedFilesRequested, u"Open folder"_s);
+    tell(&InfoPanel::resetRequested, u"Reset\u2026"_s);
+    QObject::connect(&panel, &InfoPanel::pageRequested,
+        [&](const QString& address) { told << address.section(u'/', 3); });
+    QObject::connect(&panel, &InfoPanel::autoOffChosen,
+        [&](qint64 seconds) { told << QString::number(seconds); });
+    QObject::connect(
+        &panel, &InfoPanel::transfersKept, [&](bool all) { told << (all ? u"all"_s : u"100"_s); });
     panel.present();
     const auto* const visible = panel.findChild<QCheckBox*>();
     EXPECT_TRUE(visible->isChecked());
@@ -141,7 +145,10 @@ TEST(InfoPanelTest, showsTheStateAndTellsOfEveryControl)
     for (const QString& button : buttons) {
         buttonNamed(panel, button).click();
     }
-    EXPECT_EQ(told, buttons);
+    EXPECT_EQ(told,
+        (QStringList{u"Choose\u2026"_s, u"Devices\u2026"_s, u"ferrylane"_s, u"ferrylane/privacy"_s,
+            u"ferrylane/support"_s, u"Feedback\u2026"_s, u"Rename device\u2026"_s, u"Open folder"_s,
+            u"Reset\u2026"_s}));
     told.clear();
     EXPECT_TRUE(buttonNamed(panel, u"Continuous"_s).isChecked());
     buttonNamed(panel, u"Last 100 transfers"_s).click();
@@ -157,7 +164,7 @@ TEST(InfoPanelTest, takesALongLogInPieces)
     for (int i = 0; i < 20'000; ++i) {
         lines << u"2026-11-24 21:00:00 \u00B7 Received \u00B7 file %1 \u00B7 Completed"_s.arg(i);
     }
-    InfoPanel panel({}, {});
+    InfoPanel panel({});
     panel.present();
     panel.setTransfers(u"20000 \u00B7 1 MB"_s, lines);
     const auto* const text = panel.findChild<QPlainTextEdit*>();
@@ -165,35 +172,6 @@ TEST(InfoPanelTest, takesALongLogInPieces)
     EXPECT_TRUE(support::processEventsUntil([&] { return text->blockCount() == lines.size(); }));
     EXPECT_EQ(text->toPlainText(), lines.join(u'\n'));
     EXPECT_EQ(text->verticalScrollBar()->value(), 0);
-}
-
-TEST(DialogsTest, giveWhatWasTypedByTheButtonPressed)
-{
-    const auto pressing = [](const QString& button) {
-        inNextDialog([button](QWidget& dialog) {
-            dialog.findChild<QLineEdit*>()->setText(u"Studio"_s);
-            buttonNamed(dialog, button).click();
-        });
-        return askForDeviceName(nullptr, u"Office PC"_s);
-    };
-    const auto saved = pressing(u"Save"_s);
-    ASSERT_TRUE(saved);
-    EXPECT_FALSE(saved->usesDefault);
-    EXPECT_EQ(saved->typed, u"Studio"_s);
-    EXPECT_TRUE(pressing(u"Use Default"_s).value().usesDefault);
-    EXPECT_FALSE(pressing(u"Cancel"_s));
-
-    inNextDialog([](QWidget& dialog) {
-        dialog.findChild<QPlainTextEdit*>()->setPlainText(u"More!"_s);
-        dialog.findChild<QCheckBox*>()->click();
-        buttonNamed(dialog, u"Open email"_s).click();
-    });
-    const auto feedback = askForFeedback(nullptr);
-    ASSERT_TRUE(feedback);
-    EXPECT_EQ(feedback->text, u"More!"_s);
-    EXPECT_TRUE(feedback->withDetails);
-    inNextDialog([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-    EXPECT_FALSE(askForFeedback(nullptr));
 }
 
 TEST(ReceiverChooserTest, offersManyWithinTheScreen)

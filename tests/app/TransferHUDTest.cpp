@@ -1,4 +1,4 @@
-#include "app/TransferHUD.h"
+#include "app/windows/TransferHUD.h"
 
 #include "Controls.h"
 #include "support/QtPrinting.h"
@@ -33,8 +33,8 @@ TEST(TransferHUD, StandsInTheCornerOfTheUsableArea)
         EXPECT_EQ(corner.y(), row.corner.y());
     }
 
-    TransferHUD window({});
-    window.present();
+    TransferHUD window;
+    window.begin({});
     const QRect usable = window.screen()->availableGeometry();
     EXPECT_EQ(window.size(), QSize(340, 112));
     EXPECT_EQ(window.pos(), TransferHUD::cornerOf(usable, window.size()));
@@ -43,22 +43,39 @@ TEST(TransferHUD, StandsInTheCornerOfTheUsableArea)
 TEST(TransferHUD, ShowsTheTransferAndStops)
 {
     int stops = 0;
-    TransferHUD window([&] { ++stops; });
-    window.present();
+    TransferHUD window;
+    QObject::connect(&window, &TransferHUD::stopRequested, [&] { ++stops; });
+    window.finish(u"photo.jpg"_s);
+    EXPECT_FALSE(window.isVisible());
+    TransferState state{.fileName = u"photo.jpg"_s, .speed = 1103.1};
+    window.begin(state);
     auto* const bar = window.findChild<QProgressBar*>();
     struct Row {
-        double percent;
+        double fraction;
         QString read;
     };
     const Row rows[]{
-        {0, u"0%"_s}, {42.3, u"42%"_s}, {170, u"100%"_s}, {-3, u"0%"_s}, {std::nan(""), u"0%"_s}};
+        {0, u"0%"_s}, {0.423, u"42%"_s}, {1.7, u"100%"_s}, {-3, u"0%"_s}, {std::nan(""), u"0%"_s}};
     for (const Row& row : rows) {
-        window.setTransfer(u"photo.jpg"_s, row.percent, u"100.0%   1103.1 MB/s"_s);
+        state.fraction = row.fraction;
+        window.setState(state);
         EXPECT_EQ(bar->text(), row.read);
     }
     EXPECT_EQ(app_test::clippedTexts(window), QStringList());
     QTest::mouseClick(&app_test::buttonNamed(window, u"Stop"_s), Qt::LeftButton);
     EXPECT_EQ(stops, 1);
+
+    // It stays for a moment, and for the next file.
+    window.finish(u"photo.jpg"_s);
+    window.begin(state);
+    QTest::qWait(1600);
+    EXPECT_TRUE(window.isVisible());
+    window.finish(u"photo.jpg"_s);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window.isVisible(); }));
+    window.begin(state);
+    window.stop();
+    EXPECT_FALSE(window.isVisible());
 }
 
 } // namespace

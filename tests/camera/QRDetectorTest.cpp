@@ -1,6 +1,6 @@
 #include "camera/QRDetector.h"
 
-#include "app/QRImage.h"
+#include "app/widgets/QRCodeButton.h"
 #include "protocol/PairingQR.h"
 #include "support/QtPrinting.h"
 

@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-#include "app/QRImage.h"
+#include "app/widgets/QRCodeButton.h"
 #include "support/TestFiles.h"
 
 #include <QImage>

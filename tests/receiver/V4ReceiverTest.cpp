@@ -56,19 +56,10 @@ protected:
 
     [[nodiscard]] QByteArray uploadBegun() const { return uploadInPieces().begun; }
 
-    void waitUntilStarted(std::size_t count = 1)
+    void waitUntilStarted(qsizetype count = 1)
     {
-        ASSERT_TRUE(mainQueue().waitFor([&] {
-            return static_cast<std::size_t>(std::count(notifications().begin(),
-                       notifications().end(), QStringLiteral("FerrylaneStarted=photo.jpg")))
-                == count;
-        }));
-    }
-
-    [[nodiscard]] bool waitForNotification(const QString& start)
-    {
-        return mainQueue().waitFor(
-            [&] { return !notifications().empty() && notifications().back().startsWith(start); });
+        ASSERT_TRUE(support::processEventsUntil(
+            [&] { return told().count(QStringLiteral("started photo.jpg")) == count; }));
     }
 
     [[nodiscard]] static QByteArray content(const QString& item)
@@ -85,15 +76,13 @@ TEST_F(V4ReceiverTest, storesAFileAndTellsOfIt)
 {
     const QByteArray bytes = support::testContent(100000);
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("a/b.txt"), bytes))), "200 OK|OK SHA256");
-    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
+    ASSERT_TRUE(waitUntilTold(QStringLiteral("stored")));
     // The main thread was busy up to now: it hears of the end alone.
-    EXPECT_EQ(notifications(),
-        (std::vector<QString>{QStringLiteral("FerrylaneSpeed=100"),
-            QStringLiteral("FerrylaneProgress=1"), QStringLiteral("FerrylaneReceived=a_b.txt")}));
+    EXPECT_EQ(told(), QStringList(QStringLiteral("stored a_b.txt")));
     EXPECT_EQ(content(QStringLiteral("Pixel 8/a_b.txt")), bytes);
     EXPECT_EQ(receivedItems(), QStringList{QStringLiteral("Pixel 8")});
-    EXPECT_EQ(server().lastReceivedFile()->path, received(QStringLiteral("Pixel 8/a_b.txt")));
-    EXPECT_EQ(server().lastReceivedFile()->size, 100000);
+    EXPECT_EQ(lastReceivedFile()->path, received(QStringLiteral("Pixel 8/a_b.txt")));
+    EXPECT_EQ(lastReceivedFile()->size, 100000);
     EXPECT_EQ(logCount("Secure V4 received 100000 bytes to "), 1);
     EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
 }
@@ -110,35 +99,24 @@ TEST_F(V4ReceiverTest, reportsProgressInStepsAndSpeedOnceASecond)
     for (std::size_t i = 1; i < records.size(); ++i) {
         if (i == 50) {
             // Halfway, after two seconds.
-            ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneProgress=0.5")));
+            ASSERT_TRUE(waitUntilTold(QStringLiteral("progress 0.5 0")));
             clock().advance(2s);
         }
         client.send(support::chunk(records[i]));
         if (i == 50) {
-            ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneSpeed=2.55e-05")));
+            ASSERT_TRUE(waitUntilTold(QStringLiteral("progress 0.5 2.55e-05")));
         }
     }
     client.send("0\r\n\r\n");
     EXPECT_EQ(summary(client.receiveAll()), "200 OK|OK SHA256");
-    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
+    ASSERT_TRUE(waitUntilTold(QStringLiteral("stored")));
 
-    std::vector<QString> steps;
-    std::vector<QString> speeds;
-    for (const QString& notification : notifications()) {
-        if (notification.startsWith(QStringLiteral("FerrylaneProgress"))) {
-            steps.push_back(notification);
-        } else if (notification.startsWith(QStringLiteral("FerrylaneSpeed"))) {
-            speeds.push_back(notification.section(u'=', 1));
-        }
-    }
-    // 0, at most the 40 steps, and 1 at the end.
-    EXPECT_LE(steps.size(), 42U);
-    EXPECT_EQ(steps.front(), QStringLiteral("FerrylaneProgress=0"));
-    EXPECT_EQ(steps.back(), QStringLiteral("FerrylaneProgress=1"));
-    // At the start, over the first 51 bytes in two seconds, and on the whole.
-    EXPECT_EQ(speeds,
-        (std::vector<QString>{
-            QStringLiteral("0"), QStringLiteral("2.55e-05"), QStringLiteral("5e-05")}));
+    // The start, at most the 40 steps and a speed, and the end.
+    EXPECT_LE(told().size(), 43);
+    EXPECT_EQ(told().first(), QStringLiteral("started photo.jpg"));
+    EXPECT_EQ(told().last(), QStringLiteral("stored photo.jpg"));
+    EXPECT_EQ(told().filter(QStringLiteral(" 2.55e-05")).size(),
+        told().size() - 1 - told().indexOf(QStringLiteral("progress 0.5 2.55e-05")));
 }
 
 TEST_F(V4ReceiverTest, withoutASizeThereAreNoSteps)
@@ -146,11 +124,8 @@ TEST_F(V4ReceiverTest, withoutASizeThereAreNoSteps)
     V4Transfer transfer = support::testTransfer(-1);
     EXPECT_EQ(summary(answerTo(support::uploadRequest(*key_, transfer, support::testContent(50)))),
         "200 OK|OK SHA256");
-    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneReceived")));
-    EXPECT_EQ(
-        std::count_if(notifications().begin(), notifications().end(),
-            [](const QString& n) { return n.startsWith(QStringLiteral("FerrylaneProgress")); }),
-        1);
+    ASSERT_TRUE(waitUntilTold(QStringLiteral("stored")));
+    EXPECT_EQ(told().filter(QStringLiteral("progress")), QStringList());
 }
 
 TEST_F(V4ReceiverTest, aFaultIsLoggedAndTold)
@@ -165,7 +140,7 @@ TEST_F(V4ReceiverTest, aFaultIsLoggedAndTold)
     for (const auto& [request, reason] : rows) {
         EXPECT_EQ(summary(answerTo(request)), "400 Bad Request|" + reason.toUtf8());
         EXPECT_EQ(receivedItems(), QStringList());
-        ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped=") + reason));
+        ASSERT_TRUE(waitUntilTold(QStringLiteral("stopped ") + reason));
         EXPECT_EQ(logCount("Secure V4 receive failed: " + reason.toUtf8()), 1);
     }
 }
@@ -173,7 +148,7 @@ TEST_F(V4ReceiverTest, aFaultIsLoggedAndTold)
 TEST_F(V4ReceiverTest, silenceEndsAnUpload)
 {
     destroyServer();
-    startServer({.firstRecord = 400ms, .silence = 800ms});
+    startServer({.upload = {.firstRecord = 400ms, .silence = 800ms}});
     const QByteArray begun = uploadBegun();
     const QByteArray head = begun.first(begun.indexOf("\r\n\r\n") + 4);
     const QByteArray timedOut = "400 Bad Request|Connection error: Connection timed out";
@@ -194,8 +169,8 @@ TEST_F(V4ReceiverTest, silenceEndsAnUpload)
         EXPECT_GE(elapsed, row.atLeast);
         EXPECT_LT(elapsed, row.atLeast + 2s);
         EXPECT_EQ(summary(answerTo(statusRequest)), "200 OK|READY");
-        mainQueue().runAll();
-        EXPECT_EQ(!notifications().empty(), row.isTold);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(!told().isEmpty(), row.isTold);
     }
     EXPECT_EQ(receivedItems(), QStringList());
 }
@@ -208,8 +183,8 @@ TEST_F(V4ReceiverTest, oneUploadAtATime)
     EXPECT_EQ(summary(answerTo(statusRequest)), "409 Conflict|BUSY");
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "409 Conflict|BUSY");
     first.reset();
-    ASSERT_TRUE(waitForNotification(
-        QStringLiteral("FerrylaneStopped=Connection error: Connection reset by peer")));
+    ASSERT_TRUE(
+        waitUntilTold(QStringLiteral("stopped Connection error: Connection reset by peer")));
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
 }
 
@@ -227,10 +202,9 @@ TEST_F(V4ReceiverTest, aCancelledUploadLeavesNothingBehind)
     for (int i = 1; i <= 5; ++i) {
         TcpClient client;
         client.send(uploadBegun());
-        waitUntilStarted(static_cast<std::size_t>(i));
+        waitUntilStarted(i);
         server().cancelActiveTransfer();
-        ASSERT_TRUE(waitForNotification(
-            QStringLiteral("FerrylaneStopped=Connection error: Operation canceled")));
+        ASSERT_TRUE(waitUntilTold(QStringLiteral("stopped Connection error: Operation canceled")));
         EXPECT_EQ(client.receiveAll(), "");
         EXPECT_EQ(receivedItems(), QStringList());
     }
@@ -243,16 +217,18 @@ TEST_F(V4ReceiverTest, aCancelledUploadDoesNotFreeTheServiceOfTheNext)
     for (int i = 0; i < 20; ++i) {
         TcpClient first;
         first.send(uploadBegun());
-        waitUntilStarted(static_cast<std::size_t>(2 * i + 1));
+        waitUntilStarted(2 * i + 1);
         server().cancelActiveTransfer();
         // Admitted although the first has not heard of its end yet.
         TcpClient second;
         second.send(uploadBegun());
-        waitUntilStarted(static_cast<std::size_t>(2 * i + 2));
-        ASSERT_TRUE(mainQueue().waitFor([&] { return logCount("receive failed") == 2 * i + 1; }));
+        waitUntilStarted(2 * i + 2);
+        ASSERT_TRUE(
+            support::processEventsUntil([&] { return logCount("receive failed") == 2 * i + 1; }));
         EXPECT_EQ(summary(answerTo(statusRequest)), "409 Conflict|BUSY");
         server().cancelActiveTransfer();
-        ASSERT_TRUE(mainQueue().waitFor([&] { return logCount("receive failed") == 2 * i + 2; }));
+        ASSERT_TRUE(
+            support::processEventsUntil([&] { return logCount("receive failed") == 2 * i + 2; }));
     }
 }
 
@@ -262,7 +238,7 @@ TEST_F(V4ReceiverTest, aStopCutsAnUploadOff)
     client.send(uploadBegun());
     waitUntilStarted();
     server().stopService();
-    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped=Connection error: ")));
+    ASSERT_TRUE(waitUntilTold(QStringLiteral("stopped Connection error: ")));
     EXPECT_EQ(receivedItems(), QStringList());
 }
 
@@ -285,8 +261,8 @@ TEST_F(V4ReceiverTest, anUploadThatCannotBeginLeavesTheServiceFree)
     support::writeFile(folder);
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))),
         "500 Internal Server Error|Cannot create destination");
-    mainQueue().runAll();
-    EXPECT_TRUE(notifications().empty());
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(told().isEmpty());
     ASSERT_TRUE(QFile::remove(folder));
     EXPECT_EQ(summary(answerTo(upload(QStringLiteral("x"), "x"))), "200 OK|OK SHA256");
 }
@@ -325,7 +301,7 @@ TEST_F(V4ReceiverTest, anUploadEndsInTheFolderInWhichItBegan)
     waitUntilStarted(2);
     ASSERT_TRUE(QFile::rename(folder, moved + QStringLiteral("/2")));
     broken.reset();
-    ASSERT_TRUE(waitForNotification(QStringLiteral("FerrylaneStopped")));
+    ASSERT_TRUE(waitUntilTold(QStringLiteral("stopped")));
     EXPECT_EQ(support::everythingIn(moved + QStringLiteral("/2")), QStringList());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/SerialQueue.h"
+#include "support/ManualClock.h"
 
 #include <condition_variable>
 #include <deque>
@@ -9,26 +10,6 @@
 #include <mutex>
 
 namespace support {
-
-/// A clock that stands still until it is advanced.
-class ManualClock final : public platform::Clock {
-public:
-    [[nodiscard]] platform::TimePoint now() const override
-    {
-        const std::lock_guard lock(mutex_);
-        return now_;
-    }
-
-    void advance(platform::Duration duration)
-    {
-        const std::lock_guard lock(mutex_);
-        now_ += duration;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    platform::TimePoint now_{std::chrono::hours(1)};
-};
 
 /// A main queue that a test runs by hand. Tasks may be given from any thread; they run in the
 /// thread that calls runAll(), advance() or waitFor().

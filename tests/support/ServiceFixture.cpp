@@ -1,6 +1,5 @@
 #include "support/ServiceFixture.h"
 
-#include "core/Notifications.h"
 #include "core/StoragePaths.h"
 #include "support/TestFiles.h"
 
@@ -8,64 +7,44 @@ namespace support {
 
 using namespace ferrylane;
 
-ServiceFixture::ServiceFixture()
-{
-    for (const auto name : {FerrylaneStarted, FerrylaneProgress, FerrylaneSpeed, FerrylaneStopped,
-             FerrylaneReceived}) {
-        observe(name);
-    }
-}
-
 ServiceFixture::~ServiceFixture()
 {
     destroyServer();
 }
 
-void ServiceFixture::observe(QLatin1StringView name)
+void ServiceFixture::createServer(const ServiceTimes& times)
 {
-    observations_.push_back(center_.observe(name, [this, name](const auto& payload) {
-        QString text = name;
-        if (const auto* const value = std::get_if<QString>(&payload)) text += u'=' + *value;
-        if (const auto* const value = std::get_if<double>(&payload)) {
-            text += u'=' + QString::number(*value);
-        }
-        notifications_.push_back(text);
-    }));
-}
-
-void ServiceFixture::createServer(const UploadTimes& times)
-{
-    server_ = std::make_unique<HTTPServer>(HTTPServer::Collaborators{
-        .network = *network_,
-        .mainQueue = mainQueue_,
-        .notifications = center_,
-        .clock = clock_,
-        .responder = responder_,
-        .advertiser = advertiser_,
-        .times = times,
+    server_ = std::make_unique<HTTPServer>(*network_, clock_, port, times);
+    const UploadReports* const uploads = &server_->uploads();
+    QObject::connect(uploads, &UploadReports::started, [this](const TransferState& state) {
+        told_ << QStringLiteral("started ") + state.fileName;
     });
+    QObject::connect(uploads, &UploadReports::progressed, [this](const TransferState& state) {
+        told_ << QStringLiteral("progress %1 %2").arg(state.fraction).arg(state.speed);
+    });
+    QObject::connect(uploads, &UploadReports::stored, [this](const ReceivedFile& file) {
+        lastReceivedFile_ = file;
+        told_ << QStringLiteral("stored ") + file.name();
+    });
+    QObject::connect(uploads, &UploadReports::stopped,
+        [this](const QString& reason) { told_ << QStringLiteral("stopped ") + reason; });
 }
 
-void ServiceFixture::startServer(const UploadTimes& times)
+void ServiceFixture::startServer(const ServiceTimes& times)
 {
     const int before = logCount("Server ready on port");
     createServer(times);
     ASSERT_TRUE(waitUntilReady(before + 1));
 }
 
-void ServiceFixture::destroyServer()
-{
-    server_ = nullptr;
-}
-
 bool ServiceFixture::waitUntilReady(int count)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (logCount("Server ready on port") < count) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return processEventsUntil([=] { return logCount("Server ready on port") >= count; });
+}
+
+bool ServiceFixture::waitUntilTold(const QString& start) const
+{
+    return processEventsUntil([&] { return !told_.isEmpty() && told_.last().startsWith(start); });
 }
 
 QString ServiceFixture::received(const QString& name)

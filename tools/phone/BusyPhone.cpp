@@ -10,17 +10,13 @@ constexpr std::size_t headReceive = 4096;
 
 } // namespace
 
-BusyPhone::BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQueue,
-    std::uint16_t tcpPort, int times, Handlers handlers)
-    : mainQueue_(mainQueue)
-    , timesLeft_(times)
-    , handlers_(std::move(handlers))
-    , listener_(network.listener(tcpPort))
+BusyPhone::BusyPhone(platform::TcpNetwork& network, std::uint16_t tcpPort, int times)
+    : timesLeft_(times), listener_(network.listener(tcpPort))
 {
     listener_->start(
         [this](platform::TcpListener::State state, const std::error_code& error) {
             if (state != platform::TcpListener::State::failed) return;
-            mainQueue_.async([this, error] { handlers_.onFailure(error); });
+            QMetaObject::invokeMethod(this, [this, error] { Q_EMIT failed(error); });
         },
         [this](const std::shared_ptr<platform::TcpConnection>& connection) { refuse(connection); });
 }
@@ -28,7 +24,7 @@ BusyPhone::BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQ
 void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connection)
 {
     if (timesLeft_ == 0) return;
-    if (--timesLeft_ == 0) mainQueue_.async([this] { finish(); });
+    if (--timesLeft_ == 0) QMetaObject::invokeMethod(this, &BusyPhone::finish);
     // The request is waited for: an answer before it might be lost.
     const auto request = std::make_shared<platform::ByteBuffer>();
     connection->receive(*request, 1, headReceive, std::nullopt,
@@ -40,7 +36,7 @@ void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connectio
 void BusyPhone::finish()
 {
     listener_->cancel();
-    handlers_.onDone();
+    Q_EMIT done();
 }
 
 } // namespace ferrylane::phone

@@ -1,33 +1,32 @@
 #pragma once
 
-#include "platform/SerialQueue.h"
 #include "platform/Tcp.h"
 
-#include <functional>
+#include <QObject>
+
 #include <memory>
 
 namespace ferrylane::phone {
 
 /// Holds a port and answers each request with 409 "BUSY", a given number of times.
-class BusyPhone {
-public:
-    /// One of them is called, once, on `mainQueue`.
-    struct Handlers {
-        std::function<void()> onDone; ///< the last answer is on its way, and the port is free
-        std::function<void(const std::error_code&)> onFailure; ///< the port cannot be opened
-    };
+class BusyPhone final : public QObject {
+    Q_OBJECT
 
-    /// Both references must outlive this.
-    BusyPhone(platform::TcpNetwork& network, platform::SerialQueue& mainQueue,
-        std::uint16_t tcpPort, int times, Handlers handlers);
+public:
+    /// `network` must outlive this.
+    BusyPhone(platform::TcpNetwork& network, std::uint16_t tcpPort, int times);
+
+Q_SIGNALS:
+    /// The last answer is on its way, and the port is free.
+    void done();
+    /// The port cannot be opened.
+    void failed(const std::error_code& error);
 
 private:
     void refuse(const std::shared_ptr<platform::TcpConnection>& connection);
     void finish();
 
-    platform::SerialQueue& mainQueue_;
-    int timesLeft_; ///< on the listener's queue
-    Handlers handlers_;
+    int timesLeft_;                                   ///< on the listener's queue
     std::unique_ptr<platform::TcpListener> listener_; ///< last: its handlers use the others
 };
 

@@ -2,7 +2,6 @@
 
 #include "core/Base64Url.h"
 #include "core/LocalAddresses.h"
-#include "core/Notifications.h"
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "pairing/ReceiverKeyStore.h"
@@ -10,11 +9,9 @@
 #include "phone/Failure.h"
 #include "phone/Output.h"
 #include "phone/TerminalQRCode.h"
-#include "platform/MainQueue.h"
-#include "platform/NotificationCenter.h"
 #include "platform/TerminationSignals.h"
 #include "protocol/PairingLink.h"
-#include "service/NetworkPresence.h"
+#include "service/HTTPServer.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -43,16 +40,16 @@ void makePhoneSettings(const ReceiveArguments& arguments)
 }
 
 /// The receiver service as a phone's: on its port, telling on the terminal what becomes of uploads.
-class ReceivingPhone {
+class ReceivingPhone final : public QObject {
 public:
     ReceivingPhone(const ReceiveArguments& arguments, platform::TcpNetwork& network,
         const platform::Clock& clock)
-        : arguments_(arguments), network_(network), clock_(clock), presence_(arguments.port)
+        : port_(arguments.port), network_(network), clock_(clock)
     {
         if (arguments.busyTimes > 0) {
-            busy_.emplace(network_, mainQueue_, arguments.port, arguments.busyTimes,
-                BusyPhone::Handlers{[this] { becomeReady(); },
-                    [this](const std::error_code& error) { portFailed(error); }});
+            busy_.emplace(network_, port_, arguments.busyTimes);
+            connect(&*busy_, &BusyPhone::done, this, &ReceivingPhone::startService);
+            connect(&*busy_, &BusyPhone::failed, this, &ReceivingPhone::portFailed);
         } else {
             startService();
         }
@@ -61,72 +58,48 @@ public:
     /// Runs until the program is told to end. Throws Failure.
     void run()
     {
-        QCoreApplication::exec();
+        if (!failure_) QCoreApplication::exec();
         if (failure_) throw Failure(*failure_);
     }
 
 private:
-    void becomeReady()
+    void startService()
     {
         try {
-            startService();
-        } catch (const Failure& failure) {
-            end(failure);
+            server_.emplace(network_, clock_, port_);
+        } catch (const std::system_error& error) {
+            end(QStringLiteral("cannot answer discovery requests: "), error.code());
+            return;
         }
+        connect(&*server_, &HTTPServer::socketChanged, this,
+            [this](platform::Transport, const std::error_code& error) {
+                if (error) portFailed(error);
+            });
+        connect(&server_->uploads(), &UploadReports::stored, this, [](const ReceivedFile& file) {
+            print(QStringLiteral("Received %1 (%2 bytes)")
+                      .arg(onOneLine(file.path), QString::number(file.size)));
+        });
+        connect(&server_->uploads(), &UploadReports::stopped, this,
+            [](const QString& reason) { tell(QStringLiteral("Refused: ") + onOneLine(reason)); });
     }
 
     void portFailed(const std::error_code& error)
     {
-        end({ExitCode::noConnection,
-            QStringLiteral("cannot open port %1: %2")
-                .arg(QString::number(arguments_.port), QString::fromStdString(error.message()))});
+        end(QStringLiteral("cannot open port %1: ").arg(port_), error);
     }
 
-    void end(const Failure& failure)
+    void end(const QString& what, const std::error_code& error)
     {
-        failure_ = failure;
+        failure_.emplace(ExitCode::noConnection, what + QString::fromStdString(error.message()));
         QCoreApplication::quit();
     }
 
-    void startService()
-    {
-        try {
-            server_.emplace(HTTPServer::Collaborators{network_, mainQueue_, notifications_, clock_,
-                                presence_, presence_,
-                                [this](platform::Transport, const std::error_code& error) {
-                                    if (error) portFailed(error);
-                                }},
-                arguments_.port);
-        } catch (const std::system_error& error) {
-            throw Failure(ExitCode::noConnection,
-                QStringLiteral("cannot answer discovery requests: %1")
-                    .arg(QString::fromStdString(error.code().message())));
-        }
-    }
-
-    void tellOfFile()
-    {
-        const auto& file = server_->lastReceivedFile();
-        if (!file) return;
-        print(QStringLiteral("Received %1 (%2 bytes)")
-                  .arg(onOneLine(QFileInfo(file->path).filePath()), QString::number(file->size)));
-    }
-
-    const ReceiveArguments& arguments_;
+    const std::uint16_t port_;
     platform::TcpNetwork& network_;
     const platform::Clock& clock_;
-    platform::MainQueue mainQueue_;
-    platform::NotificationCenter notifications_{mainQueue_};
-    NetworkPresence presence_;
     std::optional<Failure> failure_; ///< why this has to end
     std::optional<BusyPhone> busy_;
     std::optional<HTTPServer> server_;
-    platform::NotificationCenter::Observation received_
-        = notifications_.observe(FerrylaneReceived, [this](const auto&) { tellOfFile(); });
-    platform::NotificationCenter::Observation stopped_
-        = notifications_.observe(FerrylaneStopped, [](const auto& reason) {
-              tell(QStringLiteral("Refused: ") + onOneLine(std::get<QString>(reason)));
-          });
 };
 
 void showPairingCode(const ReceiveArguments& arguments)

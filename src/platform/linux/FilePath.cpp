@@ -44,4 +44,10 @@ std::optional<qint64> FilePath::size() const
     return status.st_size;
 }
 
+FilePaths withoutFolders(FilePaths paths)
+{
+    paths.removeIf([](const FilePath& path) { return path.isFolder(); });
+    return paths;
+}
+
 } // namespace platform
