@@ -1,7 +1,6 @@
 #include "phone/Arguments.h"
 
 #include "phone/Failure.h"
-#include "phone/HelpTexts.h"
 #include "platform/HostName.h"
 #include "protocol/PairingQR.h"
 
@@ -13,17 +12,93 @@ namespace ferrylane::phone {
 
 namespace {
 
-Failure wrongUsage(const QString& what, const QString& help)
+constexpr const char* generalText
+    = R"(ferrylane-phone: plays the phone for a computer that runs Ferrylane.
+
+Usage:
+  ferrylane-phone identify LINK         ask the computer to prove that it is the paired one
+  ferrylane-phone upload LINK FILE...   put files into the computer's receive folder
+  ferrylane-phone receive               take files, as a phone does, and show its pairing code
+  ferrylane-phone discover              list the devices on the local network
+  ferrylane-phone COMMAND --help        more about a command
+
+LINK is the pairing link behind a QR code, the computer's or that of "receive":
+  http://HOST:PORT/?flkey=KEY
+It is a credential: whoever has it can upload files. Quote it, for the shell's sake.
+
+Log, settings and key of the played phone are in the folder ferrylane-phone of the user's data
+folder.
+)";
+
+constexpr const char* exitCodesText = R"(
+Exit code:
+  0  done
+  1  the command line is wrong
+  2  nobody can be reached or found, or the connection was lost
+  3  the computer does not hold the key of the link
+  4  the computer has become busy with another transfer
+  5  the computer refused the upload; its answer is printed
+  6  a file on this side (to be sent, or the receiver key) cannot be read
+)";
+
+constexpr const char* identifyText = R"(Usage: ferrylane-phone identify [--local | LINK]
+
+Sends a random challenge to the computer. Prints the computer's name when its answer proves that
+the computer holds the key of the link and that the name is its own.
+
+Options:
+  --local     instead of LINK: this user's own receiver, on 127.0.0.1:8788
+  -h, --help  print this
+)";
+
+constexpr const char* uploadText = R"(Usage: ferrylane-phone upload [OPTION...] LINK FILE...
+       ferrylane-phone upload [OPTION...] --local FILE...
+
+Uploads the files one after the other, encrypted. For each it makes the computer prove that it is
+the paired one, waits while the computer is busy, and sends the file. The first failure ends it; the
+files before it have been stored.
+
+Options:
+  --local          instead of LINK: this user's own receiver, on 127.0.0.1:8788
+  --name NAME      the sender's name, after which the computer names the folder (default: the name
+                   of this host)
+  --skip-identify  do not ask for the proof; a wrong key then shows only when a record is refused
+  -h, --help       print this
+  --               what follows is a file, even if its name begins with "-"
+)";
+
+constexpr const char* receiveText = R"(Usage: ferrylane-phone receive [OPTION...]
+
+Plays a phone that receives: shows its pairing code (and the link as text), answers discovery over
+UDP, announces itself by DNS-SD and stores what is uploaded. Ctrl-C ends it.
+
+Options:
+  --dir DIR    where files are stored, in a folder for each sender (default: received)
+  --name NAME  the phone's name (default: the name of this host and "phone")
+  --port PORT  the TCP port (default: 8787, the one that pairing codes of phones must have)
+  --busy N     answer the first N requests with BUSY
+  -h, --help   print this
+)";
+
+constexpr const char* discoverText = R"(Usage: ferrylane-phone discover [--time SECONDS]
+
+Looks for devices on the local network, for 3 seconds or as long as given, and lists their names:
+with their addresses where they have answered over UDP, and without where DNS-SD names them.
+
+Options:
+  --time SECONDS  how long to look
+  -h, --help      print this
+)";
+
+QString withExitCodes(const char* help)
 {
-    // The help's first paragraph is the usage.
-    const QString usage = help.left(help.indexOf(QStringLiteral("\n\n")));
-    return {ExitCode::usage, what + QStringLiteral("\n\n") + usage};
+    return QString::fromUtf8(help) + QString::fromUtf8(exitCodesText);
 }
 
 /// A command's options, and what is left of the command line without them.
 class CommandLine {
 public:
-    explicit CommandLine(QString help) : help_(std::move(help))
+    explicit CommandLine(const char* help) : help_(withExitCodes(help))
     {
         parser_.addOption({{QStringLiteral("h"), QStringLiteral("help")}, {}});
     }
@@ -44,7 +119,7 @@ public:
         }
         const bool isGood = parser_.parse(texts);
         if (isGood && isSet("help")) return false;
-        if (!isGood) throw wrongUsage(parser_.errorText(), help_);
+        if (!isGood) fail(parser_.errorText());
         rest_ = parser_.positionalArguments();
         return true;
     }
@@ -98,7 +173,13 @@ public:
         if (!rest_.isEmpty()) fail(QStringLiteral("One argument too many: ") + rest_.first());
     }
 
-    [[noreturn]] void fail(const QString& what) const { throw wrongUsage(what, help_); }
+    [[nodiscard]] Help help() const { return {help_}; }
+    [[noreturn]] void fail(const QString& what) const
+    {
+        // The help's first paragraph is the usage.
+        const QString usage = help_.left(help_.indexOf(QStringLiteral("\n\n")));
+        throw Failure(ExitCode::usage, what + QStringLiteral("\n\n") + usage);
+    }
 
 private:
     static QString textOf(const QByteArray& argument) { return QString::fromUtf8(argument); }
@@ -111,9 +192,9 @@ private:
 
 Arguments parseIdentify(const QByteArrayList& arguments)
 {
-    CommandLine line(identifyHelp());
+    CommandLine line(identifyText);
     line.addFlag("local");
-    if (!line.parse(arguments)) return Help{identifyHelp()};
+    if (!line.parse(arguments)) return line.help();
     const IdentifyArguments parsed{line.takeLink()};
     line.expectNoMore();
     return parsed;
@@ -121,11 +202,11 @@ Arguments parseIdentify(const QByteArrayList& arguments)
 
 Arguments parseUpload(const QByteArrayList& arguments)
 {
-    CommandLine line(uploadHelp());
+    CommandLine line(uploadText);
     line.addFlag("local");
     line.addFlag("skip-identify");
     line.addValue("name");
-    if (!line.parse(arguments)) return Help{uploadHelp()};
+    if (!line.parse(arguments)) return line.help();
     UploadArguments parsed;
     parsed.link = line.takeLink();
     parsed.files = line.paths();
@@ -137,12 +218,12 @@ Arguments parseUpload(const QByteArrayList& arguments)
 
 Arguments parseReceive(const QByteArrayList& arguments)
 {
-    CommandLine line(receiveHelp());
+    CommandLine line(receiveText);
     line.addValue("dir", QStringLiteral("received"));
     line.addValue("name", platform::localizedHostName() + QStringLiteral(" phone"));
     line.addValue("port", QString::number(phonePort));
     line.addValue("busy", QStringLiteral("0"));
-    if (!line.parse(arguments)) return Help{receiveHelp()};
+    if (!line.parse(arguments)) return line.help();
     line.expectNoMore();
     return ReceiveArguments{line.value("dir"), line.value("name"),
         static_cast<std::uint16_t>(line.number("port", 1, 65535)), line.number("busy", 0, 1000000)};
@@ -150,9 +231,9 @@ Arguments parseReceive(const QByteArrayList& arguments)
 
 Arguments parseDiscover(const QByteArrayList& arguments)
 {
-    CommandLine line(discoverHelp());
+    CommandLine line(discoverText);
     line.addValue("time", QStringLiteral("3"));
-    if (!line.parse(arguments)) return Help{discoverHelp()};
+    if (!line.parse(arguments)) return line.help();
     line.expectNoMore();
     return DiscoverArguments{std::chrono::seconds(line.number("time", 1, 3600))};
 }
@@ -162,7 +243,7 @@ Arguments parseDiscover(const QByteArrayList& arguments)
 Arguments parseArguments(const QByteArrayList& arguments)
 {
     if (arguments.size() < 2) {
-        throw Failure(ExitCode::usage, generalHelp().trimmed());
+        throw Failure(ExitCode::usage, withExitCodes(generalText).trimmed());
     }
     const QByteArray& command = arguments[1];
     const QByteArrayList forCommand = arguments.sliced(1);
@@ -170,7 +251,7 @@ Arguments parseArguments(const QByteArrayList& arguments)
     if (command == "upload") return parseUpload(forCommand);
     if (command == "receive") return parseReceive(forCommand);
     if (command == "discover") return parseDiscover(forCommand);
-    if (command == "--help" || command == "-h") return Help{generalHelp()};
+    if (command == "--help" || command == "-h") return Help{withExitCodes(generalText)};
     throw Failure(ExitCode::usage,
         QStringLiteral("Unknown command '%1'; see ferrylane-phone --help")
             .arg(QString::fromUtf8(command)));

@@ -1,4 +1,4 @@
-#include "phone/DiscoverCommand.h"
+#include "phone/Commands.h"
 
 #include "core/Service.h"
 #include "core/Text.h"

@@ -3,14 +3,34 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 #include "phone/Failure.h"
-#include "phone/HttpGet.h"
 #include "platform/Crypto.h"
+#include "protocol/PhoneResponse.h"
+#include "sender/PhoneConnection.h"
+#include "sender/SendError.h"
+
+#include <QByteArrayList>
 
 #include <array>
+#include <chrono>
 
 namespace ferrylane::phone {
 
 namespace {
+
+constexpr auto connectTime = std::chrono::seconds(15);
+constexpr auto answerTime = std::chrono::seconds(30);
+
+/// The value of the first header of that name, in any case of letters.
+std::optional<QByteArray> headerOf(const QByteArray& answer, QByteArrayView name)
+{
+    for (const QByteArray& line : answer.split('\n')) {
+        const qsizetype colon = line.indexOf(':');
+        if (colon > 0 && line.first(colon).compare(name, Qt::CaseInsensitive) == 0) {
+            return line.sliced(colon + 1).trimmed();
+        }
+    }
+    return std::nullopt;
+}
 
 bool isProof(const std::optional<QByteArray>& text, const platform::SecretKey& key,
     const QByteArray& message)
@@ -29,18 +49,54 @@ QString newChallenge()
     return base64URLEncode(bytes);
 }
 
+QByteArray exchange(platform::TcpNetwork& network, const PairingLink& link, const QString& where,
+    const QByteArray& request)
+{
+    PhoneConnection connection(network.connection(link.address.host, link.address.port));
+    if (!connection.connect(connectTime, where)) {
+        throw SendError::network(std::make_error_code(std::errc::timed_out));
+    }
+    static_cast<void>(connection.send(platform::bytesOf(request)));
+    const auto answer = connection.answer(answerTime);
+    if (answer.bytes.isEmpty() && answer.error) throw SendError::network(answer.error);
+    return answer.bytes;
+}
+
+/// The whole answer, head and body.
+QByteArray get(platform::TcpNetwork& network, const PairingLink& link, const QString& challenge)
+{
+    const QString where
+        = QStringLiteral("%1:%2").arg(link.address.hostInHeader()).arg(link.address.port);
+    const QString request = QStringLiteral("GET /secure-identify HTTP/1.1\r\nHost: %1\r\n"
+                                           "Connection: close\r\n"
+                                           "X-Ferrylane-Challenge: %2\r\n\r\n");
+    QByteArray answer;
+    try {
+        answer = exchange(network, link, where, request.arg(where, challenge).toUtf8());
+    } catch (const SendError& error) {
+        throw Failure(ExitCode::noConnection,
+            QStringLiteral("cannot reach %1: %2").arg(where, error.description()));
+    }
+    if (!parsePhoneResponse(platform::bytesOf(answer)) || !answer.contains("\r\n\r\n")) {
+        throw Failure(ExitCode::noConnection, QStringLiteral("the answer is not one of Ferrylane"));
+    }
+    return answer;
+}
+
 } // namespace
 
 std::optional<QString> provenName(
-    const platform::SecretKey& key, const QString& challenge, const HttpResponse& answer)
+    const platform::SecretKey& key, const QString& challenge, const QByteArray& answer)
 {
+    const auto response = parsePhoneResponse(platform::bytesOf(answer));
     const auto challengeBytes = base64URLDecode(challenge);
-    const auto encodedName = answer.header("X-Ferrylane-Name");
-    if (answer.status != 200 || !challengeBytes || !encodedName) return std::nullopt;
-
+    const auto encodedName = headerOf(answer, "X-Ferrylane-Name");
+    if (!response || response->status != 200 || !challengeBytes || !encodedName) {
+        return std::nullopt;
+    }
     const QByteArray nameMessage = "Ferrylane-name-v1\n" + challenge.toUtf8() + '\n' + *encodedName;
-    if (!isProof(answer.header("X-Ferrylane-Proof"), key, *challengeBytes)
-        || !isProof(answer.header("X-Ferrylane-Name-Proof"), key, nameMessage)) {
+    if (!isProof(headerOf(answer, "X-Ferrylane-Proof"), key, *challengeBytes)
+        || !isProof(headerOf(answer, "X-Ferrylane-Name-Proof"), key, nameMessage)) {
         return std::nullopt;
     }
     return percentDecode(QString::fromUtf8(*encodedName));
@@ -49,9 +105,7 @@ std::optional<QString> provenName(
 QString identify(platform::TcpNetwork& network, const PairingLink& link)
 {
     const QString challenge = newChallenge();
-    const HttpResponse answer = get(network, link, "/secure-identify",
-        "X-Ferrylane-Challenge: " + challenge.toLatin1() + "\r\n");
-    if (const auto name = provenName(link.key, challenge, answer)) return *name;
+    if (auto name = provenName(link.key, challenge, get(network, link, challenge))) return *name;
     throw Failure(ExitCode::notPaired,
         QStringLiteral("the computer at %1 does not hold the key of this link")
             .arg(link.address.hostInHeader()));

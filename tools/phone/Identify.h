@@ -1,17 +1,18 @@
 #pragma once
 
-#include "phone/HttpResponse.h"
 #include "phone/PairingLink.h"
 #include "platform/Tcp.h"
+
+#include <QByteArray>
 
 #include <optional>
 
 namespace ferrylane::phone {
 
-/// The name in a computer's answer to `challenge` (the text as it was sent), if both proofs in the
-/// answer show that the computer holds `key`.
+/// The name in a computer's HTTP answer to `challenge` (the text as it was sent), if both proofs in
+/// it show that the computer holds `key`.
 [[nodiscard]] std::optional<QString> provenName(
-    const platform::SecretKey& key, const QString& challenge, const HttpResponse& answer);
+    const platform::SecretKey& key, const QString& challenge, const QByteArray& answer);
 
 /// Makes the computer prove that it holds the link's key, and returns its name. Throws Failure.
 [[nodiscard]] QString identify(platform::TcpNetwork& network, const PairingLink& link);

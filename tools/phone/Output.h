@@ -2,11 +2,21 @@
 
 #include <QString>
 
+#include <cstdio>
+
 namespace ferrylane::phone {
 
 /// Prints a line, which is out at once, also into a pipe.
-void print(const QString& line);
+inline void print(const QString& line)
+{
+    std::printf("%s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+}
+
 /// The same on the standard error output.
-void tell(const QString& line);
+inline void tell(const QString& line)
+{
+    std::fprintf(stderr, "%s\n", line.toUtf8().constData());
+}
 
 } // namespace ferrylane::phone

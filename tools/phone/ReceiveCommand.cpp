@@ -1,4 +1,4 @@
-#include "phone/ReceiveCommand.h"
+#include "phone/Commands.h"
 
 #include "core/Base64Url.h"
 #include "core/LocalAddresses.h"

@@ -1,21 +1,26 @@
-#include "phone/UploadCommand.h"
-
 #include "core/Base64Url.h"
 #include "core/Text.h"
+#include "phone/Commands.h"
 #include "phone/Failure.h"
 #include "phone/Identify.h"
 #include "phone/Output.h"
-#include "phone/UploadProgress.h"
 #include "platform/HostName.h"
 #include "sender/FerrylaneV4Sender.h"
 
 #include <QEventLoop>
+
+#include <unistd.h>
 
 namespace ferrylane::phone {
 
 namespace {
 
 constexpr int busyStatus = 409;
+
+constexpr int barCells = 30;
+constexpr int nameColumns = 28;
+
+constexpr const char* clearLine = "\r\033[K";
 
 ExitCode exitCodeOf(const SendError& error)
 {
@@ -33,68 +38,68 @@ ExitCode exitCodeOf(const SendError& error)
     return ExitCode::noConnection;
 }
 
-class Upload {
-public:
-    Upload(const UploadArguments& arguments, const PairingLink& link, platform::TcpNetwork& network,
-        const platform::Clock& clock)
-        : target_{link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())}
-        , clock_(clock)
-        , sender_(network, arguments.senderName.value_or(platform::localizedHostName()))
-    {
-        QObject::connect(&sender_, &FerrylaneV4Sender::waiting,
-            [] { tell(QStringLiteral("The receiver is busy; waiting")); });
-    }
+/// "12.3 MB/s", with 1 MB = 1,000,000 bytes.
+QString speedText(double megabytesPerSecond)
+{
+    return QStringLiteral("%1 MB/s").arg(megabytesPerSecond, 0, 'f', 1);
+}
 
-    void put(const platform::FilePath& path)
-    {
-        const QString name = onOneLine(path.name());
-        const auto start = clock_.now();
-        const double speed = send(path, name);
-        print(QStringLiteral("%1: stored and verified, %2 bytes in %3 s, %4")
-                  .arg(name, QString::number(path.size().value_or(0)),
-                      QString::number(platform::seconds(clock_.now() - start), 'f', 2),
-                      speedText(speed)));
-    }
+/// Draws a line over the one before, on the standard error output: name, bar, share, speed.
+void drawProgress(const QString& name, const FerrylaneV4Sender::Progress& progress)
+{
+    const auto full = static_cast<int>(progress.fraction * barCells);
+    const QString line
+        = QStringLiteral("%1 [%2] %3%  %4")
+              .arg(name.left(nameColumns), QString(full, u'#') + QString(barCells - full, u'-'),
+                  QString::number(static_cast<int>(progress.fraction * 100)),
+                  speedText(progress.speed));
+    std::fprintf(stderr, "%s%s", clearLine, line.toUtf8().constData());
+}
 
-private:
-    /// MB/s.
-    double send(const platform::FilePath& path, const QString& name)
-    {
-        QEventLoop loop;
-        const UploadProgress bar(name);
-        double speed = 0;
-        FerrylaneV4Sender::Result result;
-        QObject::connect(
-            &sender_, &FerrylaneV4Sender::progressed, &loop, [&](const auto& progress) {
-                speed = progress.speed;
-                bar.advanced(progress.fraction, progress.speed);
-            });
-        QObject::connect(&sender_, &FerrylaneV4Sender::completed, &loop, [&](const auto& outcome) {
-            result = outcome;
-            loop.quit();
-        });
-        sender_.send({path}, target_);
-        loop.exec();
-        if (const auto* const error = std::get_if<SendError>(&result)) {
-            throw Failure(exitCodeOf(*error), textForLog(error->description()));
-        }
-        return speed;
+/// Sends the file and prints that it has been stored.
+void put(
+    FerrylaneV4Sender& sender, const FerrylanePairedTarget& target, const platform::FilePath& path)
+{
+    const QString name = onOneLine(path.name());
+    const bool isTerminal = isatty(STDERR_FILENO) == 1;
+    double speed = 0;
+    FerrylaneV4Sender::Result result;
+    QEventLoop loop;
+    QObject::connect(&sender, &FerrylaneV4Sender::progressed, &loop, [&](const auto& progress) {
+        speed = progress.speed;
+        if (isTerminal) drawProgress(name, progress);
+    });
+    QObject::connect(&sender, &FerrylaneV4Sender::completed, &loop, [&](const auto& outcome) {
+        result = outcome;
+        loop.quit();
+    });
+    const platform::SteadyClock clock;
+    const auto start = clock.now();
+    sender.send({path}, target);
+    loop.exec();
+    if (isTerminal) std::fputs(clearLine, stderr);
+    if (const auto* const error = std::get_if<SendError>(&result)) {
+        throw Failure(exitCodeOf(*error), textForLog(error->description()));
     }
-
-    FerrylanePairedTarget target_;
-    const platform::Clock& clock_;
-    FerrylaneV4Sender sender_;
-};
+    print(
+        QStringLiteral("%1: stored and verified, %2 bytes in %3 s, %4")
+            .arg(name, QString::number(path.size().value_or(0)),
+                QString::number(platform::seconds(clock.now() - start), 'f', 2), speedText(speed)));
+}
 
 } // namespace
 
-void upload(const UploadArguments& arguments, const PairingLink& link,
-    platform::TcpNetwork& network, const platform::Clock& clock)
+void upload(
+    const UploadArguments& arguments, const PairingLink& link, platform::TcpNetwork& network)
 {
-    Upload upload(arguments, link, network, clock);
+    const FerrylanePairedTarget target{
+        link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())};
+    FerrylaneV4Sender sender(network, arguments.senderName.value_or(platform::localizedHostName()));
+    QObject::connect(&sender, &FerrylaneV4Sender::waiting,
+        [] { tell(QStringLiteral("The receiver is busy; waiting")); });
     for (const platform::FilePath& path : arguments.files) {
         if (!arguments.skipsIdentify) static_cast<void>(identify(network, link));
-        upload.put(path);
+        put(sender, target, path);
     }
 }
 
