@@ -1,5 +1,4 @@
 #include "fuzz/Require.h"
-#include "protocol/StreamReader.h"
 #include "support/MemorySource.h"
 #include "support/UploadStream.h"
 
@@ -23,19 +22,11 @@ V4Transfer transferOf(qint64 fileSize)
 }
 
 /// The content that a receiver stores for `body`, or none when it refuses it.
-std::optional<QByteArray> receive(ByteView body, qint64 fileSize, std::size_t fragment)
+std::optional<QByteArray> receive(const QByteArray& body, qint64 fileSize, std::size_t fragment)
 {
-    support::MemorySource source(body, fragment);
-    StreamReader reader(transferOf(fileSize), knownKey(), source, {});
-    QByteArray content;
-    for (;;) {
-        const StreamStep step = reader.next();
-        if (std::holds_alternative<StreamFailure>(step)) return std::nullopt;
-        if (std::holds_alternative<StreamEnd>(step)) return content;
-        const auto piece = std::get<ByteView>(step);
-        content += platform::textViewOf(piece);
-        require(content.size() <= static_cast<qsizetype>(body.size()));
-    }
+    const auto read = support::readBody(knownKey(), transferOf(fileSize), body, fragment);
+    require(read.content.size() <= body.size());
+    return read.failure ? std::nullopt : std::optional(read.content);
 }
 
 /// The fuzzer's bytes as small numbers and a rest.
@@ -90,19 +81,19 @@ void sealAndChange(Input input)
     const QByteArray content = platform::toByteArray(input.rest());
 
     QByteArray body = chunked(recordsOf(content, pieceBytes), chunkBytes);
-    const auto stored = receive(platform::bytesOf(body), content.size(), fragment);
+    const auto stored = receive(body, content.size(), fragment);
     require(stored && *stored == content);
 
     char& changed = body[static_cast<qsizetype>(position) % body.size()];
     changed = static_cast<char>(changed ^ change);
-    const auto storedChanged = receive(platform::bytesOf(body), content.size(), fragment);
+    const auto storedChanged = receive(body, content.size(), fragment);
     require(!storedChanged || *storedChanged == content);
 }
 
 /// Nothing is stored that was not sealed with the key.
 void feedAsItIs(ByteView body)
 {
-    require(!receive(body, -1, 13));
+    require(!receive(platform::toByteArray(body), -1, 13));
 }
 
 } // namespace

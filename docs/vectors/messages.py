@@ -65,6 +65,29 @@ def read_uploads():
         upload("byte order marks are characters like any other",
                upload_request(name + "\ufeffa", sender + "%EF%BB%BFb", transfer_id="\ufeff" + "i" * 15),
                fileName="\ufeffa", transferId="\ufeff" + "i" * 15, senderName="\ufeffb"),
+        upload("a name without a blank in front", upload_request("x-filename:a%2Fb"),
+               fileName="a/b"),
+        upload("blanks and tabs around a name", upload_request("X-FILENAME: \t n%C3%A4me \t "),
+               fileName="n\u00e4me"),
+        upload("two names, the later one with a bad escape",
+               upload_request(name + "first", name + "100%"), fileName="first"),
+        upload("a name of one blank", upload_request(name), fileName=""),
+        upload("no name behind the colon", upload_request("X-Filename:")),
+        upload("no colon", upload_request("X-Filename")),
+        upload("a blank before the header", upload_request(" X-Filename: a")),
+        upload("colons before the header", upload_request("::X-Filename: a:b"), fileName="a:b"),
+        upload("a size below 0", upload_request(size + "-5"), fileSize=-5),
+        upload("the greatest size", upload_request(size + "9223372036854775807"),
+               fileSize=9223372036854775807),
+        *[upload(f"a size of {odd}", upload_request(size + odd)) for odd in ["1 2", "+-5", "+"]],
+        upload("a size, then none", upload_request(size + "5", size + "x")),
+        upload("chunked, then another coding", upload_request("Transfer-Encoding: gzip")),
+        upload("a transfer id is not escaped", upload_request(transfer_id="i" * 16 + "%20"),
+               transferId="i" * 16 + "%20"),
+        upload("two transfer ids: the later one counts",
+               upload_request("X-Ferrylane-Transfer-ID: " + "j" * 16), transferId="j" * 16),
+        upload("a transfer id of 16 characters, each of two code points",
+               upload_request(transfer_id="e\u0301" * 16), transferId="e\u0301" * 16),
         upload("an escaped sender's name", upload_request(sender + "Zo%C3%AB's+phone"),
                senderName="Zo\u00eb's+phone"),
     ]
@@ -81,9 +104,17 @@ def routed():
                        "426 Upgrade Required", LEGACY)
               for target in ["/upload", "/secure-upload", "/secure-upload-v2", "/secure-upload-v3"]]
     pages = [{"what": f"the page for browsers, {target}", "request": text(request("GET", target)),
-              "page": True} for target in ["/", "/?flkey=x", "/transfer-status?x=1", "/upload"]]
+              "page": True} for target in ["/", "/?flkey=x", "/transfer-status?x=1", "/upload", "/\u00e4"]]
+    pages.append({"what": "the page for browsers, no target", "request": text("GET\r\n\r\n"),
+                  "page": True})
     return legacy + pages + [
         answered("ready", request("GET", "/transfer-status"), "200 OK", "READY"),
+        answered("blanks around method and target",
+                 "  GET   /transfer-status   HTTP/1.1 and more\r\n\r\n", "200 OK", "READY"),
+        answered("no version", "GET /transfer-status\r\n\r\n", "200 OK", "READY"),
+        answered("a tab is no blank", "GET\t/transfer-status HTTP/1.1\r\n\r\n", *not_found),
+        answered("upload in another coding",
+                 upload_request().replace("chunked", "gzip"), *not_found),
         answered("method in lower case", request("get", "/transfer-status"), *not_found),
         answered("another method", request("HEAD", "/transfer-status"), *not_found),
         answered("a method after a byte order mark", request("\ufeffGET", "/transfer-status"), *not_found),
@@ -109,6 +140,9 @@ def limits_of_heads():
     ready = ("200 OK", "READY")
     name = text("X-Filename: ")
     long_target = text("GET /") + text("x", 4096) + text(" HTTP/1.1\r\n\r\n")
+    cluster = "e\u0301\u0302\u0303"  # one character
+    end = text(" HTTP/1.1\r\n\r\n")
+    empty = text("GET / HTTP/1.1") + text("\r\nA: b", 63) + text("\r\nx\r\ny\r\n\r\n")
     endless = text("GET / HTTP/1.1\r\nA: ") + text("x", 65518)
     return [
         answered("64 headers", headers(64), *ready),
@@ -118,6 +152,15 @@ def limits_of_heads():
         answered("a head that is not UTF-8", ready_with(text("A: "), hexadecimal(b"\xff")), bad,
                  "Invalid headers"),
         answered("a target of 4,097 characters", long_target, "414 URI Too Long", "URI too long"),
+        {"what": "a target of 4,096 characters, each of four code points",
+         "request": text("GET /") + text(cluster, 4095) + end, "page": True},
+        answered("a target of 4,097 characters, each of four code points",
+                 text("GET /") + text(cluster, 4096) + end, "414 URI Too Long", "URI too long"),
+        answered("lines without a colon count", empty, fields, "Too many headers"),
+        answered("a surrogate in UTF-8", ready_with(text("A: "), hexadecimal(b"\xed\xa0\x80")), bad,
+                 "Invalid headers"),
+        answered("a file name with a carriage return", ready_with(name, text("a\rb")), bad,
+                 "Invalid filename"),
         answered("a file name of 4,096 characters", ready_with(name, text("x", 4096)), *ready),
         answered("a file name of 4,097 characters", ready_with(name, text("x", 4097)), bad,
                  "Invalid filename"),
@@ -133,6 +176,8 @@ def refused_uploads():
     return [
         answered("no transfer id", no_id, *metadata),
         answered("transfer id too short", upload_request(transfer_id="i" * 15), *metadata),
+        answered("a transfer id of 15 characters, each of two code points",
+                 upload_request(transfer_id="e\u0301" * 15), *metadata),
         answered("transfer id too long", upload_request(transfer_id="i" * 129), *metadata),
         *[answered(f"transfer id with a control character, U+{ord(control):04X}",
                    upload_request(transfer_id="i" * 8 + control + "i" * 8), *metadata)
@@ -217,14 +262,18 @@ def discovery():
 
 def good_replies():
     pixel = TAG + "Pixel 8|"
-    odd_ports = ["port", " 9000", "9000\n", "9000|more", "99999999999999999999"]
+    odd_ports = ["port", " 9000", "9000\n", "9000|more", "99999999999999999999", "|9000", "+-1", "++1",
+                 "-", "0x10"]
     return [
         reply_read(pixel + "8787", "Pixel 8", 8787),
         reply_read(pixel + "9000", "Pixel 8", 9000),
         reply_read(pixel + "+65535", "Pixel 8", 65535),
+        reply_read(pixel + "007", "Pixel 8", 7),
+        reply_read(TAG + "||Pixel 8|65535", "Pixel 8", 65535),
+        reply_read(TAG + "\ufeffa|1", "\ufeffa", 1),
         reply_read(TAG + " \t K\u00fcche \U0001f600 \n|1", "K\u00fcche \U0001f600", 1),
         *[reply_read(pixel + port, "Pixel 8", 8787) for port in odd_ports],
-        *[reply_read(pixel + port, "Pixel 8") for port in ["0", "65536", "-1"]],
+        *[reply_read(pixel + port, "Pixel 8") for port in ["0", "65536", "-1", "9223372036854775807"]],
     ]
 
 
@@ -241,6 +290,7 @@ def bad_replies():
 KEY_TEXT = base64url(KEY)
 AWKWARD_KEY = bytes([0xFB] * 32)  # with signs in which base64 and base64url differ
 STANDARD = base64.b64encode(AWKWARD_KEY).decode()
+FAMILY = "\U0001f468\u200d\U0001f469\u200d\U0001f467"  # one character
 ESCAPED = urllib.parse.quote(STANDARD, safe="")
 COMPUTER = "http://192.168.1.20:8788/?flkey="
 PHONE = "http://192.168.1.30:8787/?flkey="
@@ -285,12 +335,22 @@ def phone_codes():
            PHONE + base64url(bytes(33)), "http://192.168.1.30:8787/"]
     bad += [PHONE.replace(*change) + KEY_TEXT for change in [
         ("8787", "8788"), (":8787", ""), ("http", "https"), ("http:", ""), ("192.168.1.30", ""),
-        ("flkey", "FLKEY"), ("flkey=", "flkey&x=")]]
+        ("flkey", "FLKEY"), ("flkey=", "flkey&x="), ("http", "ferrylane"), ("?", "#"),
+        ("flkey=", "flkey=&flkey=")]]
+    bad += [PHONE + KEY_TEXT[:-1] + last for last in ["*", "%zz", "%ff"]]
     return [
         named("&name=Pixel%208", "Pixel 8"), named("", "Android"), named("&name=", "Android"),
         named("&name=%20%0A", "Android"), named("&name=FL%20%20%20Pixel%20%20", "Pixel"),
         named("&name=flower", "flower"), named("&name=A+B", "A+B"), named("&name=a&name=b", "a"),
         named("&name=" + "n" * 100, "n" * 80), named("&name=" + "e%CC%81" * 81, "e\u0301" * 80),
+        named("&name=fl%20fl%20a", "fl a"), named("&name=ferrylane%20a", "ferrylane a"),
+        named("&name=a%26b%3Dc&name=d", "a&b=c"), named("&name=%ff", "Android"),
+        named("&name=" + FAMILY * 81, FAMILY * 80),
+        code(PHONE.replace("flkey", "fl%6Bey") + STANDARD, key_text=STANDARD),
+        code("http://[fe80::1%25wlan0]:8787/?flkey=" + KEY_TEXT, host="[fe80::1%25wlan0]"),
+        code("http://k\u00fcche.local:8787/?flkey=" + KEY_TEXT, host="xn--kche-0ra.local"),
+        code("http://[fe80::1]:8787/?flkey=" + KEY_TEXT, host="[fe80::1]"),
+        code("http://u@phone.local:8787/a/b?flkey=" + KEY_TEXT, host="phone.local"),
         code(PHONE.replace("http", "HTTP") + KEY_TEXT),
         code("http://pixel.local:8787/pair?x=1&flkey=" + KEY_TEXT + "&flkey=x#y",
              host="pixel.local"),
@@ -306,6 +366,7 @@ def pairing():
         "computerLinksWritten": [
             link_written(None, COMPUTER + KEY_TEXT),
             link_written("Office PC", COMPUTER + KEY_TEXT + "&name=Office%20PC"),
+            link_written("a 1/2?", COMPUTER + KEY_TEXT + "&name=a%201/2?"),
             link_written("K\u00fcche|50%", COMPUTER + KEY_TEXT + "&name=K%C3%BCche%7C50%25"),
         ],
         "computerLinksRead": computer_links(),

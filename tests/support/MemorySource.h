@@ -1,6 +1,6 @@
 #pragma once
 
-#include "protocol/ByteSource.h"
+#include "protocol/StreamReader.h"
 
 #include <algorithm>
 
@@ -30,5 +30,29 @@ private:
     platform::ByteView rest_;
     std::size_t fragmentSize_;
 };
+
+struct ReadBody {
+    QByteArray content;
+    std::optional<ferrylane::StreamFailure> failure;
+};
+
+/// What a receiver makes of the body of an upload that comes in fragments.
+[[nodiscard]] inline ReadBody readBody(const platform::SecretKey& key,
+    const ferrylane::V4Transfer& transfer, const QByteArray& body, std::size_t fragmentSize)
+{
+    MemorySource source(platform::bytesOf(body), fragmentSize);
+    ferrylane::StreamReader reader(transfer, key, source, {});
+    ReadBody read;
+    for (;;) {
+        const ferrylane::StreamStep step = reader.next();
+        if (const auto* const piece = std::get_if<platform::ByteView>(&step)) {
+            read.content += platform::textViewOf(*piece);
+            continue;
+        }
+        if (const auto* const why = std::get_if<ferrylane::StreamFailure>(&step))
+            read.failure = *why;
+        return read;
+    }
+}
 
 } // namespace support

@@ -1,5 +1,4 @@
 #include "protocol/Routing.h"
-#include "protocol/StreamReader.h"
 #include "support/Fragments.h"
 #include "support/MemorySource.h"
 #include "support/QtPrinting.h"
@@ -13,11 +12,6 @@ using namespace Qt::StringLiterals;
 using namespace support;
 
 namespace {
-
-struct Stored {
-    QByteArray text; ///< of the answer
-    QByteArray content;
-};
 
 platform::SecretKey keyOf(const QJsonObject& row)
 {
@@ -40,20 +34,9 @@ V4Transfer transferOfHead(const QByteArray& head)
     return std::get<routes::Upload>(request).transfer.value();
 }
 
-Stored receive(const platform::SecretKey& key, const V4Transfer& transfer, const QByteArray& body,
-    std::size_t fragmentSize)
+QByteArray answerTo(const ReadBody& read)
 {
-    MemorySource source(platform::bytesOf(body), fragmentSize);
-    StreamReader reader(transfer, key, source, {});
-    QByteArray content;
-    for (;;) {
-        const StreamStep step = reader.next();
-        if (const auto* const failure = std::get_if<StreamFailure>(&step)) {
-            return {failure->text.toUtf8(), content};
-        }
-        if (std::holds_alternative<StreamEnd>(step)) return {"OK SHA256", content};
-        content += platform::toByteArray(std::get<platform::ByteView>(step));
-    }
+    return read.failure ? read.failure->text.toUtf8() : QByteArray("OK SHA256");
 }
 
 QJsonArray hexOf(const std::vector<QByteArray>& records)
@@ -96,9 +79,9 @@ TEST(StreamVectors, areWhatASenderWritesAndAReceiverReads)
         EXPECT_EQ(head, vectorBytes(row[u"head"]));
 
         for (const std::size_t size : {std::size_t{7}, SIZE_MAX}) {
-            const Stored stored = receive(key, transferOfHead(head), body, size);
-            EXPECT_EQ(stored.text, "OK SHA256");
-            EXPECT_TRUE(stored.content == content);
+            const ReadBody read = readBody(key, transferOfHead(head), body, size);
+            EXPECT_EQ(answerTo(read), "OK SHA256");
+            EXPECT_TRUE(read.content == content);
         }
     }
 }
@@ -111,11 +94,11 @@ TEST(ReceivedBodyVectors, giveTheirAnswerHoweverTheyAreCut)
         const QByteArray head = vectorBytes(row.contains(u"head") ? row[u"head"] : file[u"head"]);
         for (const std::size_t size : fragmentSizes) {
             SCOPED_TRACE(vectorTrace(value) + ", fragments of " + std::to_string(size));
-            const Stored stored
-                = receive(keyOf(file), transferOfHead(head), vectorHex(row[u"body"]), size);
-            EXPECT_EQ(stored.text, row[u"text"].toString().toLatin1());
-            if (stored.text != "OK SHA256") continue;
-            EXPECT_EQ(stored.content, vectorBytes(file[u"content"]));
+            const ReadBody read
+                = readBody(keyOf(file), transferOfHead(head), vectorHex(row[u"body"]), size);
+            EXPECT_EQ(answerTo(read), row[u"text"].toString().toLatin1());
+            if (read.failure) continue;
+            EXPECT_EQ(read.content, vectorBytes(file[u"content"]));
         }
     }
 }

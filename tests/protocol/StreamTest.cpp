@@ -1,4 +1,4 @@
-#include "protocol/StreamReader.h"
+#include "protocol/StreamWriter.h"
 #include "support/Fragments.h"
 #include "support/MemorySource.h"
 #include "support/UploadStream.h"
@@ -14,28 +14,6 @@ using support::testContent;
 using support::testKey;
 using support::testTransfer;
 
-namespace {
-
-struct Read {
-    QByteArray content;
-    std::optional<StreamFailure> failure;
-};
-
-Read readAll(const V4Transfer& transfer, const QByteArray& body, std::size_t fragmentSize)
-{
-    support::MemorySource source(platform::bytesOf(body), fragmentSize);
-    StreamReader reader(transfer, testKey(), source, {});
-    Read read;
-    for (;;) {
-        const StreamStep step = reader.next();
-        if (const auto* const failure = std::get_if<StreamFailure>(&step)) read.failure = *failure;
-        if (!std::holds_alternative<platform::ByteView>(step)) return read;
-        read.content += platform::toByteArray(std::get<platform::ByteView>(step));
-    }
-}
-
-} // namespace
-
 // The test vectors hold the faults of streams and the spellings of sizes; here are the edges.
 
 TEST(StreamReader, opensFilesOfEveryAwkwardSize)
@@ -44,7 +22,7 @@ TEST(StreamReader, opensFilesOfEveryAwkwardSize)
         const QByteArray content = testContent(size);
         const V4Transfer transfer = testTransfer(size);
         const QByteArray body = support::chunkedBody(sealedRecords(testKey(), transfer, content));
-        const Read read = readAll(transfer, body, 65536);
+        const auto read = support::readBody(testKey(), transfer, body, 65536);
         EXPECT_FALSE(read.failure);
         EXPECT_TRUE(read.content == content) << size;
     }
@@ -58,7 +36,7 @@ TEST(StreamReader, opensRecordsWhereverTheChunksCutThem)
     const QByteArray stream = std::accumulate(records.begin(), records.end(), QByteArray());
     for (qsizetype cut = 1; cut < stream.size(); ++cut) {
         for (const std::size_t fragmentSize : {std::size_t{1}, SIZE_MAX}) {
-            const Read read = readAll(transfer,
+            const auto read = support::readBody(testKey(), transfer,
                 chunk(stream.left(cut)) + chunk(stream.mid(cut)) + "0\r\nTrailer: unread",
                 fragmentSize);
             EXPECT_FALSE(read.failure) << cut;
@@ -85,8 +63,40 @@ TEST(StreamReader, refusesChunksBeyondTheirBounds)
     for (const auto& row : rows) {
         for (const std::size_t size : support::fragmentSizes) {
             if (row.body.size() > 100000 && size < 31) continue;
-            const Read read = readAll(testTransfer(-1), row.body, size);
+            const auto read = support::readBody(testKey(), testTransfer(-1), row.body, size);
             EXPECT_EQ(read.failure, row.failure) << row.what << ", fragments of " << size;
         }
     }
+}
+
+TEST(V4Stream, bindsEveryRecordToItsTransfer)
+{
+    V4Transfer transfer = testTransfer(1048577);
+    transfer.id = QStringLiteral("0123456789abcdef");
+    transfer.fileName = QStringLiteral("n\u00E4me 1.txt");
+    EXPECT_EQ(dataRecordAssociatedData(transfer, 0, 1048576),
+        "Ferrylane-v4\n0123456789abcdef\nn\xC3\xA4me 1.txt\n1048577\n0\n1048576");
+    EXPECT_EQ(dataRecordAssociatedData(transfer, 4294967294, 1),
+        "Ferrylane-v4\n0123456789abcdef\nn\xC3\xA4me 1.txt\n1048577\n4294967294\n1");
+    transfer.fileSize = -1;
+    EXPECT_EQ(finalRecordAssociatedData(transfer, 2, 5000000000),
+        "Ferrylane-v4-final\n0123456789abcdef\nn\xC3\xA4me 1.txt\n-1\n2\n5000000000");
+}
+
+TEST(StreamWriter, neverSealsWhatIsNoRecord)
+{
+    StreamWriter writer(testTransfer(0), testKey());
+    platform::ByteBuffer out;
+    for (const std::size_t length : {std::size_t{0}, maximumRecordPlaintext + 1}) {
+        EXPECT_THROW(writer.write(std::vector<std::byte>(length), out), std::length_error);
+    }
+    EXPECT_TRUE(out.empty());
+}
+
+TEST(V4Stream, countsInTheNonceAsBigEndian)
+{
+    const NoncePrefix prefix = testTransfer(0).noncePrefix;
+    EXPECT_EQ(platform::toByteArray(makeNonce(prefix, 0)).toHex(), "a0a1a2a3a4a5a6a700000000");
+    EXPECT_EQ(
+        platform::toByteArray(makeNonce(prefix, 0x01020304)).toHex(), "a0a1a2a3a4a5a6a701020304");
 }
