@@ -79,9 +79,7 @@ private:
 
     Process process_{getpid()};
     ferrylane::FerrylanePairedTarget target_;
-    std::unique_ptr<platform::TcpNetwork> network_
-        = platform::TcpNetwork::create("ferrylane.bench.network");
-    FerrylaneV4Sender sender_{*network_, QStringLiteral("Benchmark")};
+    FerrylaneV4Sender sender_{QStringLiteral("Benchmark")};
     double idleMemory_ = memoryAtStart(process_); // the last: all the rest is there by then
 };
 

@@ -1,73 +1,70 @@
 #pragma once
 
-#include "platform/ByteBuffer.h"
-#include "platform/Interface.h"
-#include "platform/SerialQueue.h"
+#include "platform/TcpStream.h"
 
 #include <QByteArray>
-#include <QString>
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <system_error>
 
 namespace platform {
 
-/// One TCP connection. Its handlers run on the connection's own serial queue, one at a time; every
-/// operation may be called from any thread. At most one receive and one send are outstanding.
+/// An accepted TCP connection. Its handlers run on the connection's own serial queue, one at a
+/// time; every operation but leaveQueue() may be called from any thread. At most one receive is
+/// outstanding.
 ///
 /// The connection lives while somebody holds it or one of its operations is outstanding.
-class TcpConnection : public Interface {
+class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
 public:
-    enum class State {
-        waiting,  ///< not connected yet
-        ready,    ///< bytes can be sent and received
-        failed,   ///< could not be connected; final
-        cancelled ///< cancel() was called; final
-    };
-    using StateHandler = std::function<void(State, std::error_code)>;
     /// `endOfStream`: the peer will send no more.
     using ReceiveHandler = std::function<void(bool endOfStream, std::error_code)>;
-    using SendHandler = std::function<void(std::error_code)>;
+    struct Socket; ///< the system's side
 
-    /// Connects a connection made by TcpNetwork::connection(); an accepted one is ready already and
-    /// is not started.
-    virtual void start(StateHandler handler) = 0;
+    explicit TcpConnection(std::unique_ptr<Socket> socket);
+    ~TcpConnection();
+    TcpConnection(const TcpConnection&) = delete;
+    TcpConnection& operator=(const TcpConnection&) = delete;
 
-    /// Waits until at least `minimum` bytes have come, the peer has closed its side or the
-    /// connection has failed, appends what came (at most `maximum` bytes) to `buffer` and calls the
-    /// handler. The buffer is touched on the connection's queue only, must live until the handler
-    /// has run, and takes memory only once bytes are there to be read. Where there is a `limit`, a
-    /// peer that sends nothing for so long ends the wait with std::errc::timed_out.
-    virtual void receive(ByteBuffer& buffer, std::size_t minimum, std::size_t maximum,
-        std::optional<Duration> limit, ReceiveHandler handler)
-        = 0;
+    /// Waits, however long, until bytes have come, the peer has closed its side or the connection
+    /// has failed, appends what came (at most `maximum` bytes) to `buffer` and calls the handler.
+    /// The buffer is touched on the connection's queue only, must live until the handler has run,
+    /// and takes memory only once bytes are there to be read.
+    void receive(ByteBuffer& buffer, std::size_t maximum, ReceiveHandler handler);
 
-    /// Sends all of `message` and calls the handler when the system has taken it, or with an error.
-    virtual void send(QByteArray message, SendHandler handler) = 0;
-    /// The same without a copy: `message` must stay until the handler has run.
-    virtual void sendView(ByteView message, SendHandler handler) = 0;
+    /// Hands the connection to a thread that waits, until sendLast(). Called by a handler, with
+    /// nothing outstanding. The stream lives as long as the connection, and cancel() cancels it.
+    /// Throws std::system_error.
+    [[nodiscard]] TcpStream& leaveQueue();
 
     /// Sends the last message of the conversation, then closes: first this side, then, once the
     /// peer has closed too or a second has passed, the whole connection. What the peer still sends
     /// meanwhile is thrown away. Closing at once would make the kernel reset the connection when
     /// unread bytes are there, and the peer would lose the message. `keptUntilClosed` is let go of
     /// when the connection has been closed, on its queue.
-    virtual void sendLast(QByteArray message, std::shared_ptr<void> keptUntilClosed = nullptr) = 0;
+    void sendLast(QByteArray message, std::shared_ptr<void> keptUntilClosed = nullptr);
 
-    /// Closes at once. An outstanding receive or send ends with an error, on the connection's
-    /// queue.
-    virtual void cancel() = 0;
+    /// Closes at once. An outstanding receive ends with an error, on the connection's queue.
+    void cancel();
 
-    /// Runs `task` on the connection's queue.
-    virtual void async(SerialQueue::Task task) = 0;
+private:
+    void receiveSome(ByteBuffer& buffer, std::size_t maximum, ReceiveHandler handler);
+    void takeSocketBack();
+    void closeGently();
+    void discardIncoming();
+    void close();
+
+    // On the queue.
+    std::unique_ptr<Socket> socket_;
+    std::optional<TcpStream> stream_; ///< has the socket meanwhile
+    QByteArray lastMessage_;
+    std::shared_ptr<void> keptUntilClosed_;
+    bool isClosed_ = false;
 };
 
 /// Accepts TCP connections on one port, on every interface, over IPv6 and IPv4 (IPv4 alone where
 /// there is no IPv6).
-class TcpListener : public Interface {
+class TcpListener {
 public:
     enum class State {
         waiting, ///< accepting is paused (out of descriptors or memory) and goes on by itself,
@@ -77,34 +74,43 @@ public:
     };
     using StateHandler = std::function<void(State, std::error_code)>;
     using ConnectionHandler = std::function<void(std::shared_ptr<TcpConnection>)>;
+    class Acceptor;
 
+    explicit TcpListener(std::shared_ptr<Acceptor> acceptor) : acceptor_(std::move(acceptor)) {}
     /// Final like cancel().
-    ~TcpListener() override = default;
+    ~TcpListener() { cancel(); }
+    TcpListener(const TcpListener&) = delete;
+    TcpListener& operator=(const TcpListener&) = delete;
 
     /// Opens the port. Both handlers run on the listener's queue, the state's first.
-    virtual void start(StateHandler onState, ConnectionHandler onConnection) = 0;
+    void start(StateHandler onState, ConnectionHandler onConnection);
 
     /// Closes the port and waits for a handler that is running: when this returns, the port is free
     /// and no handler runs or will run. Not to be called from one of the listener's own handlers.
-    virtual void cancel() = 0;
+    void cancel();
+
+private:
+    // Shared with the operations under way, which find it closed when they end.
+    std::shared_ptr<Acceptor> acceptor_;
 };
 
-/// Makes TCP listeners and connections, and owns the few threads that serve all of them.
-class TcpNetwork : public Interface {
+/// Makes TCP listeners, and owns the few threads that serve all of their connections.
+class TcpNetwork {
 public:
     /// Starts the threads. `label` names them. Throws std::system_error when there are none to be
     /// had.
-    [[nodiscard]] static std::unique_ptr<TcpNetwork> create(const std::string& label);
-
+    explicit TcpNetwork(const std::string& label);
     /// Drops what is outstanding without calling its handlers, and joins the threads. A handler
     /// that throws is dropped too, with a critical message to Qt's message handler.
-    ~TcpNetwork() override = default;
+    ~TcpNetwork();
+    TcpNetwork(const TcpNetwork&) = delete;
+    TcpNetwork& operator=(const TcpNetwork&) = delete;
 
-    [[nodiscard]] virtual std::unique_ptr<TcpListener> listener(std::uint16_t port) = 0;
-    /// A connection to `host` (a name or a numeric address) that is connected by its start().
-    [[nodiscard]] virtual std::shared_ptr<TcpConnection> connection(
-        const QString& host, std::uint16_t port)
-        = 0;
+    [[nodiscard]] std::unique_ptr<TcpListener> listener(std::uint16_t port);
+
+private:
+    struct Threads;
+    std::unique_ptr<Threads> threads_;
 };
 
 } // namespace platform

@@ -32,7 +32,7 @@ RequestSession::RequestSession(
 void RequestSession::receiveHead()
 {
     // There is no time limit: who waits too long makes room for others (OpenConnections).
-    connection_->receive(buffer_, 1, maximumHeadReceive, std::nullopt,
+    connection_->receive(buffer_, maximumHeadReceive,
         [self = shared_from_this()](bool endOfStream, const std::error_code& error) {
             self->received(endOfStream, error);
         });
@@ -105,8 +105,8 @@ void RequestSession::answer(const routes::Upload& request)
     } else if (auto place = context_->admission.tryAdmit(connection_)) {
         registration_->uploading();
         V4Receiver::receiveSecureUploadV4Chunked(
-            {*context_, connection_, std::move(registration_), std::move(*place), *request.transfer,
-                request.senderName},
+            {*context_, connection_, connection_->leaveQueue(), std::move(registration_),
+                std::move(*place), *request.transfer, request.senderName},
             std::move(buffer_));
     } else {
         answer(busy());

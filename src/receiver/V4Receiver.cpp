@@ -5,7 +5,6 @@
 #include "core/StoragePaths.h"
 
 #include <exception>
-#include <future>
 
 namespace ferrylane {
 
@@ -15,9 +14,9 @@ namespace {
 /// waits depends on whether the upload has proved itself.
 class UploadSource final : public ByteSource {
 public:
-    UploadSource(platform::TcpConnection& connection, const UploadTimes& times,
+    UploadSource(platform::TcpStream& stream, const UploadTimes& times,
         platform::TimePoint admissionTime, const ReceiveProgress& progress)
-        : connection_(connection), times_(times), admissionTime_(admissionTime), progress_(progress)
+        : stream_(stream), times_(times), admissionTime_(admissionTime), progress_(progress)
     {
     }
 
@@ -29,16 +28,12 @@ public:
             : admissionTime_ + times_.firstRecord - platform::SteadyClock().now();
         // The limit begins anew with each byte that comes, which a stranger may not make use of.
         const std::size_t minimum = isProven ? wanted : 1;
-        const auto result = std::make_shared<std::promise<Read>>();
-        connection_.receive(
-            buffer, minimum, maximum, limit, [result](bool isEnd, const std::error_code& error) {
-                result->set_value({isEnd, error});
-            });
-        return result->get_future().get();
+        const auto [isEnd, error] = stream_.receive(buffer, minimum, maximum, limit);
+        return {isEnd, error};
     }
 
 private:
-    platform::TcpConnection& connection_;
+    platform::TcpStream& stream_;
     const UploadTimes& times_;
     const platform::TimePoint admissionTime_;
     const ReceiveProgress& progress_;
@@ -79,7 +74,7 @@ void V4Receiver::run(platform::ByteBuffer body)
 std::variant<quint64, StreamFailure> V4Receiver::receiveBody(platform::ByteBuffer body)
 {
     try {
-        UploadSource source(*upload_.connection, upload_.context.times, admissionTime_, progress_);
+        UploadSource source(upload_.stream, upload_.context.times, admissionTime_, progress_);
         StreamReader reader(upload_.transfer, upload_.context.sessionKey, source, std::move(body));
         for (quint64 size = 0;;) {
             const StreamStep step = reader.next();

@@ -16,6 +16,7 @@ namespace ferrylane {
 struct AdmittedUpload {
     ReceiverContext& context;                            ///< outlives its thread of uploads
     std::shared_ptr<platform::TcpConnection> connection; ///< the active one
+    platform::TcpStream& stream;                         ///< the connection's
     std::unique_ptr<OpenConnections::Registration> registration;
     std::optional<TransferAdmission::Place> place;
     V4Transfer transfer;

@@ -128,9 +128,8 @@ struct FerrylaneV4Sender::Job {
     std::stop_token stop;
 };
 
-FerrylaneV4Sender::FerrylaneV4Sender(
-    platform::TcpNetwork& network, QString senderName, SendTimes times)
-    : network_(network), senderName_(std::move(senderName)), times_(times)
+FerrylaneV4Sender::FerrylaneV4Sender(QString senderName, SendTimes times)
+    : senderName_(std::move(senderName)), times_(times)
 {
 }
 
@@ -215,11 +214,9 @@ int FerrylaneV4Sender::transferStatus(const Job& job, const TargetAddress& addre
                                               "Connection: close\r\n\r\n")
                                    .arg(address.hostInHeader(), QString::number(address.port))
                                    .toUtf8();
-    const auto tcp = network_.connection(address.host, address.port);
-    PhoneConnection phone(tcp);
-    const std::stop_callback closing(job.stop, [&tcp] { tcp->cancel(); });
+    PhoneConnection phone(job.stop);
     try {
-        if (!phone.connect(times_.statusLimit)) return 0;
+        if (!phone.connect(address, times_.statusLimit)) return 0;
         static_cast<void>(phone.send(platform::bytesOf(request)));
         const auto answer = phone.answer(end - clock.now());
         const auto response = parsePhoneResponse(platform::bytesOf(answer.bytes));
@@ -236,11 +233,9 @@ void FerrylaneV4Sender::sendFile(const Job& job, const TargetAddress& address,
     SourceFile file(path);
     const V4Transfer transfer = newTransfer(file);
 
-    const auto tcp = network_.connection(address.host, address.port);
-    PhoneConnection phone(tcp);
-    const std::stop_callback closing(job.stop, [&tcp] { tcp->cancel(); });
+    PhoneConnection phone(job.stop);
     const QString where = QStringLiteral("%1:%2").arg(address.host, QString::number(address.port));
-    if (!phone.connect(times_.connectLimit, where)) {
+    if (!phone.connect(address, times_.connectLimit, where)) {
         throw SendError(SendError::connectTimedOut,
             QStringLiteral("Timed out connecting to %1 at %2.").arg(job.target.name, where));
     }

@@ -3,7 +3,6 @@
 #include "platform/Clock.h"
 #include "platform/FilePath.h"
 #include "platform/SecretKey.h"
-#include "platform/Tcp.h"
 #include "platform/ThreadQueue.h"
 #include "protocol/PairedTarget.h"
 #include "sender/SendError.h"
@@ -46,9 +45,8 @@ public:
     using Result = std::variant<int, SendError>;
 
     /// `senderName`: what the phone is told of who sends. Throws std::system_error when there is no
-    /// thread to be had. `network` must outlive this.
-    explicit FerrylaneV4Sender(
-        platform::TcpNetwork& network, QString senderName, SendTimes times = SendTimes());
+    /// thread to be had.
+    explicit FerrylaneV4Sender(QString senderName, SendTimes times = SendTimes());
     ~FerrylaneV4Sender() override;
 
     /// Sends `files` in order, up to the first that fails. Waits for as long as the phone
@@ -79,7 +77,6 @@ private:
         const platform::FilePath& path, Progress progress);
     void report(const Job& job, const Progress& progress);
 
-    platform::TcpNetwork& network_;
     const QString senderName_;
     const SendTimes times_;
     std::stop_source stop_; ///< of the latest job

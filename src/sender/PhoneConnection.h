@@ -1,11 +1,12 @@
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/Tcp.h"
+#include "platform/TcpStream.h"
+#include "sender/TargetAddress.h"
 
 #include <QByteArray>
 
-#include <memory>
+#include <optional>
+#include <stop_token>
 
 namespace ferrylane {
 
@@ -14,19 +15,15 @@ namespace ferrylane {
 /// The answer is listened for from the start: a receiver that refuses an upload says so long before
 /// the last byte has been sent, and then no longer takes the rest.
 ///
-/// Every wait ends at once when the connection is cancelled from elsewhere. Errors are thrown as
-/// SendError (network).
+/// A stop that is requested ends every wait at once. Errors are thrown as SendError (network).
 class PhoneConnection {
 public:
-    explicit PhoneConnection(std::shared_ptr<platform::TcpConnection> connection);
-    /// Closes the connection, whatever is under way.
-    ~PhoneConnection();
-    PhoneConnection(const PhoneConnection&) = delete;
-    PhoneConnection& operator=(const PhoneConnection&) = delete;
+    explicit PhoneConnection(std::stop_token stop = {});
 
     /// False when the peer has not accepted within `limit`. Logs what becomes of it where `where`
     /// names the peer.
-    [[nodiscard]] bool connect(platform::Duration limit, const QString& where = {});
+    [[nodiscard]] bool connect(
+        const TargetAddress& address, platform::Duration limit, const QString& where = {});
     /// Sends all of `bytes` and waits until the system has taken them. False when the peer has
     /// answered and closed its side, or has sent more than is read of an answer: the rest is of no
     /// use to it.
@@ -40,10 +37,15 @@ public:
     [[nodiscard]] Answer answer(platform::Duration limit);
 
 private:
-    struct Exchange;
+    struct Cancel {
+        platform::TcpStream& stream;
+        void operator()() const { stream.cancel(); }
+    };
 
-    // Shared with the connection's handlers, which may run after this has gone.
-    std::shared_ptr<Exchange> exchange_;
+    platform::TcpStream stream_;
+    platform::ByteBuffer answer_;
+    std::optional<std::error_code> end_; ///< how receiving ended
+    std::stop_callback<Cancel> onStop_;
 };
 
 } // namespace ferrylane

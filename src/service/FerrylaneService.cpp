@@ -46,7 +46,7 @@ std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
 } // namespace
 
 FerrylaneService::FerrylaneService()
-    : network_(platform::TcpNetwork::create("ferrylane.conn"))
+    : network_("ferrylane.conn")
     , sleepInhibitor_(QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"))
     , visible_(userSettings().boolean(ferrylaneVisibleKey, true))
     , serviceRunning_(userSettings().boolean(ferrylaneServiceRunningKey, true))
@@ -107,7 +107,7 @@ QString FerrylaneService::pairingLink() const
 void FerrylaneService::createServer()
 {
     try {
-        server_.emplace(*network_, clock_);
+        server_.emplace(network_, clock_);
     } catch (const std::system_error& error) {
         flLog(QStringLiteral("Could not start Ferrylane: ") + describe(error));
         health_.set(platform::Transport::udp, error.code());
@@ -287,7 +287,7 @@ void FerrylaneService::send(const platform::FilePaths& files, const FerrylanePai
     sentFiles_ = files;
     sending_ = {.peer = target.name, .fileCount = static_cast<int>(files.size())};
     try {
-        outboundSender_ = std::make_unique<FerrylaneV4Sender>(*network_, ferrylaneDeviceSuffix());
+        outboundSender_ = std::make_unique<FerrylaneV4Sender>(ferrylaneDeviceSuffix());
     } catch (const std::system_error& noThread) {
         sending_.reason = SendError::network(noThread.code()).description();
         setSending(Stage::failed);

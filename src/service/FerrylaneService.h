@@ -102,7 +102,7 @@ private:
 
     const platform::SteadyClock clock_;
     platform::MainQueue mainQueue_;
-    const std::unique_ptr<platform::TcpNetwork> network_;
+    platform::TcpNetwork network_;
     platform::SleepInhibitor sleepInhibitor_;
     TransferLogKeeper transferLog_;
     ServiceHealth health_;

@@ -61,8 +61,8 @@ TEST_F(DesktopTest, WithoutATrayThePanelStaysAtHandUntilOneComes)
 
 TEST_F(DesktopTest, TellsThatThePortIsTakenAndTriesAgain)
 {
-    const auto network = platform::TcpNetwork::create("other");
-    const auto other = network->listener(8788);
+    platform::TcpNetwork network("other");
+    const auto other = network.listener(8788);
     std::atomic<bool> isTaken = false;
     other->start([&](auto /*state*/, const auto& error) { isTaken = !error; },
         [](const auto& /*connection*/) {});

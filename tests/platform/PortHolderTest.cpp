@@ -60,8 +60,8 @@ TEST(PortHolderTest, isTheProgramThatHasThePortOpen)
 
 TEST(PortHolderTest, isNoProgramThatThisOneHasStarted)
 {
-    const auto network = platform::TcpNetwork::create("test");
-    const auto listener = network->listener(heldPort);
+    platform::TcpNetwork network("test");
+    const auto listener = network.listener(heldPort);
     std::atomic<bool> isReady = false;
     listener->start([&](auto /*state*/, const auto& error) { isReady = !error; },
         [](const auto& /*connection*/) {});

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <optional>
 #include <thread>
 
 using namespace platform;
@@ -28,7 +27,7 @@ protected:
     /// Starts a listener and tells the first state that it reaches.
     ListenerState listen()
     {
-        listener_ = network_->listener(testPort);
+        listener_ = network_.listener(testPort);
         auto reached = std::make_shared<std::promise<ListenerState>>();
         listener_->start(
             [reached](TcpListener::State state, std::error_code error) {
@@ -44,46 +43,67 @@ protected:
 
     struct Received {
         QByteArray bytes;
-        bool endOfStream;
+        bool isEnd;
         std::error_code error;
     };
     /// The buffer lives on until the handler has run, whatever the test does.
-    static std::future<Received> receive(TcpConnection& connection, std::size_t minimum,
-        std::size_t maximum, std::optional<Duration> limit = std::nullopt)
+    static std::future<Received> receive(TcpConnection& connection, std::size_t maximum)
     {
         auto buffer = std::make_shared<ByteBuffer>();
         auto promise = std::make_shared<std::promise<Received>>();
-        connection.receive(*buffer, minimum, maximum, limit,
-            [buffer, promise](bool endOfStream, std::error_code error) {
-                promise->set_value({toByteArray(buffer->unread()), endOfStream, error});
-            });
+        connection.receive(*buffer, maximum, [buffer, promise](bool isEnd, std::error_code error) {
+            promise->set_value({toByteArray(buffer->unread()), isEnd, error});
+        });
         return promise->get_future();
     }
 
-    std::unique_ptr<TcpNetwork> network_ = TcpNetwork::create("test.net");
+    TcpNetwork network_{"test.net"};
     std::unique_ptr<TcpListener> listener_;
     std::promise<std::shared_ptr<TcpConnection>> accepted_;
 };
 
+/// A client, and its accepted connection as a stream.
+class TcpStreamTest : public TcpTest {
+protected:
+    TcpStreamTest()
+    {
+        EXPECT_EQ(listen().state, TcpListener::State::ready);
+        client_.emplace(testPort);
+        client_->send("!");
+        connection_ = accepted();
+        ByteBuffer buffer;
+        std::promise<TcpStream*> promise;
+        connection_->receive(buffer, 1, [&](bool /*isEnd*/, std::error_code /*error*/) {
+            promise.set_value(&connection_->leaveQueue());
+        });
+        stream_ = promise.get_future().get();
+    }
+
+    [[nodiscard]] Received receive(std::size_t wanted, std::size_t maximum, Duration limit)
+    {
+        ByteBuffer buffer;
+        const auto [isEnd, error] = stream_->receive(buffer, wanted, maximum, limit);
+        return {toByteArray(buffer.unread()), isEnd, error};
+    }
+
+    std::optional<TcpClient> client_;
+    std::shared_ptr<TcpConnection> connection_;
+    TcpStream* stream_ = nullptr;
+};
+
 } // namespace
 
-TEST_F(TcpTest, receivesNoLessThanTheMinimumAndNoMoreThanTheMaximum)
+TEST_F(TcpTest, receivesWhatIsThereAndNoMoreThanTheMaximum)
 {
     ASSERT_EQ(listen().state, TcpListener::State::ready);
     TcpClient client(testPort);
-    client.send("abc");
     const auto connection = accepted();
-    auto six = receive(*connection, 6, 6);
-    EXPECT_EQ(six.wait_for(50ms), std::future_status::timeout);
-    client.send("defghi");
-    EXPECT_EQ(six.get().bytes, "abcdef");
-    EXPECT_EQ(receive(*connection, 1, 2).get().bytes, "gh");
-
-    // The end comes before the minimum: both are told together.
+    auto two = receive(*connection, 2);
+    client.send("abc");
+    EXPECT_EQ(two.get().bytes, "ab");
+    EXPECT_EQ(receive(*connection, 10).get().bytes, "c");
     client.finishSending();
-    const Received last = receive(*connection, 5, 10).get();
-    EXPECT_EQ(last.bytes, "i");
-    EXPECT_TRUE(last.endOfStream);
+    EXPECT_TRUE(receive(*connection, 10).get().isEnd);
 }
 
 TEST_F(TcpTest, cancelEndsAPendingReceiveWithAnError)
@@ -91,29 +111,11 @@ TEST_F(TcpTest, cancelEndsAPendingReceiveWithAnError)
     ASSERT_EQ(listen().state, TcpListener::State::ready);
     TcpClient client(testPort);
     const auto connection = accepted();
-    auto pending = receive(*connection, 1, 100);
+    auto pending = receive(*connection, 100);
     connection->cancel();
     EXPECT_EQ(pending.get().error, std::errc::operation_canceled);
     EXPECT_EQ(client.receiveAll(), "");
-    EXPECT_EQ(receive(*connection, 1, 100).get().error, std::errc::operation_canceled);
-}
-
-TEST_F(TcpTest, aPeerThatSendsNothingForTooLongEndsAReceive)
-{
-    ASSERT_EQ(listen().state, TcpListener::State::ready);
-    TcpClient client(testPort);
-    const auto connection = accepted();
-    auto pending = receive(*connection, 4, 4, 300ms);
-    for (const char* const byte : {"a", "b", "c"}) {
-        std::this_thread::sleep_for(150ms);
-        client.send(byte);
-    }
-    const Received received = pending.get();
-    EXPECT_EQ(received.bytes, "abc");
-    EXPECT_EQ(received.error, std::errc::timed_out);
-    // The connection is good for an answer.
-    connection->sendLast("too slow");
-    EXPECT_EQ(client.receiveAll(), "too slow");
+    EXPECT_EQ(receive(*connection, 100).get().error, std::errc::operation_canceled);
 }
 
 TEST_F(TcpTest, theLastMessageArrivesAlthoughUnreadBytesAreThere)
@@ -165,7 +167,7 @@ TEST_F(TcpTest, aPortInUseIsAFailedStateAndAFreedOneIsFreeAtOnce)
     client.send("x");
     const auto connection = accepted();
     {
-        const auto second = network_->listener(testPort);
+        const auto second = network_.listener(testPort);
         std::promise<std::error_code> failed;
         second->start(
             [&](TcpListener::State state, std::error_code error) {
@@ -189,7 +191,7 @@ TEST_F(TcpTest, noConnectionIsHandedOutAfterCancel)
     for (int i = 0; i < 50; ++i) {
         auto cancelled = std::make_shared<std::atomic<bool>>(false);
         auto late = std::make_shared<std::atomic<int>>(0);
-        const auto listener = network_->listener(testPort);
+        const auto listener = network_.listener(testPort);
         std::promise<void> ready;
         listener->start([&](TcpListener::State, std::error_code) { ready.set_value(); },
             [cancelled, late](const auto&) { *late += *cancelled ? 1 : 0; });
@@ -202,31 +204,84 @@ TEST_F(TcpTest, noConnectionIsHandedOutAfterCancel)
     }
 }
 
-TEST_F(TcpTest, connectsOutwards)
+TEST_F(TcpStreamTest, receivesNoLessThanIsWantedAndNoMoreThanTheMaximum)
 {
-    ASSERT_EQ(listen().state, TcpListener::State::ready);
-    const auto connection = network_->connection(QStringLiteral("127.0.0.1"), testPort);
-    std::promise<TcpConnection::State> reached;
-    connection->start(
-        [&](TcpConnection::State state, std::error_code) { reached.set_value(state); });
-    ASSERT_EQ(reached.get_future().get(), TcpConnection::State::ready);
+    client_->send("abc");
+    auto six = std::async([this] { return receive(6, 6, 10s); });
+    EXPECT_EQ(six.wait_for(300ms), std::future_status::timeout);
+    client_->send("defghi");
+    EXPECT_EQ(six.get().bytes, "abcdef");
+    EXPECT_EQ(receive(1, 2, 10s).bytes, "gh");
 
-    std::promise<std::error_code> sent;
-    connection->send("over there", [&](std::error_code error) { sent.set_value(error); });
-    EXPECT_FALSE(sent.get_future().get());
-    const auto other = accepted();
-    EXPECT_EQ(receive(*other, 10, 10).get().bytes, "over there");
-    other->sendLast("and back");
-    EXPECT_EQ(receive(*connection, 8, 8).get().bytes, "and back");
+    // The end comes before what is wanted: both are told together.
+    client_->finishSending();
+    const Received last = receive(5, 10, 10s);
+    EXPECT_EQ(last.bytes, "i");
+    EXPECT_TRUE(last.isEnd);
 }
 
-TEST_F(TcpTest, tellsWhyItCannotConnect)
+TEST_F(TcpStreamTest, aPeerThatSendsNothingForTooLongEndsAReceive)
 {
-    const auto connection = network_->connection(QStringLiteral("127.0.0.1"), testPort);
-    std::promise<std::error_code> failed;
-    connection->start([&](TcpConnection::State state, std::error_code error) {
-        EXPECT_EQ(state, TcpConnection::State::failed);
-        failed.set_value(error);
+    auto pending = std::async([this] { return receive(1000000, 1000000, 400ms); });
+    for (const char* const byte : {"a", "b", "c"}) {
+        std::this_thread::sleep_for(200ms);
+        client_->send(byte);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const Received received = pending.get();
+    EXPECT_EQ(received.bytes, "abc");
+    EXPECT_EQ(received.error, std::errc::timed_out);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 350ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1500ms);
+    // The connection is good for an answer, though crumbs follow.
+    client_->send("d");
+    connection_->sendLast("too slow");
+    client_->send("e");
+    EXPECT_EQ(client_->receiveAll(), "too slow");
+}
+
+TEST_F(TcpStreamTest, cancelEndsEveryWaitAndTellsThePeer)
+{
+    client_->send("abc");
+    auto pending = std::async([this] { return receive(1000, 1000, 100s); });
+    EXPECT_EQ(pending.wait_for(50ms), std::future_status::timeout);
+    connection_->cancel();
+    EXPECT_EQ(pending.get().error, std::errc::operation_canceled);
+    EXPECT_EQ(receive(1, 1, 100s).error, std::errc::operation_canceled);
+    EXPECT_EQ(client_->receiveAll(), "");
+    auto kept = std::make_shared<int>(0);
+    const std::weak_ptr weak(kept);
+    connection_->sendLast("never", std::move(kept));
+    EXPECT_TRUE(support::waitUntil([&] { return weak.expired(); }));
+}
+
+TEST_F(TcpStreamTest, connectsAndHearsWhatThePeerSaysMeanwhile)
+{
+    TcpStream outward;
+    accepted_ = {};
+    ASSERT_FALSE(outward.connect(QStringLiteral("localhost"), testPort, 10s));
+    const auto other = accepted();
+    ByteBuffer answer;
+    EXPECT_FALSE(outward.send(bytesOf("over there"), answer, 100).isEnd);
+    EXPECT_EQ(TcpTest::receive(*other, 100).get().bytes, "over there");
+    // Nobody reads more: only the answer ends this.
+    auto endless = std::async([&] {
+        const QByteArray bytes(100000000, 'x');
+        return outward.send(bytesOf(bytes), answer, 100);
     });
-    EXPECT_EQ(failed.get_future().get(), std::errc::connection_refused);
+    EXPECT_EQ(endless.wait_for(50ms), std::future_status::timeout);
+    other->sendLast("and back");
+    const auto [isEnd, error] = endless.get();
+    EXPECT_TRUE(isEnd || error);
+    EXPECT_EQ(toByteArray(answer.unread()), "and back");
+}
+
+TEST(TcpStream, tellsWhyItCannotConnect)
+{
+    EXPECT_EQ(TcpStream().connect(QStringLiteral("127.0.0.1"), testPort, 10s),
+        std::errc::connection_refused);
+    TcpStream cancelled;
+    cancelled.cancel();
+    EXPECT_EQ(cancelled.connect(QStringLiteral("localhost"), testPort, 10s),
+        std::errc::operation_canceled);
 }

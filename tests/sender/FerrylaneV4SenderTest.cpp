@@ -68,7 +68,7 @@ protected:
 
     void makeSender(const SendTimes& times)
     {
-        sender_ = std::make_unique<FerrylaneV4Sender>(*network_, u"my computer"_s, times);
+        sender_ = std::make_unique<FerrylaneV4Sender>(u"my computer"_s, times);
         QObject::connect(sender_.get(), &FerrylaneV4Sender::waiting, [this] { ++waits_; });
         QObject::connect(sender_.get(), &FerrylaneV4Sender::progressed,
             [this](const auto& progress) { progress_.push_back(progress); });
@@ -104,7 +104,6 @@ protected:
 
     support::PrivateUserFolders folders_;
     platform::SteadyClock clock_;
-    std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("test");
     std::unique_ptr<FerrylaneV4Sender> sender_;
     std::optional<FerrylaneV4Sender::Result> result_;
     std::vector<FerrylaneV4Sender::Progress> progress_;

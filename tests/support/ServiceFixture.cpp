@@ -14,7 +14,7 @@ ServiceFixture::~ServiceFixture()
 
 void ServiceFixture::createServer(const ServiceTimes& times)
 {
-    server_ = std::make_unique<HTTPServer>(*network_, clock_, port, times);
+    server_ = std::make_unique<HTTPServer>(network_, clock_, port, times);
     const UploadReports* const uploads = &server_->uploads();
     QObject::connect(uploads, &UploadReports::started, [this](const TransferState& state) {
         told_ << QStringLiteral("started ") + state.fileName;

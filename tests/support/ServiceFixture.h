@@ -30,7 +30,7 @@ protected:
 
     [[nodiscard]] ferrylane::HTTPServer& server() { return *server_; }
     [[nodiscard]] ManualClock& clock() { return clock_; }
-    [[nodiscard]] platform::TcpNetwork& network() { return *network_; }
+    [[nodiscard]] platform::TcpNetwork& network() { return network_; }
 
     /// Path of an item in the receive folder.
     [[nodiscard]] static QString received(const QString& name);
@@ -54,7 +54,7 @@ private:
     ManualClock clock_;
     QStringList told_;
     std::optional<ferrylane::ReceivedFile> lastReceivedFile_;
-    std::unique_ptr<platform::TcpNetwork> network_ = platform::TcpNetwork::create("ferrylane.conn");
+    platform::TcpNetwork network_{"ferrylane.conn"};
     std::unique_ptr<ferrylane::HTTPServer> server_;
 };
 

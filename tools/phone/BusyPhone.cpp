@@ -27,8 +27,8 @@ void BusyPhone::refuse(const std::shared_ptr<platform::TcpConnection>& connectio
     if (--timesLeft_ == 0) QMetaObject::invokeMethod(this, &BusyPhone::finish);
     // The request is waited for: an answer before it might be lost.
     const auto request = std::make_shared<platform::ByteBuffer>();
-    connection->receive(*request, 1, headReceive, std::nullopt,
-        [connection, request](bool /*end*/, const std::error_code&) {
+    connection->receive(
+        *request, headReceive, [connection, request](bool /*end*/, const std::error_code&) {
             connection->sendLast(HttpAnswer{statuses::conflict, "BUSY"}.toBytes());
         });
 }

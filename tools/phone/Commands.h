@@ -9,8 +9,7 @@
 namespace ferrylane::phone {
 
 /// Uploads the files to the receiver behind `link`.
-void upload(
-    const UploadArguments& arguments, const PairingLink& link, platform::TcpNetwork& network);
+void upload(const UploadArguments& arguments, const PairingLink& link);
 
 /// Plays a phone that receives, until it is interrupted.
 void receive(

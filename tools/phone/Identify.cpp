@@ -49,11 +49,10 @@ QString newChallenge()
     return base64URLEncode(bytes);
 }
 
-QByteArray exchange(platform::TcpNetwork& network, const PairingLink& link, const QString& where,
-    const QByteArray& request)
+QByteArray exchange(const PairingLink& link, const QString& where, const QByteArray& request)
 {
-    PhoneConnection connection(network.connection(link.address.host, link.address.port));
-    if (!connection.connect(connectTime, where)) {
+    PhoneConnection connection;
+    if (!connection.connect(link.address, connectTime, where)) {
         throw SendError::network(std::make_error_code(std::errc::timed_out));
     }
     static_cast<void>(connection.send(platform::bytesOf(request)));
@@ -63,7 +62,7 @@ QByteArray exchange(platform::TcpNetwork& network, const PairingLink& link, cons
 }
 
 /// The whole answer, head and body.
-QByteArray get(platform::TcpNetwork& network, const PairingLink& link, const QString& challenge)
+QByteArray get(const PairingLink& link, const QString& challenge)
 {
     const QString where
         = QStringLiteral("%1:%2").arg(link.address.hostInHeader()).arg(link.address.port);
@@ -72,7 +71,7 @@ QByteArray get(platform::TcpNetwork& network, const PairingLink& link, const QSt
                                            "X-Ferrylane-Challenge: %2\r\n\r\n");
     QByteArray answer;
     try {
-        answer = exchange(network, link, where, request.arg(where, challenge).toUtf8());
+        answer = exchange(link, where, request.arg(where, challenge).toUtf8());
     } catch (const SendError& error) {
         throw Failure(ExitCode::noConnection,
             QStringLiteral("cannot reach %1: %2").arg(where, error.description()));
@@ -102,10 +101,10 @@ std::optional<QString> provenName(
     return percentDecode(QString::fromUtf8(*encodedName));
 }
 
-QString identify(platform::TcpNetwork& network, const PairingLink& link)
+QString identify(const PairingLink& link)
 {
     const QString challenge = newChallenge();
-    if (auto name = provenName(link.key, challenge, get(network, link, challenge))) return *name;
+    if (auto name = provenName(link.key, challenge, get(link, challenge))) return *name;
     throw Failure(ExitCode::notPaired,
         QStringLiteral("the computer at %1 does not hold the key of this link")
             .arg(link.address.hostInHeader()));

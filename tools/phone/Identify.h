@@ -1,7 +1,6 @@
 #pragma once
 
 #include "phone/PairingLink.h"
-#include "platform/Tcp.h"
 
 #include <QByteArray>
 
@@ -15,6 +14,6 @@ namespace ferrylane::phone {
     const platform::SecretKey& key, const QString& challenge, const QByteArray& answer);
 
 /// Makes the computer prove that it holds the link's key, and returns its name. Throws Failure.
-[[nodiscard]] QString identify(platform::TcpNetwork& network, const PairingLink& link);
+[[nodiscard]] QString identify(const PairingLink& link);
 
 } // namespace ferrylane::phone

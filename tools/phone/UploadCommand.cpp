@@ -89,16 +89,15 @@ void put(
 
 } // namespace
 
-void upload(
-    const UploadArguments& arguments, const PairingLink& link, platform::TcpNetwork& network)
+void upload(const UploadArguments& arguments, const PairingLink& link)
 {
     const FerrylanePairedTarget target{
         link.address.host, link.address.baseURL(), base64URLEncode(link.key.bytes())};
-    FerrylaneV4Sender sender(network, arguments.senderName.value_or(platform::localizedHostName()));
+    FerrylaneV4Sender sender(arguments.senderName.value_or(platform::localizedHostName()));
     QObject::connect(&sender, &FerrylaneV4Sender::waiting,
         [] { tell(QStringLiteral("The receiver is busy; waiting")); });
     for (const platform::FilePath& path : arguments.files) {
-        if (!arguments.skipsIdentify) static_cast<void>(identify(network, link));
+        if (!arguments.skipsIdentify) static_cast<void>(identify(link));
         put(sender, target, path);
     }
 }

@@ -68,30 +68,26 @@ public:
     {
         const PairingLink link = linkOf(arguments.link);
         usePhoneFolders();
-        print(onOneLine(identify(*network(), link)));
+        print(onOneLine(identify(link)));
     }
 
     void operator()(const UploadArguments& arguments) const
     {
         const PairingLink link = linkOf(arguments.link);
         usePhoneFolders();
-        upload(arguments, link, *network());
+        upload(arguments, link);
     }
 
     void operator()(const ReceiveArguments& arguments) const
     {
         usePhoneFolders();
-        receive(arguments, *network(), clock_);
+        platform::TcpNetwork network("ferrylane.phone");
+        receive(arguments, network, clock_);
     }
 
     void operator()(const DiscoverArguments& arguments) const { discover(arguments, clock_); }
 
 private:
-    [[nodiscard]] static std::unique_ptr<platform::TcpNetwork> network()
-    {
-        return platform::TcpNetwork::create("ferrylane.phone");
-    }
-
     platform::SteadyClock clock_;
 };
 

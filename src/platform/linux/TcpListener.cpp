@@ -1,17 +1,20 @@
-#include "platform/linux/AsioListener.h"
-
-#include "platform/Clock.h"
 #include "platform/DescriptorLimit.h"
-#include "platform/linux/AsioConnection.h"
+#include "platform/ThreadName.h"
 #include "platform/linux/AsioError.h"
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/TcpSocket.h"
 
+#include <asio/executor_work_guard.hpp>
 #include <asio/ip/v6_only.hpp>
 #include <asio/post.hpp>
 
-#include <optional>
+#include <QtGlobal>
 
-#include <fcntl.h>
+#include <algorithm>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 namespace platform {
 
@@ -52,7 +55,7 @@ bool concernsOneConnection(const std::error_code& error)
 } // namespace
 
 /// Its one mutex makes the handlers serial, and cancel() wait for the one that runs.
-class AsioListener::Acceptor : public std::enable_shared_from_this<Acceptor> {
+class TcpListener::Acceptor : public std::enable_shared_from_this<Acceptor> {
 public:
     Acceptor(asio::io_context& context, std::uint16_t port)
         : context_(context), acceptor_(context), pause_(context), port_(port)
@@ -110,13 +113,12 @@ private:
         if (!error && endpoint.protocol() == tcp::v6()) {
             acceptor_.set_option(asio::ip::v6_only(false), error);
         }
-        sendWithoutDelay(acceptor_);
+        // Connections inherit it. An improvement, no condition.
+        std::error_code ignored;
+        acceptor_.set_option(tcp::no_delay(true), ignored);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
-        if (error) {
-            std::error_code ignored;
-            acceptor_.close(ignored);
-        }
+        if (error) acceptor_.close(ignored);
         return systemError(error);
     }
 
@@ -126,7 +128,7 @@ private:
             rest(std::make_error_code(std::errc::too_many_files_open));
             return;
         }
-        AsioConnection::Strand strand(context_.get_executor());
+        Strand strand(context_.get_executor());
         acceptor_.async_accept(strand,
             [self = shared_from_this(), strand](const std::error_code& error, tcp::socket socket) {
                 const std::lock_guard lock(self->mutex_);
@@ -135,8 +137,7 @@ private:
             });
     }
 
-    void accepted(
-        const AsioConnection::Strand& strand, const std::error_code& error, tcp::socket socket)
+    void accepted(const Strand& strand, const std::error_code& error, tcp::socket socket)
     {
         if (error && !concernsOneConnection(error)) {
             rest(error);
@@ -145,7 +146,9 @@ private:
         if (!error) latestDescriptor_ = socket.native_handle();
         // Before the handler, which may throw.
         acceptNext();
-        if (!error) onConnection_(std::make_shared<AsioConnection>(strand, std::move(socket)));
+        if (error) return;
+        onConnection_(std::make_shared<TcpConnection>(
+            std::make_unique<TcpConnection::Socket>(strand, std::move(socket))));
     }
 
     /// Out of something that others may give back: trying again at once would spin.
@@ -175,24 +178,55 @@ private:
     int latestDescriptor_ = -1;
 };
 
-AsioListener::AsioListener(asio::io_context& context, std::uint16_t port)
-    : acceptor_(std::make_shared<Acceptor>(context, port))
-{
-}
-
-AsioListener::~AsioListener()
-{
-    acceptor_->cancel();
-}
-
-void AsioListener::start(StateHandler onState, ConnectionHandler onConnection)
+void TcpListener::start(StateHandler onState, ConnectionHandler onConnection)
 {
     acceptor_->start(std::move(onState), std::move(onConnection));
 }
 
-void AsioListener::cancel()
+void TcpListener::cancel()
 {
     acceptor_->cancel();
+}
+
+struct TcpNetwork::Threads {
+    ~Threads() { context.stop(); }
+
+    void run()
+    {
+        while (true) {
+            try {
+                context.run();
+                return;
+            } catch (const std::exception& error) {
+                // The handler is gone, and with it what it held; the others are served on.
+                qCritical("A connection was dropped: %s", error.what());
+            }
+        }
+    }
+
+    asio::io_context context;
+    asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
+    std::vector<std::jthread> threads;
+};
+
+TcpNetwork::TcpNetwork(const std::string& label) : threads_(std::make_unique<Threads>())
+{
+    // Two at least, so that one that is held up leaves one to the others.
+    const unsigned count = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
+    for (unsigned i = 0; i < count; ++i) {
+        threads_->threads.emplace_back([threads = threads_.get(), label] {
+            setCurrentThreadName(label);
+            threads->run();
+        });
+    }
+}
+
+TcpNetwork::~TcpNetwork() = default;
+
+std::unique_ptr<TcpListener> TcpNetwork::listener(std::uint16_t port)
+{
+    return std::make_unique<TcpListener>(
+        std::make_shared<TcpListener::Acceptor>(threads_->context, port));
 }
 
 } // namespace platform
