@@ -54,7 +54,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         -Wlogical-op
         -Wsuggest-override
         # Asio's fences are no fault of ours and only GCC's thread sanitizer speaks of them.
-        -Wno-tsan)
+        -Wno-tsan
+        # In a batch of files it takes each of them for a header.
+        $<$<BOOL:${CMAKE_UNITY_BUILD}>:-Wno-subobject-linkage>)
 else()
     target_compile_options(ferrylane_warnings INTERFACE
         -Wcomma

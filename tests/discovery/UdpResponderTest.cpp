@@ -21,9 +21,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Outcome = platform::DatagramSocket::Outcome;
+constexpr std::uint32_t thisComputer = 0x7F000001;
 
-constexpr std::uint32_t loopback = 0x7F000001;
 const QByteArray request = discoveryRequest.toByteArray();
 
 /// A socket that holds the discovery port for itself.
@@ -51,7 +50,7 @@ class UdpResponderTest : public testing::Test {
 protected:
     void ask(const QByteArray& datagram) const
     {
-        phone_->send(platform::bytesOf(datagram), {loopback, discoveryPort});
+        phone_->send(platform::bytesOf(datagram), {thisComputer, discoveryPort});
     }
 
     /// The next reply; empty when none has come within the phone's patience.
@@ -59,7 +58,7 @@ protected:
     {
         std::array<std::byte, 1024> buffer{};
         const auto received = phone_->receive(buffer);
-        if (received.outcome != Outcome::received) return {};
+        if (received.outcome != platform::DatagramSocket::Outcome::received) return {};
         EXPECT_EQ(received.source.port, discoveryPort);
         return platform::toByteArray(platform::ByteView(buffer).first(received.length));
     }

@@ -1,7 +1,5 @@
 #include "platform/TerminationSignals.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
+#include "support/EventLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -17,13 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void processEventsUntil(const std::function<bool()>& done)
-{
-    const QDeadlineTimer deadline(10s);
-    while (!done() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
-    }
-}
+using support::processEventsUntil;
 
 bool isHandled(int signal)
 {
@@ -44,7 +36,7 @@ TEST(TerminationSignalsTest, CallsTheHandlerOnTheEventLoop)
         // Whichever thread the system picks for the signal.
         std::thread([signal] { ::raise(signal); }).join();
         EXPECT_EQ(calls, 0);
-        processEventsUntil([&] { return calls > 0; });
+        EXPECT_TRUE(processEventsUntil([&] { return calls > 0; }));
         EXPECT_EQ(calls, 1) << signal;
         EXPECT_EQ(caller, std::this_thread::get_id());
     }

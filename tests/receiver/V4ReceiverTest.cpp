@@ -17,12 +17,11 @@
 using namespace ferrylane;
 using namespace std::chrono_literals;
 using support::answerTo;
+using support::statusRequest;
 using support::summary;
 using support::TcpClient;
 
 namespace {
-
-const QByteArray statusRequest = "GET /transfer-status HTTP/1.1\r\n\r\n";
 
 class V4ReceiverTest : public support::ServiceFixture {
 protected:

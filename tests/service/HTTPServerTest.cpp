@@ -18,6 +18,7 @@
 using namespace ferrylane;
 using namespace std::chrono_literals;
 using support::answerTo;
+using support::statusRequest;
 using support::summary;
 using support::TcpClient;
 
@@ -30,8 +31,6 @@ bool takeDiscoveryPort(QUdpSocket& socket)
 {
     return socket.bind(QHostAddress::AnyIPv4, discoveryPort, QUdpSocket::DontShareAddress);
 }
-
-const QByteArray statusRequest = "GET /transfer-status HTTP/1.1\r\n\r\n";
 
 } // namespace
 

@@ -45,6 +45,8 @@ private:
 /// Whether something accepts connections on 127.0.0.1.
 [[nodiscard]] bool isListening(std::uint16_t port = 8788);
 
+inline const QByteArray statusRequest = "GET /transfer-status HTTP/1.1\r\n\r\n";
+
 /// Connects, sends `request` and returns the whole answer.
 [[nodiscard]] QByteArray answerTo(const QByteArray& request);
 

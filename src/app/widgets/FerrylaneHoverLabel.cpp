@@ -13,7 +13,7 @@ namespace {
 
 constexpr double focusRingRadius = 4;
 // Between the text and the focus ring.
-constexpr double margin = 4;
+constexpr double labelMargin = 4;
 
 } // namespace
 
@@ -40,13 +40,13 @@ QColor FerrylaneHoverLabel::textColor() const
 
 QString FerrylaneHoverLabel::shownText() const
 {
-    const int room = width() - 2 * static_cast<int>(scaled(margin));
+    const int room = width() - 2 * static_cast<int>(scaled(labelMargin));
     return fontMetrics().elidedText(label_, Qt::ElideMiddle, room);
 }
 
 QSize FerrylaneHoverLabel::sizeHint() const
 {
-    const int around = 2 * static_cast<int>(scaled(margin));
+    const int around = 2 * static_cast<int>(scaled(labelMargin));
     return {fontMetrics().horizontalAdvance(label_) + around, fontMetrics().height() + around / 2};
 }
 
@@ -75,7 +75,7 @@ void FerrylaneHoverLabel::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.setPen(textColor());
-    const QRect area = rect().adjusted(static_cast<int>(scaled(margin)), 0, 0, 0);
+    const QRect area = rect().adjusted(static_cast<int>(scaled(labelMargin)), 0, 0, 0);
     painter.drawText(area, static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine), shownText());
     drawFocusRing(painter, *this, focusRingRadius);
 }

@@ -11,7 +11,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QSize sizeInPoints(105, 105);
+constexpr QSize codeButtonSize(105, 105);
 constexpr double cornerRadius = 4;
 
 /// The code with as many pixels of the screen for each module as there is room for.
@@ -52,7 +52,7 @@ void QRCodeButton::setCode(const QImage& code)
 
 QSize QRCodeButton::sizeHint() const
 {
-    return scaled(sizeInPoints);
+    return scaled(codeButtonSize);
 }
 
 void QRCodeButton::paintEvent(QPaintEvent* /*event*/)

@@ -8,9 +8,9 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QSize sizeInPoints(54, 30);
+constexpr QSize switchSize(54, 30);
 // Room for the focus ring around the track.
-constexpr double margin = 3;
+constexpr double knobMargin = 3;
 constexpr double knobGap = 2;
 
 QColor trackColor(const SwitchButton& button)
@@ -29,7 +29,7 @@ SwitchButton::SwitchButton(QWidget* parent) : PaintedButton(parent)
 
 QSize SwitchButton::sizeHint() const
 {
-    return scaled(sizeInPoints);
+    return scaled(switchSize);
 }
 
 void SwitchButton::paintEvent(QPaintEvent* /*event*/)
@@ -37,7 +37,7 @@ void SwitchButton::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const double inset = scaled(margin);
+    const double inset = scaled(knobMargin);
     const QRectF track = QRectF(rect()).adjusted(inset, inset, -inset, -inset);
     painter.setBrush(trackColor(*this));
     painter.drawRoundedRect(track, track.height() / 2, track.height() / 2);
@@ -48,7 +48,7 @@ void SwitchButton::paintEvent(QPaintEvent* /*event*/)
     if (isChecked()) knob.moveRight(track.right() - gap);
     painter.setBrush(Qt::white);
     painter.drawEllipse(knob);
-    drawFocusRing(painter, *this, sizeInPoints.height() / 2.0);
+    drawFocusRing(painter, *this, switchSize.height() / 2.0);
 }
 
 } // namespace ferrylane

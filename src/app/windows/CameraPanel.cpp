@@ -16,7 +16,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr int margin = 24;
+constexpr int contentLeft = 24;
 constexpr int contentWidth = 472;
 
 /// The type of the picture that is dragged itself, not as a file; empty when none is.
@@ -42,7 +42,7 @@ CameraPanel::CameraPanel()
 {
     setAcceptDrops(true);
     addTexts();
-    placeHere(*preview_, {margin, 76, contentWidth, 286});
+    placeHere(*preview_, {contentLeft, 76, contentWidth, 286});
     addButtons();
 }
 
@@ -50,15 +50,15 @@ void CameraPanel::addTexts()
 {
     placeHere(*addText(*this, QStringLiteral("Scan the QR on the phone"),
                   {20, QFont::DemiBold, colors::dark}),
-        {margin, 393, contentWidth, 28});
+        {contentLeft, 393, contentWidth, 28});
     placeHere(*addText(*this,
                   QStringLiteral("Open Ferrylane on Android and point this Mac at its pairing QR."),
                   {12, QFont::Normal, colors::grey}),
-        {margin, 370, contentWidth, 18});
+        {contentLeft, 370, contentWidth, 18});
     statusLabel_ = addText(*this, QStringLiteral("Looking for a Ferrylane QR\u2026"),
         {12, QFont::Medium, colors::dark});
     statusLabel_->setAlignment(Qt::AlignCenter);
-    placeHere(*statusLabel_, {margin, 50, contentWidth, 18});
+    placeHere(*statusLabel_, {contentLeft, 50, contentWidth, 18});
 }
 
 void CameraPanel::addButtons()

@@ -21,8 +21,8 @@ namespace ferrylane {
 
 namespace {
 
-constexpr int margin = 22;
-constexpr TextLook body{12, QFont::Normal, colors::grey};
+constexpr int infoMargin = 22;
+constexpr TextLook bodyText{12, QFont::Normal, colors::grey};
 // Left free above and below the window, for its title bar.
 constexpr QSize screenMargin(0, 56);
 // Few enough to be put in between two frames.
@@ -66,7 +66,7 @@ InfoPanel::InfoPanel(const State& state)
 {
     setFont(textFont(12));
     auto* const layout = new QVBoxLayout(this);
-    const int space = scaled(QSize(margin, 0)).width();
+    const int space = scaled(QSize(infoMargin, 0)).width();
     layout->setContentsMargins(space, space / 2, space, space / 2);
     layout->setSpacing(scaled(QSize(0, 3)).height());
     addHeading(*layout, state);
@@ -84,16 +84,16 @@ InfoPanel::InfoPanel(const State& state)
 void InfoPanel::addHeading(QBoxLayout& layout, const State& state)
 {
     addLine(layout, QStringLiteral("Info & Settings"), {19, QFont::Bold, colors::dark});
-    addLine(layout, QStringLiteral("Device: ") + state.deviceName, body);
-    addLine(layout, QStringLiteral("Version: ") + state.version, body);
-    summary_ = addLine(layout, QStringLiteral("Transfers logged: \u2026"), body);
+    addLine(layout, QStringLiteral("Device: ") + state.deviceName, bodyText);
+    addLine(layout, QStringLiteral("Version: ") + state.version, bodyText);
+    summary_ = addLine(layout, QStringLiteral("Transfers logged: \u2026"), bodyText);
     addTitle(layout, QStringLiteral("How it works"));
     addLine(layout,
         QStringLiteral("Pair once with the QR code, choose files and a device, then Ferrylane "
                        "sends directly over your local network. Transfers use authenticated "
                        "AES-256-GCM encryption; file contents do not pass through Tarrowby "
                        "servers."),
-        body)
+        bodyText)
         ->setWordWrap(true);
 }
 

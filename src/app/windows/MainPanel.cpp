@@ -21,7 +21,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QSize sizeInPoints(318, 555);
+constexpr QSize mainPanelSize(318, 555);
 constexpr double cardX = 14;
 constexpr double cardWidth = 290;
 constexpr double deviceCardHeight = 159;
@@ -52,7 +52,7 @@ MainPanel::MainPanel()
 {
     setTitle(QStringLiteral("Ferrylane"));
     setPalette(lightPalette());
-    setFixedSize(scaled(sizeInPoints));
+    setFixedSize(scaled(mainPanelSize));
     // In the order in which the Tab key goes through them.
     addHeader();
     addDeviceCard();
@@ -63,7 +63,7 @@ MainPanel::MainPanel()
 
 void MainPanel::addHeader()
 {
-    constexpr double height = sizeInPoints.height();
+    constexpr double height = mainPanelSize.height();
     auto* const picture = new QLabel(this);
     picture->setPixmap(logo().pixmap(scaled(QSize(40, 40)), devicePixelRatioF()));
     place(*picture, {18, 497, 40, 40}, height);
@@ -87,7 +87,7 @@ void MainPanel::addHeader()
 void MainPanel::addDeviceCard()
 {
     auto* const card = new Card(this);
-    place(*card, {cardX, 324, cardWidth, deviceCardHeight}, sizeInPoints.height());
+    place(*card, {cardX, 324, cardWidth, deviceCardHeight}, mainPanelSize.height());
 
     QLabel* const title = addText(*card, QStringLiteral("My Device:"), cardTitle);
     place(*title, {16, 128, 140, 18}, deviceCardHeight);
@@ -130,7 +130,7 @@ void MainPanel::addServiceSwitch(QWidget& card)
 void MainPanel::addSendCard()
 {
     auto* const card = new Card(this);
-    place(*card, {cardX, 151, cardWidth, sendCardHeight}, sizeInPoints.height());
+    place(*card, {cardX, 151, cardWidth, sendCardHeight}, mainPanelSize.height());
     QLabel* const title = addText(*card, QStringLiteral("Send files"), cardTitle);
     place(*title, {16, 138, 258, 18}, sendCardHeight);
     addDropView(*card);
@@ -165,7 +165,7 @@ void MainPanel::addDropView(QWidget& card)
 void MainPanel::addHistoryCard()
 {
     auto* const card = new Card(this);
-    place(*card, {cardX, 54, cardWidth, historyCardHeight}, sizeInPoints.height());
+    place(*card, {cardX, 54, cardWidth, historyCardHeight}, mainPanelSize.height());
     QLabel* const title = addText(*card, QStringLiteral("Recent transfers"), cardTitle);
     place(*title, {16, 64, 258, 18}, historyCardHeight);
 
@@ -185,7 +185,7 @@ void MainPanel::addReceiveStatus()
     progressStatusLabel_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     progressStatusLabel_->hide();
     // To the left there is room for fonts that are wide and networks that are fast.
-    place(*progressStatusLabel_, {14, 0, 290, 16}, sizeInPoints.height());
+    place(*progressStatusLabel_, {14, 0, 290, 16}, mainPanelSize.height());
 }
 
 void MainPanel::setTitle(const QString& title)

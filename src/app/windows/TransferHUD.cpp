@@ -18,14 +18,14 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QSize sizeInPoints(340, 112);
+constexpr QSize hudSize(340, 112);
 constexpr double cornerRadius = 14;
 constexpr double distanceFromEdges = 18;
 constexpr auto doneTime = std::chrono::milliseconds(1500);
 
 void placeInWindow(QWidget& widget, const Place& where)
 {
-    place(widget, where, sizeInPoints.height());
+    place(widget, where, hudSize.height());
 }
 
 /// Every pixel that a rectangle with round corners touches, so that the mask takes nothing from the
@@ -58,7 +58,7 @@ TransferHUD::TransferHUD()
     // The main panel may be closed while this is shown; that is no reason to end the program.
     setAttribute(Qt::WA_QuitOnClose, false);
     setPalette(lightPalette());
-    setFixedSize(scaled(sizeInPoints));
+    setFixedSize(scaled(hudSize));
     addTexts();
     addControls();
     closeTimer_.setSingleShot(true);
