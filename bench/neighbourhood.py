@@ -5,27 +5,15 @@ import contextlib
 import ctypes
 import multiprocessing
 import os
-import pathlib
-import resource
-import shutil
-import signal
 import socket
 import statistics
 import subprocess
-import tempfile
 import threading
 import time
 
-PORT = 8788
+from harness import STATUS, TRANSFERS, Program, Running, answer, wait_until
+
 COMPUTER, NEIGHBOUR, BROADCAST = "10.9.0.1", "10.9.0.2", "10.9.255.255"
-STATUS = b"GET /transfer-status HTTP/1.1\r\n\r\n"
-
-# Paths in a home.
-SETTINGS = ".config/Ferrylane/settings.ini"
-LOG = ".local/state/Ferrylane/ferrylane.log"
-TRANSFERS = ".local/share/Ferrylane/transfer-log-v1.json"
-PAIRED_PHONES = ".local/share/Ferrylane/paired-targets-v2.json"
-
 AVAHI = "org.freedesktop.Avahi"
 # The cache has room for every name, so that it is not the daemon that withstands the storm.
 AVAHI_CONFIGURATION = """[server]
@@ -66,43 +54,6 @@ def socket_next_door(kind, protocol=0):
     return made
 
 
-def wait_until(condition, what, seconds=20):
-    end = time.monotonic() + seconds
-    while not condition():
-        if time.monotonic() > end:
-            raise TimeoutError(what)
-        time.sleep(0.02)
-
-
-def connect():
-    return socket.create_connection(("127.0.0.1", PORT), timeout=60)
-
-
-def answer(request):
-    with connect() as client:
-        client.sendall(request)
-        return b"".join(iter(lambda: client.recv(65536), b""))
-
-
-class Running(contextlib.AbstractContextManager):
-    """Processes and a folder of theirs, which end with it."""
-
-    def __init__(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="ferrylane-storm-"))
-        self.processes = []
-
-    def run(self, *command, **options):
-        options = {"stderr": subprocess.DEVNULL} | options
-        self.processes.append(subprocess.Popen(command, **options))
-        return self.processes[-1]
-
-    def __exit__(self, *_):
-        for process in reversed(self.processes):
-            process.send_signal(signal.SIGTERM)
-            process.wait(30)
-        shutil.rmtree(self.folder, ignore_errors=True)
-
-
 class Avahi(Running):
     """A bus and an avahi-daemon: the computer's, or the neighbour's."""
 
@@ -137,52 +88,8 @@ class Avahi(Running):
         return cls("neighbour", ["ip", "netns", "exec", "neighbour"])
 
 
-class Program(Running):
-    """Ferrylane, with at most so many descriptors, in a home of its own with these files."""
-
-    def __init__(self, executable, descriptors=None, environment={}, files={}):
-        super().__init__()
-        self.phone = executable.parent / "ferrylane-phone"
-        (self.folder / "runtime").mkdir(mode=0o700)
-        for path, content in files.items():
-            self.path(path).parent.mkdir(parents=True)
-            self.path(path).write_text(content)
-        self.environment = os.environ | environment | {
-            "HOME": str(self.folder), "XDG_RUNTIME_DIR": str(self.folder / "runtime"),
-            "QT_QPA_PLATFORM": "offscreen"}
-        for name in ["XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"]:
-            self.environment.pop(name, None)
-
-        def limit():
-            if descriptors:
-                resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors))
-
-        self.process = self.run(executable, env=self.environment, preexec_fn=limit)
-        self.wait_for_log("Server ready on port")
-        time.sleep(1)
-
-    def path(self, name):
-        return self.folder / name
-
-    def text(self, name):
-        return self.path(name).read_text() if self.path(name).exists() else ""
-
-    @property
-    def log(self):
-        return self.text(LOG)
-
-    def wait_for_log(self, text):
-        wait_until(lambda: text in self.log, f"the log says nothing of: {text}")
-
-    def memory(self):
-        """Resident MiB."""
-        status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text()
-        return int(status.split("VmRSS:")[1].split()[0]) / 1024
-
-    def processor_time(self):
-        """Seconds, of all its threads."""
-        status = pathlib.Path(f"/proc/{self.process.pid}/stat").read_text()
-        return sum(map(int, status.rsplit(")", 1)[1].split()[11:13])) / os.sysconf("SC_CLK_TCK")
+class Computer(Program):
+    """Ferrylane on the computer, with what tells how it bears a storm."""
 
     def show(self):
         """Asks the main thread, as a second start of the program does, and waits for its answer."""
@@ -192,13 +99,12 @@ class Program(Running):
             client.sendall(b"show")
             client.recv(1)
 
-    def start_upload(self, size):
-        """An honest phone that sends a file of so many bytes: its process."""
+    def start_honest_upload(self, size):
+        """A phone that sends a file of so many bytes: its process."""
         file = self.path("honest.bin")
         with file.open("wb") as content:
             content.truncate(size)
-        return self.run(self.phone, "upload", "--local", "--name", "Phone", file,
-                        env=self.environment, stdout=subprocess.DEVNULL)
+        return self.start_phone("upload", "--local", "--name", "Phone", file)
 
     def upload(self):
         """Seconds until an honest upload is stored and in the transfer log."""
@@ -206,11 +112,16 @@ class Program(Running):
             return self.text(TRANSFERS).count('"Received"')
 
         before, begin = count(), time.monotonic()
-        if self.start_upload(100_000).wait() != 0:
+        if self.start_honest_upload(100_000).wait() != 0:
             raise RuntimeError("an honest upload has failed")
         while count() == before:
             time.sleep(0.005)
         return time.monotonic() - begin
+
+    def costs(self):
+        """Memory in MiB, log in KiB, processor time in seconds, threads."""
+        return (self.memory(), len(self.log) / 1024, sum(self.processor_times()),
+                self.status("Threads"))
 
 
 def at_rate(action, rate, seconds, processes=2):
@@ -236,12 +147,12 @@ def at_rate(action, rate, seconds, processes=2):
     return count.value
 
 
-ROW = "{:36} {:>8} {:>8}  {:>8} {:>8}  {:>8}  {:>8}  {:>6}"
+ROW = "{:36} {:>8} {:>8}  {:>8} {:>8}  {:>8}  {:>8}  {:>6}  {:>7}"
 
 
 def print_head():
-    print(ROW.format("", "main", "thread", "honest", "client", "memory", "log", "CPU"))
-    print(ROW.format("", "median", "max ms", "median", "max ms", "MiB", "KiB", "s"), flush=True)
+    print(ROW.format("", "main", "thread", "honest", "client", "memory", "log", "CPU", "threads"))
+    print(ROW.format("", "median", "max ms", "median", "max ms", "MiB", "KiB", "s", ""), flush=True)
 
 
 def note(text):
@@ -260,13 +171,10 @@ def measured(program, name, client=lambda: answer(STATUS), pause=0.1):
             call()
             waits.append((time.monotonic() - begin) * 1000)
 
-    def costs():
-        return program.memory(), len(program.log) / 1024, program.processor_time()
-
     shown, served = [], []
     threads = [threading.Thread(target=ask, args=arguments)
                for arguments in [(program.show, 0.1, shown), (client, pause, served)]]
-    before = costs()
+    before = program.costs()
     for thread in threads:
         thread.start()
     try:
@@ -275,7 +183,9 @@ def measured(program, name, client=lambda: answer(STATUS), pause=0.1):
         stop.set()
         for thread in threads:
             thread.join()
-    memory, log, processor = (after - first for after, first in zip(costs(), before))
+    memory, log, processor, threads = (
+        after - first for after, first in zip(program.costs(), before))
     waits = [f"{figure(times):.1f}" for times in (shown, served)
              for figure in (statistics.median, max)]
-    print(ROW.format(name, *waits, f"{memory:+.1f}", f"{log:.1f}", f"{processor:.1f}"), flush=True)
+    print(ROW.format(name, *waits, f"{memory:+.1f}", f"{log:.1f}", f"{processor:.1f}",
+                     f"{threads:+}"), flush=True)

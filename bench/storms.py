@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """Plays what a hostile neighbour can do to a running Ferrylane, and prints how it bears it.
 
-    bench/storms.py [--program PATH] [STORM...]     (root; PATH: build/release/bin/ferrylane)
+    bench/storms.py [--build FOLDER] [STORM...]     (root)
 
 Each storm starts the program anew, in a home and a network of its own. While it lasts, the main
 thread is asked ten times a second for a sign of life and an honest client is served; the table says
-how long they waited (median and longest) and what the storm cost: memory, log and processor time.
+how long they waited (median and longest) and what the storm cost: memory, log, processor time and threads.
 """
 
 import argparse
@@ -13,21 +13,18 @@ import contextlib
 import functools
 import itertools
 import json
-import os
-import pathlib
 import random
 import re
-import resource
 import select
 import signal
 import socket
 import struct
-import sys
 import time
 
-from neighbourhood import (BROADCAST, COMPUTER, NEIGHBOUR, PAIRED_PHONES, SETTINGS, STATUS, Avahi,
-                           Program, answer, at_rate, connect, lay_cable, measured, note, print_head,
-                           socket_next_door, wait_until)
+import harness
+from harness import PAIRED_PHONES, SETTINGS, STATUS, answer, connect, wait_until
+from neighbourhood import (BROADCAST, COMPUTER, NEIGHBOUR, Avahi, Computer, at_rate, lay_cable,
+                           measured, note, print_head, socket_next_door)
 
 UPLOAD = (b"POST /secure-upload-v4 HTTP/1.1\r\nTransfer-Encoding: chunked\r\n"
           b"X-Filename: storm.bin\r\n"
@@ -50,7 +47,7 @@ def silence(start):
         with connect() as client:
             client.sendall(UPLOAD)
             wait_while_busy(program, "an upload of nothing")
-        phone = program.start_upload(4_000_000_000)
+        phone = program.start_honest_upload(4_000_000_000)
         wait_until(is_busy, "no upload")
         phone.send_signal(signal.SIGSTOP)
         wait_while_busy(program, "an upload that stops in the middle")
@@ -240,25 +237,17 @@ STORMS = {"silence": silence, "wrong-key": wrong_key, "sockets": sockets, "heads
 
 
 def main():
-    parser = argparse.ArgumentParser(
-        description=__doc__.split("\n\n")[0], formatter_class=argparse.RawDescriptionHelpFormatter,
+    parser = harness.arguments(
+        __doc__.split("\n\n")[0], formatter_class=argparse.RawDescriptionHelpFormatter,
         epilog="\n".join(f"{name}: {storm.__doc__}" for name, storm in STORMS.items()))
-    parser.add_argument("--program", type=pathlib.Path, metavar="PATH",
-                        default=pathlib.Path("build/release/bin/ferrylane"),
-                        help="beside ferrylane-phone; %(default)s if not given")
     parser.add_argument("storms", nargs="*", metavar="STORM", choices=[[], *STORMS],
                         help="which ones; all if none is given")
     arguments = parser.parse_args()
-    if "FERRYLANE_STORM" not in os.environ:
-        os.environ["FERRYLANE_STORM"] = "in namespaces of its own"
-        # With it ends all that it started.
-        os.execvp("unshare", ["unshare", "--net", "--mount", "--pid", "--fork", "--kill-child",
-                              "--mount-proc", sys.executable, *sys.argv])
+    harness.enter_namespaces("--mount")
     lay_cable()
-    resource.setrlimit(resource.RLIMIT_NOFILE, (20000, 20000))
     print_head()
     for name in arguments.storms or STORMS:
-        STORMS[name](functools.partial(Program, arguments.program.resolve()))
+        STORMS[name](functools.partial(Computer, arguments.build))
 
 
 if __name__ == "__main__":
