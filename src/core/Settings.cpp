@@ -18,8 +18,8 @@ namespace ferrylane {
 
 namespace {
 
-constexpr mode_t ownersFolder = 0700;
-constexpr mode_t ownersFile = 0600;
+constexpr mode_t settingsFolderMode = 0700;
+constexpr mode_t settingsFileMode = 0600;
 /// Many thousands of settings.
 constexpr qint64 maximumFileBytes = 4 << 20;
 
@@ -89,8 +89,8 @@ struct Settings::State {
     {
         // What somebody has opened to others is closed; where that is not permitted, it serves all
         // the same.
-        static_cast<void>(platform::setMode(QFileInfo(path).absolutePath(), ownersFolder));
-        static_cast<void>(platform::setMode(path, ownersFile));
+        static_cast<void>(platform::setMode(QFileInfo(path).absolutePath(), settingsFolderMode));
+        static_cast<void>(platform::setMode(path, settingsFileMode));
         std::error_code error;
         const auto file = openFile(path, error);
         if (!file) return;
@@ -134,9 +134,9 @@ struct Settings::State {
     [[nodiscard]] std::error_code store(const Changes& all) const
     {
         std::error_code error
-            = platform::createFolders(QFileInfo(path).absolutePath(), ownersFolder);
+            = platform::createFolders(QFileInfo(path).absolutePath(), settingsFolderMode);
         // QSettings keeps the mode of a file that is there, and would create one that all can read.
-        if (!error) static_cast<void>(platform::appendToFile(path, {}, ownersFile));
+        if (!error) static_cast<void>(platform::appendToFile(path, {}, settingsFileMode));
         const auto file = error ? nullptr : openFile(path, error);
         if (!file) return error;
         for (auto change = all.begin(); change != all.end(); ++change) {
