@@ -137,9 +137,9 @@ void addBenchmarks()
 
     const auto addFrame
         = [](const char* name, const QImage& frame, const std::optional<QString>& text) {
-              benchmark::RegisterBenchmark(name,
-                  [frame, text](benchmark::State& state) { detect(state, frame, text); })
-                  ->Unit(benchmark::kMillisecond);
+              benchmark::RegisterBenchmark(name, [frame, text](benchmark::State& state) {
+                  detect(state, frame, text);
+              })->Unit(benchmark::kMillisecond);
           };
     addFrame("frameWithACode", frameWithCode(pairingLink()), pairingLink());
     addFrame("frameLikeAPhotograph", photographLikeFrame(), std::nullopt);

@@ -1,6 +1,9 @@
 # One function a kind of target. Each takes the sources of the folder that calls it, so that
 # a new file needs no line in any CMakeLists.txt.
 
+# What AUTOMOC makes of every target, for a tool that reads the sources without building them.
+add_custom_target(autogen)
+
 # Settings shared by every target of ours.
 function(ferrylane_set_up_target target)
     target_link_libraries(${target} PRIVATE ferrylane_warnings)
@@ -8,6 +11,7 @@ function(ferrylane_set_up_target target)
         QT_NO_CAST_FROM_ASCII
         QT_NO_CAST_TO_ASCII
         QT_NO_KEYWORDS)
+    add_dependencies(autogen ${target}_autogen)
 endfunction()
 
 # ferrylane_sources(<variable> [<subfolder>...]): the sources of this folder and of those named.

@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "protocol/DiscoveryProtocol.h"
 
 #include <QByteArrayList>
@@ -50,12 +50,10 @@ void checkOwnReply(const QString& name)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const QByteArray datagram(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    checkRequest(datagram);
-    checkReading(datagram);
-    checkOwnReply(QString::fromUtf8(datagram));
-    checkReply(QString::fromUtf8(datagram), static_cast<std::uint16_t>(size * 257));
-    return 0;
+    checkRequest(input);
+    checkReading(input);
+    checkOwnReply(QString::fromUtf8(input));
+    checkReply(QString::fromUtf8(input), static_cast<std::uint16_t>(input.size() * 257));
 }

@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "pairing/PairedTargetJson.h"
 
 using namespace ferrylane;
@@ -32,11 +32,9 @@ void checkReading(const QByteArray& json)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    checkReading(bytes);
-    const QString text = QString::fromUtf8(bytes);
+    checkReading(input);
+    const QString text = QString::fromUtf8(input);
     checkWriting({{text, QStringLiteral("http://10.0.0.7:8787"), text.section(u'/', 1)}, {}});
-    return 0;
 }

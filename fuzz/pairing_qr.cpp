@@ -1,7 +1,7 @@
 #include "core/Base64Url.h"
 #include "core/PercentCoding.h"
 #include "core/Text.h"
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "protocol/PairingLink.h"
 #include "protocol/PairingQR.h"
 #include "protocol/PairingUrl.h"
@@ -56,12 +56,10 @@ void checkOwnLink(const QString& name)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const auto* const bytes = reinterpret_cast<const char*>(data);
-    const QString text = QString::fromUtf8(bytes, static_cast<qsizetype>(size));
+    const QString text = QString::fromUtf8(input);
     checkPhonesCode(text);
     checkAnyLink(text);
     checkOwnLink(text);
-    return 0;
 }

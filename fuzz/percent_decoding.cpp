@@ -1,7 +1,5 @@
 #include "core/PercentCoding.h"
-#include "fuzz/Require.h"
-
-#include <QByteArray>
+#include "fuzz/Target.h"
 
 namespace {
 
@@ -28,11 +26,8 @@ void checkEncoding(const QString& text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const auto* const bytes = reinterpret_cast<const char*>(data);
-    const QString text = QString::fromUtf8(bytes, static_cast<qsizetype>(size));
-    checkDecoding(text);
-    checkEncoding(text);
-    return 0;
+    checkDecoding(QString::fromUtf8(input));
+    checkEncoding(QString::fromUtf8(input));
 }

@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "protocol/PhoneResponse.h"
 
 using namespace ferrylane;
@@ -22,16 +22,15 @@ void checkReading(const PhoneResponse& response)
 } // namespace
 
 /// The first two bytes are a status, and all of them an answer as it comes.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    if (const auto response = parsePhoneResponse(platform::bytesOf(bytes))) {
-        require(bytes.isValidUtf8());
-        require(response->body.size() <= bytes.size());
+    if (const auto response = parsePhoneResponse(platform::bytesOf(input))) {
+        require(input.isValidUtf8());
+        require(response->body.size() <= input.size());
         require(response->body == response->body.trimmed());
         checkReading(*response);
     }
-    if (size < 2) return 0;
-    checkReading({data[0] * 256 + data[1], QString::fromUtf8(bytes.sliced(2)).trimmed()});
-    return 0;
+    if (input.size() < 2) return;
+    const int status = static_cast<quint8>(input[0]) * 256 + static_cast<quint8>(input[1]);
+    checkReading({status, QString::fromUtf8(input.sliced(2)).trimmed()});
 }

@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "protocol/RequestHeadParser.h"
 #include "protocol/Routing.h"
 
@@ -41,14 +41,14 @@ void checkHead(const RequestHeadParser::Complete& complete, platform::ByteView b
 } // namespace
 
 /// However the bytes are cut, a head that is within its limits reads the same.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const platform::ByteView bytes = std::as_bytes(std::span(data, size));
+    const platform::ByteView bytes = platform::bytesOf(input);
     const auto whole = parse(bytes, SIZE_MAX / 2);
     if (const auto* const complete = std::get_if<RequestHeadParser::Complete>(&whole)) {
         checkHead(*complete, bytes);
     }
-    if (size > 4096) return 0;
+    if (bytes.size() > 4096) return;
     const auto cut = parse(bytes, 1);
     require(whole.index() == cut.index());
     if (const auto* const complete = std::get_if<RequestHeadParser::Complete>(&whole)) {
@@ -58,5 +58,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(complete->head.fileName == other.head.fileName);
         require(complete->head.declaredFileSize == other.head.declaredFileSize);
     }
-    return 0;
 }

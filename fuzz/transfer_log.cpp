@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "transferlog/TransferLogJson.h"
 
 using namespace ferrylane;
@@ -31,10 +31,8 @@ void checkOwn(const QString& text, qint64 number)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    checkReading(bytes);
-    checkOwn(QString::fromUtf8(bytes), static_cast<qint64>(size) << (size % 40));
-    return 0;
+    checkReading(input);
+    checkOwn(QString::fromUtf8(input), input.size() << (input.size() % 40));
 }

@@ -1,4 +1,4 @@
-#include "fuzz/Require.h"
+#include "fuzz/Target.h"
 #include "support/MemorySource.h"
 #include "support/UploadStream.h"
 
@@ -98,13 +98,12 @@ void feedAsItIs(ByteView body)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void check(const QByteArray& input)
 {
-    Input input(std::as_bytes(std::span(data, size)));
-    if (input.number() % 2 == 0) {
-        feedAsItIs(input.rest());
+    Input numbers(platform::bytesOf(input));
+    if (numbers.number() % 2 == 0) {
+        feedAsItIs(numbers.rest());
     } else {
-        sealAndChange(input);
+        sealAndChange(numbers);
     }
-    return 0;
 }

@@ -40,4 +40,4 @@ quietly inside "$root" cmake --build /build -j "$(nproc)" \
     --target ferrylane ferrylane-phone ferrylane_test_e2e -- -k 0
 quietly inside "$root" env --chdir=/build cpack
 quietly inside "$root" sh -c 'apt-get -qq install --yes --reinstall /build/*.deb'
-inside "$root" ctest --test-dir /build --label-regex e2e --no-tests=error --output-on-failure
+inside "$root" ctest --test-dir /build -j "$(nproc)" --label-regex e2e --no-tests=error --output-on-failure

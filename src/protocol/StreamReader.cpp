@@ -12,7 +12,7 @@ using platform::MutableByteView;
 
 namespace {
 
-constexpr QByteArrayView lineBreak("\r\n");
+constexpr QByteArrayView chunkLineBreak("\r\n");
 constexpr std::size_t lineBreakBytes = 2;
 /// Most bytes asked of the source at once.
 constexpr std::size_t maximumReceive = 1048576;
@@ -76,7 +76,7 @@ std::optional<StreamFailure> StreamReader::readChunk()
         if (const auto failure = receive(needed - body_.size())) return failure;
     }
     const ByteView end = body_.unread().subspan(bytes, lineBreakBytes);
-    if (platform::textViewOf(end) != lineBreak) return failures::malformedChunk;
+    if (platform::textViewOf(end) != chunkLineBreak) return failures::malformedChunk;
     contentBytes_ = bytes;
     return std::nullopt;
 }
@@ -85,7 +85,7 @@ StreamReader::OrFailure<std::size_t> StreamReader::readChunkSize()
 {
     for (;;) {
         const QByteArrayView unread = platform::textViewOf(body_.unread());
-        const qsizetype lineLength = unread.indexOf(lineBreak);
+        const qsizetype lineLength = unread.indexOf(chunkLineBreak);
         if (lineLength >= 0) {
             const QByteArrayView line = unread.first(lineLength);
             if (!isAscii(line)) return failures::badChunkHeader;

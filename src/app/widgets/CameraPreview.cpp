@@ -9,7 +9,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr double cornerRadius = 12;
+constexpr double previewRadius = 12;
 constexpr double textMargin = 40;
 
 /// The middle part of a picture that has the proportions of an area.
@@ -43,7 +43,7 @@ void CameraPreview::paintEvent(QPaintEvent* /*event*/)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     QPainterPath area;
-    area.addRoundedRect(QRectF(rect()), scaled(cornerRadius), scaled(cornerRadius));
+    area.addRoundedRect(QRectF(rect()), scaled(previewRadius), scaled(previewRadius));
     painter.setClipPath(area);
     painter.fillRect(rect(), Qt::black);
     if (!picture_.isNull()) {

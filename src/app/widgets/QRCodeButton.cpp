@@ -12,7 +12,7 @@ namespace ferrylane {
 namespace {
 
 constexpr QSize codeButtonSize(105, 105);
-constexpr double cornerRadius = 4;
+constexpr double buttonRadius = 4;
 
 /// The code with as many pixels of the screen for each module as there is room for.
 QImage enlarged(const QImage& code, const QSizeF& room)
@@ -58,7 +58,7 @@ QSize QRCodeButton::sizeHint() const
 void QRCodeButton::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    drawFocusRing(painter, *this, cornerRadius);
+    drawFocusRing(painter, *this, buttonRadius);
     if (code_.isNull()) return;
 
     const double pixelRatio = devicePixelRatioF();

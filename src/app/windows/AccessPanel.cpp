@@ -8,7 +8,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QColor background(249, 249, 249);
+constexpr QColor pageColor(249, 249, 249);
 
 } // namespace
 
@@ -16,7 +16,7 @@ AccessPanel::AccessPanel(const QImage& code, const QString& address)
     : PanelWindow(QStringLiteral("Ferrylane \u2014 QR & Address"), {360, 410})
 {
     QPalette colours = palette();
-    colours.setColor(QPalette::Window, background);
+    colours.setColor(QPalette::Window, pageColor);
     setPalette(colours);
     const auto addLine = [this](const QString& text, const TextLook& look, const Place& where) {
         QLabel* const label = addText(*this, text, look);

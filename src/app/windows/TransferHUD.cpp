@@ -19,9 +19,9 @@ namespace ferrylane {
 namespace {
 
 constexpr QSize hudSize(340, 112);
-constexpr double cornerRadius = 14;
+constexpr double hudRadius = 14;
 constexpr double distanceFromEdges = 18;
-constexpr auto doneTime = std::chrono::milliseconds(1500);
+constexpr auto hudDoneTime = std::chrono::milliseconds(1500);
 
 void placeInWindow(QWidget& widget, const Place& where)
 {
@@ -124,7 +124,7 @@ void TransferHUD::finish(const QString& fileName)
 {
     if (!isVisible()) return;
     setTransfer(fileName, 100, progressWindowDoneText());
-    closeTimer_.start(doneTime);
+    closeTimer_.start(hudDoneTime);
 }
 
 void TransferHUD::stop()
@@ -143,13 +143,13 @@ QPoint TransferHUD::cornerOf(const QRect& usableArea, const QSize& window)
 void TransferHUD::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    drawFrame(painter, QRectF(rect()), {colors::card, colors::hudBorder, 1, cornerRadius});
+    drawFrame(painter, QRectF(rect()), {colors::card, colors::hudBorder, 1, hudRadius});
 }
 
 void TransferHUD::resizeEvent(QResizeEvent* /*event*/)
 {
     // Where no compositor blends windows, what is transparent would be black.
-    setMask(touchedPixels(size(), scaled(cornerRadius)));
+    setMask(touchedPixels(size(), scaled(hudRadius)));
 }
 
 } // namespace ferrylane

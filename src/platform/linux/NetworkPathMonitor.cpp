@@ -58,7 +58,7 @@ Path currentPath()
     return path;
 }
 
-FileDescriptor required(int descriptor)
+FileDescriptor opened(int descriptor)
 {
     if (descriptor < 0) {
         throw std::system_error(lastError());
@@ -71,7 +71,7 @@ FileDescriptor required(int descriptor)
 FileDescriptor subscribed()
 {
     FileDescriptor socket
-        = required(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
+        = opened(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
     sockaddr_nl groups{};
     groups.nl_family = AF_NETLINK;
     groups.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE
@@ -97,7 +97,7 @@ public:
     Watch(const std::string& label, Handler handler)
         : handler_(std::move(handler))
         , changes_(subscribed())
-        , closing_(required(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
+        , closing_(opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
         , thread_([this, label] {
             setCurrentThreadName(label);
             run();
