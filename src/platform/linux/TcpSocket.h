@@ -21,6 +21,11 @@ using Strand = asio::strand<asio::io_context::executor_type>;
 
 /// Its members are touched on the strand only.
 struct TcpConnection::Socket {
+    Socket(Strand where, asio::ip::tcp::socket connected)
+        : strand(std::move(where)), tcp(std::move(connected))
+    {
+    }
+
     Strand strand;
     asio::ip::tcp::socket tcp; ///< made on the strand, by an acceptor that sends without delay
     asio::steady_timer closing{strand};
