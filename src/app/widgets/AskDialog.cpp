@@ -11,7 +11,7 @@ namespace ferrylane {
 
 namespace {
 
-constexpr int textWidth = 340;
+constexpr int dialogTextWidth = 340;
 
 } // namespace
 
@@ -23,7 +23,7 @@ AskDialog::AskDialog(QWidget* parent, const QString& message, const QString& inf
     const auto addLine = [this](const QString& text, const TextLook& look) {
         QLabel* const label = addText(*this, wrappableText(text), look);
         label->setWordWrap(true);
-        label->setMinimumWidth(scaled(QSize(textWidth, 0)).width());
+        label->setMinimumWidth(scaled(QSize(dialogTextWidth, 0)).width());
         layout_->addWidget(label);
     };
     addLine(textForWindow(message), {13, QFont::Bold, colors::dark});
