@@ -38,7 +38,7 @@ struct ReceiverContext {
     TransferAdmission admission;
     const std::shared_ptr<OpenConnections> connections = std::make_shared<OpenConnections>(
         ConnectionLimits::forDescriptors(platform::descriptorLimit()));
-    platform::ThreadQueue recordQueue{"ferrylane.receive.records"};
+    platform::ThreadQueue uploads{"ferrylane.receive.uploads"};
 };
 
 } // namespace ferrylane

@@ -4,35 +4,30 @@
 
 namespace ferrylane {
 
-TransferAdmission::Place::Place(Place&& other) noexcept
-    : admission_(std::exchange(other.admission_, nullptr)), connection_(other.connection_)
-{
-}
-
 TransferAdmission::Place::~Place()
 {
-    if (!admission_) return;
-    const std::lock_guard lock(admission_->mutex_);
+    const std::lock_guard lock(admission_.mutex_);
     // Another may have taken the place of one that was cancelled.
-    if (admission_->activeTransferConnection_.get() != connection_) return;
-    admission_->activeTransferConnection_ = nullptr;
-    admission_->storing_.reset();
+    if (admission_.activeTransferConnection_.get() != connection_) return;
+    admission_.activeTransferConnection_ = nullptr;
+    admission_.storing_.reset();
 }
 
 bool TransferAdmission::Place::beginStoring(const QString& fileName)
 {
-    const std::lock_guard lock(admission_->mutex_);
-    if (admission_->activeTransferConnection_.get() != connection_) return false;
-    admission_->storing_ = fileName;
+    const std::lock_guard lock(admission_.mutex_);
+    if (admission_.activeTransferConnection_.get() != connection_) return false;
+    admission_.storing_ = fileName;
     return true;
 }
 
-std::optional<TransferAdmission::Place> TransferAdmission::tryAdmit(const Connection& connection)
+std::unique_ptr<TransferAdmission::Place> TransferAdmission::tryAdmit(const Connection& connection)
 {
     const std::lock_guard lock(mutex_);
-    if (!open_ || outboundBusy_ || activeTransferConnection_) return std::nullopt;
+    if (!open_ || outboundBusy_ || activeTransferConnection_) return nullptr;
+    auto place = std::make_unique<Place>(*this, connection.get());
     activeTransferConnection_ = connection;
-    return Place(*this, connection.get());
+    return place;
 }
 
 TransferAdmission::Connection TransferAdmission::takeActive()

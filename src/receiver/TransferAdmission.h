@@ -18,27 +18,25 @@ public:
     /// An upload's place. The service is free again when it goes. The admission must outlive it.
     class Place {
     public:
-        Place(Place&& other) noexcept;
-        Place& operator=(Place&&) = delete;
+        Place(TransferAdmission& admission, const platform::TcpConnection* connection)
+            : admission_(admission), connection_(connection)
+        {
+        }
         ~Place();
+        Place(const Place&) = delete;
+        Place& operator=(const Place&) = delete;
 
         /// The file of this name is whole and is about to be stored: takeActive() leaves it alone
         /// from now on. False when it has been taken already.
         [[nodiscard]] bool beginStoring(const QString& fileName);
 
     private:
-        friend class TransferAdmission;
-        Place(TransferAdmission& admission, const platform::TcpConnection* connection)
-            : admission_(&admission), connection_(connection)
-        {
-        }
-
-        TransferAdmission* admission_;
-        const platform::TcpConnection* connection_;
+        TransferAdmission& admission_;
+        const platform::TcpConnection* const connection_;
     };
 
-    /// Makes `connection` the active one; none when the service is busy or off.
-    [[nodiscard]] std::optional<Place> tryAdmit(const Connection& connection);
+    /// Makes `connection` the active one; null when the service is busy or off.
+    [[nodiscard]] std::unique_ptr<Place> tryAdmit(const Connection& connection);
     /// Takes the active connection, if there is one, for the caller to cancel. The service is free
     /// at once. One whose file is being stored stays: it is too late to stop it.
     [[nodiscard]] Connection takeActive();

@@ -81,7 +81,7 @@ void HTTPServer::startListener()
                 Qt::QueuedConnection);
         },
         [context = context_](std::shared_ptr<platform::TcpConnection> connection) {
-            RequestSession::begin(context, std::move(connection));
+            serveRequest(context, std::move(connection));
         });
 }
 
