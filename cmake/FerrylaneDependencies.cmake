@@ -12,7 +12,10 @@ find_package(Threads REQUIRED)
 find_path(FERRYLANE_ASIO_INCLUDE asio.hpp REQUIRED)
 add_library(ferrylane_asio INTERFACE IMPORTED)
 target_include_directories(ferrylane_asio SYSTEM INTERFACE "${FERRYLANE_ASIO_INCLUDE}")
-target_compile_definitions(ferrylane_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+# How Asio allocates would else depend on whether a header of the standard library comes before its
+# first one, and so differ from file to file: one file would free what another has allocated.
+target_compile_definitions(ferrylane_asio INTERFACE
+    ASIO_STANDALONE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(ferrylane_asio INTERFACE Threads::Threads)
 
 # Avahi has no package file for CMake either.
