@@ -42,7 +42,7 @@ string(JOIN "|" widget_headers
 # The operating system and the libraries that stand in for it, behind platform's own headers.
 set(folder_of_system_headers platform/linux)
 string(JOIN "|" system_headers
-    "asio(\\.hpp|/.*)" "openssl/.*" "qrencode\\.h" "avahi-.*" "QtDBus(/.*)?" "QDBus.*"
+    "asio(\\.hpp|/.*)" "openssl/.*" "qrencode\\.h" "QtDBus(/.*)?" "QDBus.*"
     "sys/(socket|un|ioctl|epoll|eventfd)\\.h" "net/.*" "netinet/.*" "arpa/.*" "netdb\\.h"
     "ifaddrs\\.h" "linux/.*")
 

@@ -18,15 +18,6 @@ target_compile_definitions(ferrylane_asio INTERFACE
     ASIO_STANDALONE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(ferrylane_asio INTERFACE Threads::Threads)
 
-# Avahi has no package file for CMake either.
-find_path(FERRYLANE_AVAHI_INCLUDE avahi-client/client.h REQUIRED)
-find_library(FERRYLANE_AVAHI_CLIENT avahi-client REQUIRED)
-find_library(FERRYLANE_AVAHI_COMMON avahi-common REQUIRED)
-add_library(ferrylane_avahi INTERFACE IMPORTED)
-target_include_directories(ferrylane_avahi SYSTEM INTERFACE "${FERRYLANE_AVAHI_INCLUDE}")
-target_link_libraries(ferrylane_avahi INTERFACE
-    "${FERRYLANE_AVAHI_CLIENT}" "${FERRYLANE_AVAHI_COMMON}")
-
 find_path(FERRYLANE_QRENCODE_INCLUDE qrencode.h REQUIRED)
 find_library(FERRYLANE_QRENCODE qrencode REQUIRED)
 add_library(ferrylane_qrencode INTERFACE IMPORTED)

@@ -6,7 +6,7 @@
 #include "platform/EndLimit.h"
 #include "platform/SingleInstance.h"
 #include "platform/TerminationSignals.h"
-#include "platform/TrayNotices.h"
+#include "platform/TrayWatch.h"
 #include "service/FerrylaneService.h"
 
 #include <QApplication>
@@ -48,7 +48,9 @@ int run(platform::SingleInstance* instance, const QByteArray& action, End& end)
     ferrylane::FerrylaneService service;
     AppDelegate application(service);
     application.applicationDidFinishLaunching();
-    const platform::TrayNotices trayNotices([&] { application.trayDidAppear(); });
+    const platform::TrayWatch trayWatch;
+    QObject::connect(
+        &trayWatch, &platform::TrayWatch::appeared, &application, &AppDelegate::trayDidAppear);
     if (instance) {
         instance->setRequestHandler(
             [&](const QByteArray& request) { application.perform(request); });
@@ -120,6 +122,7 @@ int main(int argc, char** argv)
     qInstallMessageHandler(logFaults);
     platform::raiseDescriptorLimit();
     doWithoutDisplay();
+    platform::startNoSessionBus();
     End end; // ends last
     const QApplication toolkit(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Ferrylane"));
@@ -136,10 +139,9 @@ int main(int argc, char** argv)
     }
     QApplication::setQuitOnLastWindowClosed(false);
     ferrylane::useLightAppearance();
-    // To the end: one that comes while the program ends is no reason to end it sooner.
-    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
     int exitCode = 1;
     try {
+        platform::quitOnTerminationSignals();
         exitCode = run(instance.get(), action, end);
     } catch (const std::system_error& error) {
         sayWhyNot(QStringLiteral("Ferrylane cannot run: %1.")

@@ -1,19 +1,18 @@
 #pragma once
 
 #include "discovery/Allowance.h"
-#include "discovery/DiscoveryScanner.h"
-#include "discovery/NearbyNames.h"
 #include "discovery/PairedAddresses.h"
-#include "platform/Clock.h"
-#include "platform/SerialQueue.h"
-#include "platform/ServiceBrowser.h"
+#include "discovery/UdpScanner.h"
+#include "platform/DnsSd.h"
+#include "platform/ThreadQueue.h"
 
-#include <QString>
+#include <QObject>
 #include <QStringList>
 
-#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 
 namespace ferrylane {
@@ -22,83 +21,63 @@ namespace ferrylane {
 /// once and then every three seconds, by scanning over UDP. This computer is never in it. What a
 /// scan finds also keeps the addresses of the paired phones current. Starts nothing by itself.
 ///
-/// Everything public belongs to the main thread, which also runs the handler. Scans, what follows
-/// from them and what browsing yields run on a queue of its own, which a scan keeps busy for its
-/// 1.2 seconds (at most ten, see UdpScanner); browse results wait meanwhile.
-///
-/// stop() and the destructor wait for no scan to come to its end: one in flight is cut short. The
-/// destructor waits for a paired phone's new address to be written. After stop() the handler gets
-/// nothing but one empty list until start() is called again; after the destructor it gets nothing
-/// at all.
-class FerrylaneDeviceDiscovery {
+/// Everything public belongs to the main thread. Scans run on a thread of their own, which also
+/// writes the paired phones' new addresses. stop() waits for nothing, and the destructor for no
+/// scan to come to its end, but for an address that is being written.
+class FerrylaneDeviceDiscovery final : public QObject {
+    Q_OBJECT
+
 public:
-    /// Gets the complete sorted list after every look at the network, be it the same as before.
-    using ChangeHandler = std::function<void(const QStringList& names)>;
+    /// Of the names that were heard of over UDP, which anybody can make up, no more are kept: those
+    /// that are there stay, and newcomers wait for one of them to fall silent.
+    static constexpr std::size_t maximumSeen = 256;
 
-    /// What it works with. `mainQueue` and `clock` must outlive it.
-    struct Parts {
-        platform::SerialQueue& mainQueue;
-        const platform::Clock& clock;
-        /// Its own queue. Destroying the queue must wait for the running task, as that of a
-        /// platform::ThreadQueue does.
-        std::unique_ptr<platform::SerialQueue> queue;
-        /// Called at every start.
-        std::function<std::unique_ptr<platform::ServiceBrowser>()> makeBrowser;
-        std::unique_ptr<DiscoveryScanner> scanner;
-        /// This computer's name, from any thread.
-        std::function<QString()> deviceName;
-
-        /// The ones of the running system. What is announced as `ownService` is not browsed for.
-        [[nodiscard]] static Parts ofSystem(platform::SerialQueue& mainQueue,
-            const platform::Clock& clock,
-            const std::shared_ptr<const platform::AnnouncedName>& ownService);
+    struct Rules {
+        ScanRules scan = {};
+        platform::Duration period = std::chrono::seconds(3);
+        /// How long a name that has answered stays in the list.
+        platform::Duration grace = std::chrono::seconds(10);
     };
 
-    explicit FerrylaneDeviceDiscovery(Parts parts);
-    ~FerrylaneDeviceDiscovery();
+    explicit FerrylaneDeviceDiscovery(Rules rules) : rules_(rules) {}
+    FerrylaneDeviceDiscovery() : FerrylaneDeviceDiscovery(Rules()) {}
+    ~FerrylaneDeviceDiscovery() override;
     FerrylaneDeviceDiscovery(const FerrylaneDeviceDiscovery&) = delete;
     FerrylaneDeviceDiscovery& operator=(const FerrylaneDeviceDiscovery&) = delete;
 
-    void setOnChange(ChangeHandler onChange);
-
-    /// Does nothing when it runs already. When browsing fails that is logged, and scanning goes on.
-    void start();
-    /// Publishes an empty list, also when it does not run.
+    /// What `own` announces, if that is given, is not browsed for. Does nothing when it runs
+    /// already. When browsing fails that is logged, and scanning goes on.
+    void start(const platform::ServicePublisher* own = nullptr);
+    /// Tells of an empty list, also when it does not run, and of nothing more until it is started.
     void stop();
 
+Q_SIGNALS:
+    /// The complete sorted list after every look at the network, be it the same as before. Every
+    /// name is there once, names that differ in case being different ones.
+    void namesChanged(const QStringList& names);
+
 private:
-    // On its own queue. `run` is stopped when the start that it came from has been followed by a
-    // stop.
-    void tick(const std::stop_token& run);
-    void accept(const DiscoveryReply& reply, const platform::Endpoint& source);
-    void takeAdvertised(const QStringList& instanceNames, const std::stop_token& run);
-    void emitSnapshot(const std::stop_token& run);
-    void forget();
+    /// On the scans' thread, until `run` is stopped.
+    void scanLoop(const std::stop_token& run);
+
+    void takeScan(const Scan& scan);
+    void takeAdvertised(const QStringList& instanceNames);
+    void markSeen(const QString& name, platform::TimePoint time);
+    void forgetSilent(platform::TimePoint now);
+    void emitSnapshot();
     void logNames(const QStringList& names);
-    [[nodiscard]] bool isOwnName(const QString& name) const;
 
-    void browse();
-    void publish(const QStringList& names, const std::stop_token& run);
-
-    Parts parts_;
-    platform::SerialQueue& queue_;
-    /// Shared, so that what waits in the main queue finds out when it is gone.
-    std::shared_ptr<ChangeHandler> onChange_;
-
-    // Of the main thread.
+    Rules rules_;
     std::stop_source run_;
     std::unique_ptr<platform::ServiceBrowser> browser_; ///< there while started
-
-    // Of the own queue.
-    NearbyNames nearby_;
-    PairedAddresses pairedAddresses_;
+    std::set<QString> bonjourNames_;
+    std::map<QString, platform::TimePoint> udpSeen_;
     std::optional<QStringList> loggedNames_;
     /// Whoever wants can change the names at every look; the log then gets them now and then.
     Allowance namesLines_{1.0 / 30, 20};
-    std::shared_ptr<platform::DelayedTask> nextTick_;
 
-    /// Has the thread, so it goes first; its tasks use it through queue_ until then.
-    std::unique_ptr<platform::SerialQueue> ownedQueue_;
+    PairedAddresses pairedAddresses_; ///< of the scans' thread
+    platform::ThreadQueue queue_{"ferrylane.mac.discovery"};
 };
 
 } // namespace ferrylane

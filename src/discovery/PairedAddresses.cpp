@@ -3,23 +3,48 @@
 #include "core/Log.h"
 #include "pairing/PairedTargets.h"
 
-#include <utility>
+#include <map>
 
 namespace ferrylane {
 
-void PairedAddresses::claim(const DiscoveryReply& reply, const platform::Endpoint& source)
+namespace {
+
+struct Claim {
+    std::uint32_t host = 0;
+    QString baseURL; ///< empty when the host has told no port that can be reached
+    bool isContested = false;
+};
+
+struct AnyCase {
+    bool operator()(const QString& left, const QString& right) const
+    {
+        return left.compare(right, Qt::CaseInsensitive) < 0;
+    }
+};
+
+using Claims = std::map<QString, Claim, AnyCase>;
+
+Claims claimsIn(const Scan& scan)
 {
-    const auto [entry, isFirst] = claims_.try_emplace(reply.name, Claim{source.address, {}, false});
-    Claim& claim = entry->second;
-    claim.isContested = claim.isContested || claim.host != source.address;
-    if (!reply.tcpPort) return;
-    claim.baseURL = QStringLiteral("http://%1:%2").arg(source.addressText()).arg(*reply.tcpPort);
+    Claims claims;
+    for (const auto& [device, source, time] : scan.replies) {
+        const auto [entry, isFirst]
+            = claims.try_emplace(device.name, Claim{source.address, {}, false});
+        Claim& claim = entry->second;
+        claim.isContested = claim.isContested || claim.host != source.address;
+        if (!device.tcpPort) continue;
+        claim.baseURL
+            = QStringLiteral("http://%1:%2").arg(source.addressText()).arg(*device.tcpPort);
+    }
+    return claims;
 }
 
-void PairedAddresses::refresh()
+} // namespace
+
+void PairedAddresses::refresh(const Scan& scan)
 {
-    const auto claims = std::exchange(claims_, {});
-    if (claims.empty()) return;
+    if (scan.outcome != Scan::Outcome::complete || scan.replies.empty()) return;
+    const Claims claims = claimsIn(scan);
     for (const FerrylanePairedTarget& target : loadFerrylanePairedTargets()) {
         const auto found = claims.find(target.name);
         if (found == claims.end()) continue;

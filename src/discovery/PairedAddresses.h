@@ -1,12 +1,8 @@
 #pragma once
 
-#include "platform/DatagramSocket.h"
-#include "protocol/DiscoveryProtocol.h"
+#include "discovery/UdpScanner.h"
 
-#include <QString>
 #include <QStringList>
-
-#include <map>
 
 namespace ferrylane {
 
@@ -15,30 +11,14 @@ namespace ferrylane {
 /// anybody can claim a name. For one thread, which reads and may write the file of paired phones.
 class PairedAddresses {
 public:
-    /// A reply of the scan that is under way. Every name claimed is kept until it ends.
-    void claim(const DiscoveryReply& reply, const platform::Endpoint& source);
-    /// The scan has come to its end. A phone whose name several hosts claim keeps its address,
-    /// which the log tells once until a scan finds it claimed otherwise.
-    void refresh();
-    /// The scan was not complete: a name may be another's, too.
-    void forgetClaims() { claims_.clear(); }
+    /// Nothing follows from a scan that is not complete: a name may be another's, too. A phone
+    /// whose name several hosts claim keeps its address, which the log tells once until a scan
+    /// finds it claimed otherwise.
+    void refresh(const Scan& scan);
 
 private:
-    struct Claim {
-        std::uint32_t host = 0;
-        QString baseURL; ///< empty when the host has told no port that can be reached
-        bool isContested = false;
-    };
-    struct AnyCase {
-        bool operator()(const QString& left, const QString& right) const
-        {
-            return left.compare(right, Qt::CaseInsensitive) < 0;
-        }
-    };
-
     void tellContested(const QString& name, const QString& address);
 
-    std::map<QString, Claim, AnyCase> claims_;
     QStringList contested_; ///< the paired names of which the log has told
 };
 

@@ -8,10 +8,10 @@ namespace ferrylane {
 
 namespace {
 
-std::shared_ptr<platform::DatagramSocket> openSocket()
+std::unique_ptr<platform::DatagramSocket> openSocket()
 {
     try {
-        return platform::DatagramSocket::unbound(UdpScanner::silence);
+        return platform::DatagramSocket::unbound();
     } catch (const std::system_error&) {
         // The next scan, in a few seconds, tries again.
         return nullptr;
@@ -20,41 +20,39 @@ std::shared_ptr<platform::DatagramSocket> openSocket()
 
 } // namespace
 
-DiscoveryScanner::Outcome UdpScanner::scan(const ReplyHandler& onReply, const std::stop_token& stop)
+Scan scanUDP(const std::stop_token& stop, const ScanRules& rules)
 {
+    using Outcome = platform::DatagramSocket::Outcome;
+    Scan scan;
     const auto socket = openSocket();
-    if (!socket) return Outcome::notAsked;
-
+    if (!socket) return scan;
     const std::stop_callback cutShort(stop, [&] { socket->close(); });
-    socket->send(platform::bytesOf(discoveryRequest.toByteArray()), to_);
-    return collect(*socket, onReply, stop);
-}
+    socket->send(platform::bytesOf(discoveryRequest.toByteArray()), rules.to);
 
-DiscoveryScanner::Outcome UdpScanner::collect(platform::DatagramSocket& socket,
-    const ReplyHandler& onReply, const std::stop_token& stop) const
-{
-    using Received = platform::DatagramSocket::Outcome;
-    const platform::TimePoint end = clock_.now() + maximumLength;
+    const platform::SteadyClock clock;
+    const platform::TimePoint end = clock.now() + rules.maximumLength;
     std::array<std::byte, maximumDiscoveryBytes> buffer{};
     std::map<std::uint32_t, int> repliesOf;
-    auto quietEnd = Outcome::complete;
-    for (int replies = 0; replies < maximumReplies && clock_.now() < end;) {
-        const auto received = socket.receive(buffer);
-        if (stop.stop_requested()) return Outcome::cutShort;
-        if (received.outcome == Received::timedOut) return quietEnd;
-        if (received.outcome != Received::received || received.length == 0) break;
+    bool hasHeardAll = true;
+    scan.outcome = Scan::Outcome::cutShort;
+    while (scan.replies.size() < ScanRules::maximumReplies && clock.now() < end) {
+        const auto received = socket->receive(buffer, rules.silence);
+        if (stop.stop_requested()) break;
+        if (received.outcome == Outcome::timedOut && hasHeardAll) {
+            scan.outcome = Scan::Outcome::complete;
+        }
+        if (received.outcome != Outcome::received || received.length == 0) break;
 
-        const auto reply = parseDiscoveryReply(platform::ByteView(buffer).first(received.length));
-        if (!reply) continue;
-        if (++repliesOf[received.source.address] > maximumRepliesOfOneHost) {
+        const auto device = parseDiscoveryReply(platform::ByteView(buffer).first(received.length));
+        if (!device) continue;
+        if (++repliesOf[received.source.address] > ScanRules::maximumRepliesOfOneHost) {
             // Somebody may have sent the first ones under this host's address.
-            quietEnd = Outcome::cutShort;
+            hasHeardAll = false;
             continue;
         }
-        onReply(*reply, received.source);
-        ++replies;
+        scan.replies.push_back({*device, received.source, clock.now()});
     }
-    return Outcome::cutShort;
+    return scan;
 }
 
 } // namespace ferrylane

@@ -33,12 +33,11 @@ public:
     };
 
     /// Bound to `port` on every interface, shared with others that bind it so (SO_REUSEADDR and
-    /// SO_REUSEPORT). receive() waits `receiveTimeout` at most. Throws std::system_error, with EIO
-    /// when there is no socket to be had, else with what bind(2) said.
-    [[nodiscard]] static std::shared_ptr<DatagramSocket> bound(
-        std::uint16_t port, Duration receiveTimeout);
+    /// SO_REUSEPORT). Throws std::system_error, with EIO when there is no socket to be had, else
+    /// with what bind(2) said.
+    [[nodiscard]] static std::unique_ptr<DatagramSocket> bound(std::uint16_t port);
     /// Not bound; may send to broadcast addresses. Throws std::system_error.
-    [[nodiscard]] static std::shared_ptr<DatagramSocket> unbound(Duration receiveTimeout);
+    [[nodiscard]] static std::unique_ptr<DatagramSocket> unbound();
 
     ~DatagramSocket();
     DatagramSocket(const DatagramSocket&) = delete;
@@ -46,7 +45,7 @@ public:
 
     /// A datagram longer than the buffer leaves its first bytes. A wait that was interrupted, or
     /// that ended with a datagram found damaged, counts as timed out.
-    [[nodiscard]] Received receive(MutableByteView buffer);
+    [[nodiscard]] Received receive(MutableByteView buffer, Duration atMost = std::chrono::hours(1));
     /// Errors are ignored: a datagram may get lost in any case.
     ///
     /// Datagrams to hosts of the local network that do not answer stay in the socket's buffer for
@@ -54,12 +53,12 @@ public:
     /// new one on the same port, so that those to other hosts are not held up.
     void send(ByteView datagram, const Endpoint& to);
     /// Ends receive() with Outcome::closed, the waiting one at once and all from then on. The port
-    /// is free once the last holder has let go of the socket.
+    /// is free once the socket has been destroyed.
     void close();
 
 private:
     struct State;
-    explicit DatagramSocket(std::unique_ptr<State> state);
+    explicit DatagramSocket(std::optional<std::uint16_t> port);
 
     std::unique_ptr<State> state_;
 };

@@ -30,40 +30,27 @@ QString describe(const std::system_error& error)
     return QString::fromStdString(error.code().message());
 }
 
-/// Without one, a network that changes is not noticed. `onChange` is called on its thread.
-std::unique_ptr<platform::NetworkPathMonitor> watchNetworkPath(
-    platform::NetworkPathMonitor::Handler onChange)
-{
-    try {
-        return std::make_unique<platform::NetworkPathMonitor>(
-            "ferrylane.network.path", std::move(onChange));
-    } catch (const std::system_error& error) {
-        flLog(QStringLiteral("Could not watch the network: ") + describe(error));
-        return nullptr;
-    }
-}
-
 } // namespace
 
 FerrylaneService::FerrylaneService()
     : network_("ferrylane.conn")
-    , sleepInhibitor_(QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"))
+    , sleep_(QStringLiteral("Ferrylane"), QStringLiteral("Files are being transferred"))
     , visible_(userSettings().boolean(ferrylaneVisibleKey, true))
     , serviceRunning_(userSettings().boolean(ferrylaneServiceRunningKey, true))
-    , deviceDiscovery_(FerrylaneDeviceDiscovery::Parts::ofSystem(mainQueue_, clock_, nullptr))
-    , wakeNotices_(
-          [this] { scheduleNetworkRebind(QStringLiteral("system wake"), wakeSettlingTime); })
 {
     for (QTimer* const timer : {&autoOffTimer_, &pendingNetworkRebind_, &secondRefresh_}) {
         timer->setSingleShot(true);
     }
     autoOffTimer_.callOnTimeout(this, [this] { switchTo(false); });
     secondRefresh_.callOnTimeout(this, &FerrylaneService::refreshPairingLink);
-    deviceDiscovery_.setOnChange([this](const QStringList& names) {
-        if (std::exchange(availableDeviceNames_, names) != names) {
-            Q_EMIT availableDevicesChanged(names);
-        }
-    });
+    connect(&sleep_, &platform::SystemSleep::didWake, this,
+        [this] { scheduleNetworkRebind(QStringLiteral("system wake"), wakeSettlingTime); });
+    connect(&deviceDiscovery_, &FerrylaneDeviceDiscovery::namesChanged, this,
+        [this](const QStringList& names) {
+            if (std::exchange(availableDeviceNames_, names) != names) {
+                Q_EMIT availableDevicesChanged(names);
+            }
+        });
 }
 
 FerrylaneService::~FerrylaneService()
@@ -76,13 +63,11 @@ void FerrylaneService::begin()
     createServer();
     if (server_) server_->setVisible(visible_);
     if (serviceRunning_) {
-        deviceDiscovery_.start();
+        startDiscovery();
     } else if (server_) {
         server_->stopService();
     }
-    networkPathMonitor_ = watchNetworkPath([this](bool isSatisfied) {
-        QMetaObject::invokeMethod(this, [this, isSatisfied] { networkPathChanged(isSatisfied); });
-    });
+    watchNetworkPath();
     scheduleAutoOff();
     if (health_.isFaulty() && serviceRunning_) giveUpService();
 }
@@ -170,7 +155,7 @@ void FerrylaneService::switchTo(bool on)
             server_->setVisible(visible_);
             Q_EMIT pairingLinkChanged(pairingLink());
         }
-        deviceDiscovery_.start();
+        startDiscovery();
     } else {
         if (outboundSender_) outboundSender_->cancel();
         deviceDiscovery_.stop();
@@ -208,6 +193,23 @@ void FerrylaneService::deviceRenamed()
 
 // The network.
 
+void FerrylaneService::startDiscovery()
+{
+    deviceDiscovery_.start(server_ ? &server_->presence().publisher() : nullptr);
+}
+
+/// Without a monitor, a network that changes is not noticed.
+void FerrylaneService::watchNetworkPath()
+{
+    try {
+        networkPathMonitor_ = std::make_unique<platform::NetworkPathMonitor>();
+    } catch (const std::system_error& error) {
+        return flLog(QStringLiteral("Could not watch the network: ") + describe(error));
+    }
+    connect(networkPathMonitor_.get(), &platform::NetworkPathMonitor::pathChanged, this,
+        &FerrylaneService::networkPathChanged);
+}
+
 void FerrylaneService::networkPathChanged(bool isSatisfied)
 {
     if (!isSatisfied) {
@@ -234,7 +236,7 @@ void FerrylaneService::rebind(const QString& reason)
     if (!serviceRunning_) return;
     if (server_) server_->rebindAfterNetworkChange(reason);
     deviceDiscovery_.stop();
-    deviceDiscovery_.start();
+    startDiscovery();
     refreshPairingLink();
     secondRefresh_.start(secondRefreshDelay);
 }
@@ -274,9 +276,9 @@ void FerrylaneService::stopCurrentTransfer()
 void FerrylaneService::keepAwakeAsNeeded()
 {
     if (isReceiving_ || isSending()) {
-        sleepInhibitor_.hold();
+        sleep_.inhibit();
     } else {
-        sleepInhibitor_.release();
+        sleep_.release();
     }
 }
 

@@ -88,6 +88,8 @@ private:
     void switchTo(bool on);
     void scheduleAutoOff();
 
+    void startDiscovery();
+    void watchNetworkPath();
     void networkPathChanged(bool isSatisfied);
     void scheduleNetworkRebind(const QString& reason, std::chrono::milliseconds delay);
     void rebind(const QString& reason);
@@ -103,7 +105,7 @@ private:
     const platform::SteadyClock clock_;
     platform::MainQueue mainQueue_;
     platform::TcpNetwork network_;
-    platform::SleepInhibitor sleepInhibitor_;
+    platform::SystemSleep sleep_;
     TransferLogKeeper transferLog_;
     ServiceHealth health_;
     QStringList availableDeviceNames_;
@@ -124,7 +126,6 @@ private:
     FerrylaneDeviceDiscovery deviceDiscovery_;
     std::unique_ptr<FerrylaneV4Sender> outboundSender_;
     std::unique_ptr<platform::NetworkPathMonitor> networkPathMonitor_;
-    platform::WakeNotices wakeNotices_;
 };
 
 } // namespace ferrylane

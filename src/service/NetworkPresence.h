@@ -1,39 +1,33 @@
 #pragma once
 
-#include "core/Service.h"
 #include "discovery/UdpResponder.h"
-#include "platform/ServicePublisher.h"
-
-#include <atomic>
-#include <cstdint>
-#include <memory>
+#include "platform/DnsSd.h"
 
 namespace ferrylane {
 
 /// How a receiver service shows itself to the network: it answers discovery requests over UDP, and
-/// is announced by DNS-SD.
+/// is announced by DNS-SD. Main thread.
 class NetworkPresence {
 public:
     explicit NetworkPresence(std::uint16_t tcpPort = port);
 
+    /// Answers discovery requests from now on. Throws std::system_error when UDP port 8789 cannot
+    /// be opened.
     void start() { responder_.start(); }
     void stop() { responder_.stop(); }
-    void setVisible(bool visible) { visible_ = visible; }
+    /// While not visible, requests are not answered.
+    void setVisible(bool visible) { responder_.setVisible(visible); }
 
     void announce(const QString& name);
-    void withdraw() { publisher_->withdraw(); }
+    void withdraw() { publisher_.withdraw(); }
 
-    /// The name under which DNS-SD shows this service.
-    [[nodiscard]] std::shared_ptr<const platform::AnnouncedName> announcedName() const
-    {
-        return publisher_->announcedName();
-    }
+    /// Knows the name under which DNS-SD shows this service.
+    [[nodiscard]] const platform::ServicePublisher& publisher() const { return publisher_; }
 
 private:
     std::uint16_t tcpPort_;
-    std::atomic<bool> visible_ = true;
+    platform::ServicePublisher publisher_;
     UdpResponder responder_;
-    std::unique_ptr<platform::ServicePublisher> publisher_;
 };
 
 } // namespace ferrylane

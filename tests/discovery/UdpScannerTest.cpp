@@ -1,85 +1,33 @@
 #include "discovery/UdpScanner.h"
 
-#include "support/Waiting.h"
+#include "Phones.h"
+#include "support/QtPrinting.h"
 
 #include <QStringList>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <thread>
-#include <vector>
-
+using namespace Qt::StringLiterals;
 using namespace ferrylane;
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::uint32_t loopback = 0x7F000001;
-using Outcome = DiscoveryScanner::Outcome;
+using Outcome = Scan::Outcome;
 
-/// Waits for one request and answers it with these datagrams.
-class Phone {
-public:
-    explicit Phone(const std::vector<QByteArray>& answers)
-        : thread_([this, answers] { run(answers); })
-    {
-    }
-    ~Phone()
-    {
-        done_ = true;
-        socket_->close();
-        thread_.join();
-    }
-
-    /// Repeats the last answer until this goes.
-    void flood() { flooding_ = true; }
-    [[nodiscard]] bool wasAsked() const { return asked_; }
-
-private:
-    void run(const std::vector<QByteArray>& answers)
-    {
-        std::array<std::byte, 100> buffer{};
-        const auto received = socket_->receive(buffer);
-        if (received.outcome != platform::DatagramSocket::Outcome::received) return;
-        asked_ = isDiscoveryRequest(platform::ByteView(buffer).first(received.length));
-        for (const QByteArray& answer : answers) {
-            socket_->send(platform::bytesOf(answer), received.source);
-        }
-        while (flooding_ && !done_) {
-            socket_->send(platform::bytesOf(answers.back()), received.source);
-        }
-    }
-
-    std::atomic<bool> asked_ = false;
-    std::atomic<bool> flooding_ = false;
-    std::atomic<bool> done_ = false;
-    std::shared_ptr<platform::DatagramSocket> socket_
-        = platform::DatagramSocket::bound(discoveryPort, support::patience);
-    std::thread thread_;
-};
+constexpr auto silence = 300ms;
 
 class UdpScannerTest : public testing::Test {
 protected:
-    DiscoveryScanner::Outcome scan(const platform::Endpoint& to = {loopback, discoveryPort})
+    Scan scan(const ScanRules& rules = {Phones::network, silence, 10s})
     {
         const auto start = std::chrono::steady_clock::now();
-        const auto outcome
-            = UdpScanner(clock_, to)
-                  .scan(
-                      [this](const DiscoveryReply& reply, const platform::Endpoint& source) {
-                          names_.append(reply.name);
-                          EXPECT_EQ(source, (platform::Endpoint{loopback, discoveryPort}));
-                      },
-                      stop_.get_token());
+        Scan scan = scanUDP(stop_.get_token(), rules);
         duration_ = std::chrono::steady_clock::now() - start;
-        return outcome;
+        return scan;
     }
 
-    platform::SteadyClock clock_;
     std::stop_source stop_;
-    QStringList names_;
     platform::Duration duration_{};
 };
 
@@ -87,53 +35,61 @@ protected:
 
 TEST_F(UdpScannerTest, collectsTheRepliesUntilNoneComes)
 {
-    const Phone phone({discoveryReply(QStringLiteral("a"), 1), "no reply",
-        discoveryRequest.toByteArray(), discoveryReply(QStringLiteral("b"), 2)});
-    EXPECT_EQ(scan(), Outcome::complete);
-    EXPECT_TRUE(phone.wasAsked());
-    EXPECT_EQ(names_, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
-    EXPECT_GE(duration_, UdpScanner::silence);
+    Phones phones;
+    phones.setAnswers({{discoveryReply(u"a"_s, 1), 7}, {"no reply"},
+        {discoveryRequest.toByteArray()}, {discoveryReply(u"b"_s, 2)}});
+    const Scan found = scan();
+    EXPECT_EQ(found.outcome, Outcome::complete);
+    EXPECT_GE(duration_, silence);
+    EXPECT_EQ(phones.requests(), 1);
+    ASSERT_EQ(found.replies.size(), 2U);
+    EXPECT_EQ(found.replies[0].device, (DiscoveryReply{u"a"_s, 1}));
+    EXPECT_EQ(found.replies[0].source.address, 0x7F000007U);
+    EXPECT_EQ(found.replies[1].device, (DiscoveryReply{u"b"_s, 2}));
 }
 
 TEST_F(UdpScannerTest, endsWithAnEmptyDatagram)
 {
-    const Phone phone({QByteArray(), discoveryReply(QStringLiteral("late"), 1)});
-    EXPECT_EQ(scan(), Outcome::cutShort);
-    EXPECT_TRUE(names_.isEmpty());
-    EXPECT_LT(duration_, UdpScanner::silence);
+    Phones phones;
+    phones.setAnswers({{QByteArray()}, {discoveryReply(u"late"_s, 1)}});
+    const Scan found = scan({Phones::network, 20s, 20s});
+    EXPECT_EQ(found.outcome, Outcome::cutShort);
+    EXPECT_TRUE(found.replies.empty());
+    EXPECT_LT(duration_, 10s);
 }
 
 TEST_F(UdpScannerTest, bearsANetworkWithoutARoute)
 {
-    EXPECT_EQ(scan(UdpScanner::everyone), Outcome::complete);
-    EXPECT_GE(duration_, UdpScanner::silence);
+    EXPECT_EQ(scan({ScanRules().to, silence, 10s}).outcome, Outcome::complete);
+    EXPECT_GE(duration_, silence);
 }
 
 TEST_F(UdpScannerTest, endsInAFlood)
 {
-    /// Says after a few looks that the time is over.
-    class HastyClock final : public platform::Clock {
-    public:
-        [[nodiscard]] platform::TimePoint now() const override
-        {
-            return platform::TimePoint(++looks_ * 500ms);
-        }
-
-    private:
-        mutable int looks_ = 0;
-    };
-    for (const auto& [datagram, replies] :
-        {std::pair(QByteArray("noise"), 0), std::pair(discoveryReply(QStringLiteral("a"), 1), 8)}) {
-        Phone phone({datagram});
-        phone.flood();
-        const HastyClock clock;
-        int count = 0;
-        const auto outcome
-            = UdpScanner(clock, {loopback, discoveryPort})
-                  .scan([&](const auto&, const auto&) { ++count; }, stop_.get_token());
-        EXPECT_EQ(outcome, Outcome::cutShort);
-        EXPECT_EQ(count, replies);
+    std::vector<Phones::Answer> crowd;
+    for (std::uint32_t host = 1; host <= 100; ++host) {
+        crowd.push_back({discoveryReply(u"a"_s, 1), host});
     }
+    const std::pair<std::vector<Phones::Answer>, std::size_t> rows[]
+        = {{{{"noise"}}, 0}, {{{discoveryReply(u"a"_s, 1)}}, 8}, {crowd, 256}};
+    for (const auto& [answers, replies] : rows) {
+        Phones phones;
+        phones.setAnswers(answers);
+        phones.flood();
+        const Scan found = scan({Phones::network, 5s, 500ms});
+        EXPECT_EQ(found.outcome, Outcome::cutShort);
+        EXPECT_EQ(found.replies.size(), replies);
+        EXPECT_LT(duration_, 5s);
+    }
+}
+
+TEST_F(UdpScannerTest, isNotCompleteWhenAHostSaysTooMuch)
+{
+    Phones phones;
+    phones.setAnswers(std::vector<Phones::Answer>(9, {discoveryReply(u"a"_s, 1)}));
+    const Scan found = scan();
+    EXPECT_EQ(found.outcome, Outcome::cutShort);
+    EXPECT_EQ(found.replies.size(), 8U);
 }
 
 TEST_F(UdpScannerTest, isCutShortByAStop)
@@ -142,10 +98,9 @@ TEST_F(UdpScannerTest, isCutShortByAStop)
         std::this_thread::sleep_for(50ms);
         stop_.request_stop();
     });
-    EXPECT_EQ(scan(), Outcome::cutShort);
-    EXPECT_LT(duration_, UdpScanner::silence);
+    EXPECT_EQ(scan({Phones::network, 20s, 20s}).outcome, Outcome::cutShort);
     stopper.join();
-
-    EXPECT_EQ(scan(), Outcome::cutShort) << "asked to stop before it begins";
-    EXPECT_LT(duration_, UdpScanner::silence);
+    EXPECT_EQ(scan({Phones::network, 20s, 20s}).outcome, Outcome::cutShort)
+        << "asked to stop before it begins";
+    EXPECT_LT(duration_, 10s);
 }

@@ -21,24 +21,24 @@ using Outcome = DatagramSocket::Outcome;
 constexpr std::uint32_t loopback = 0x7F000001;
 // Below those that the system hands out; of this process, as the tests may run side by side.
 const auto port = static_cast<std::uint16_t>(20000 + ::getpid() % 10000);
-constexpr Duration longTime = 20s;
 
 struct Datagram {
     DatagramSocket::Received received;
     QByteArray content;
 };
 
-Datagram receiveFrom(DatagramSocket& socket, std::size_t room = 100)
+Datagram receiveFrom(
+    DatagramSocket& socket, std::size_t room = 100, Duration atMost = std::chrono::hours(1))
 {
     std::vector<std::byte> buffer(room);
-    const auto received = socket.receive(buffer);
+    const auto received = socket.receive(buffer, atMost);
     return {received, toByteArray(MutableByteView(buffer).first(received.length))};
 }
 
 TEST(DatagramSocketTest, EachDatagramComesAloneAndCutToTheBuffer)
 {
-    const auto server = DatagramSocket::bound(port, longTime);
-    const auto client = DatagramSocket::unbound(longTime);
+    const auto server = DatagramSocket::bound(port);
+    const auto client = DatagramSocket::unbound();
     const QByteArray large(60000, 'l');
     for (const QByteArray& content :
         {QByteArray(), QByteArray("0123456789"), large, QByteArray("end")}) {
@@ -56,8 +56,8 @@ TEST(DatagramSocketTest, EachDatagramComesAloneAndCutToTheBuffer)
 
 TEST(DatagramSocketTest, CloseWakesTheWaitingReceiver)
 {
-    for (const auto& socket :
-        {DatagramSocket::bound(port, longTime), DatagramSocket::unbound(longTime)}) {
+    for (const bool isBound : {true, false}) {
+        const auto socket = isBound ? DatagramSocket::bound(port) : DatagramSocket::unbound();
         // With delays around the moment in which the receiver begins to wait.
         for (const auto delay : {0us, 20us, 100us, 20000us}) {
             const auto start = std::chrono::steady_clock::now();
@@ -67,23 +67,23 @@ TEST(DatagramSocketTest, CloseWakesTheWaitingReceiver)
             socket->close();
             receiver.join();
             EXPECT_EQ(outcome, Outcome::closed);
-            EXPECT_LT(std::chrono::steady_clock::now() - start, longTime / 4);
+            EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
         }
     }
 }
 
 TEST(DatagramSocketTest, UndeliveredDatagramsAreNoFailureAndTheWaitEnds)
 {
-    const auto socket = DatagramSocket::unbound(50ms);
+    const auto socket = DatagramSocket::unbound();
     const auto start = std::chrono::steady_clock::now();
     // Nobody listens there: the system answers with "port unreachable".
     socket->send(bytesOf("x"), {loopback, port});
-    EXPECT_EQ(receiveFrom(*socket).received.outcome, Outcome::timedOut);
+    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, Outcome::timedOut);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
     // Longer than any datagram.
     socket->send(bytesOf(QByteArray(70000, 'x')), {loopback, port});
     socket->send(bytesOf("x"), {0, 0});
-    EXPECT_EQ(receiveFrom(*socket).received.outcome, Outcome::timedOut);
+    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, Outcome::timedOut);
 }
 
 /// A socket of another program on the port, with one socket option switched on if any is given.
@@ -110,7 +110,7 @@ private:
 std::error_code errorOfBinding()
 {
     try {
-        static_cast<void>(DatagramSocket::bound(port, longTime));
+        static_cast<void>(DatagramSocket::bound(port));
     } catch (const std::system_error& error) {
         return error.code();
     }

@@ -1,20 +1,14 @@
-#include "platform/ServiceBrowser.h"
-#include "platform/ServicePublisher.h"
+#include "platform/DnsSd.h"
 
-#include "support/PrivateAvahi.h"
+#include "support/EventLoop.h"
+#include "support/Host.h"
 #include "support/QtPrinting.h"
 #include "support/TestFiles.h"
-#include "support/Waiting.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <csignal>
-#include <filesystem>
-#include <mutex>
-#include <thread>
 
-#include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -24,290 +18,240 @@ namespace {
 using namespace std::chrono_literals;
 using support::contentOf;
 using support::PrivateAvahi;
-using support::waitUntil;
+using support::processEventsUntil;
 
 const QString type = QStringLiteral("_ferrylane-test._tcp");
 constexpr auto retryInterval = 50ms;
 
-/// Written by a handler's thread, read by the test's.
-template <typename Value> class Recorded {
-public:
-    void add(const Value& value)
-    {
-        const std::lock_guard lock(mutex_);
-        all_.append(value);
-    }
-    [[nodiscard]] QList<Value> all() const
-    {
-        const std::lock_guard lock(mutex_);
-        return all_;
-    }
-    [[nodiscard]] Value last() const
-    {
-        const std::lock_guard lock(mutex_);
-        return all_.isEmpty() ? Value() : all_.last();
-    }
-
-private:
-    mutable std::mutex mutex_;
-    QList<Value> all_;
-};
+void letPass(std::chrono::milliseconds time)
+{
+    EXPECT_FALSE(processEventsUntil([] { return false; }, time));
+}
 
 struct Publisher {
-    Recorded<QString> log;
-    std::unique_ptr<ServicePublisher> service
-        = ServicePublisher::create([this](const QString& line) { log.add(line); }, retryInterval);
+    explicit Publisher(const PrivateAvahi& avahi) : service({avahi.busAddress(), retryInterval})
+    {
+        QObject::connect(
+            &service, &ServicePublisher::told, [this](const QString& line) { log.append(line); });
+    }
+    [[nodiscard]] bool logs(qsizetype lines) const
+    {
+        return processEventsUntil([&] { return log.size() == lines; });
+    }
+
+    QStringList log;
+    ServicePublisher service;
 };
 
 struct Browser {
-    Recorded<QStringList> results;
-    Recorded<QString> failures;
-    std::unique_ptr<ServiceBrowser> service;
-
-    explicit Browser(std::shared_ptr<const AnnouncedName> own = {})
-        : service(ServiceBrowser::create(std::move(own), retryInterval))
+    explicit Browser(const PrivateAvahi& avahi, const ServicePublisher* own = nullptr)
+        : service(own, {avahi.busAddress(), retryInterval})
     {
-        service->start(
-            type, [this](const QStringList& names) { results.add(names); },
-            [this](const QString& reason) { failures.add(reason); });
+        QObject::connect(&service, &ServiceBrowser::namesChanged,
+            [this](const QStringList& names) { results.append(names); });
+        QObject::connect(&service, &ServiceBrowser::failed, [this](const QString&) { ++failures; });
+        service.start(type);
     }
-    ~Browser() { service->stop(); }
-
+    [[nodiscard]] QStringList last() const { return results.value(results.size() - 1); }
     [[nodiscard]] bool finds(const QStringList& names) const
     {
-        return waitUntil([&] { return results.last() == names; });
+        return processEventsUntil([&] { return last() == names; });
     }
+
+    QList<QStringList> results;
+    int failures = 0;
+    ServiceBrowser service;
 };
 
 class DnsSdTest : public ::testing::Test {
 protected:
-    // D-Bus reads the address of the system's bus once in a process's life.
-    static void SetUpTestSuite()
+    void startAll()
     {
-        avahi = std::make_unique<PrivateAvahi>(QStringLiteral("this-computer"));
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", avahi->busAddress().toUtf8());
+        avahi.startBus();
+        avahi.startDaemon();
     }
-    static void TearDownTestSuite() { avahi.reset(); }
-
-    static void startAll()
+    [[nodiscard]] support::Command command(const QString& program, const QStringList& arguments)
     {
-        avahi->startBus();
-        avahi->startDaemon();
+        return {QStringLiteral("/usr/bin/") + program, arguments, avahi.environment(), {}, {}, {}};
     }
-    void TearDown() override { avahi->killBus(); }
+    /// Whether another program of this computer finds `service`.
+    bool othersFind(const QString& service)
+    {
+        const QTemporaryDir folder;
+        support::Command browse
+            = command(QStringLiteral("avahi-browse"), {QStringLiteral("-prt"), type});
+        browse.outputFile = folder.filePath(QStringLiteral("output"));
+        return processEventsUntil([&] {
+            support::ChildProcess process;
+            process.start(browse);
+            // It may wait for ever for a service that has gone meanwhile.
+            process.waitForEnd(3s);
+            return contentOf(browse.outputFile).contains(service.toUtf8());
+        });
+    }
 
-    // NOLINTNEXTLINE(*-avoid-non-const-global-variables): lives as long as the bus's address
-    inline static std::unique_ptr<PrivateAvahi> avahi;
+    PrivateAvahi avahi{QStringLiteral("this-computer")};
 };
-
-void run(const QString& program, const QStringList& arguments, const PrivateAvahi& avahi,
-    const QString& output = {})
-{
-    support::ChildProcess process;
-    process.start(
-        {QStringLiteral("/usr/bin/") + program, arguments, avahi.environment(), output, {}, {}});
-    // avahi-browse may wait for ever for a service that has gone meanwhile.
-    process.waitForEnd(3s);
-}
-
-/// Whether another program of this computer finds `service`.
-bool othersFind(const QString& service, const PrivateAvahi& avahi)
-{
-    const QTemporaryDir folder;
-    const QString output = folder.filePath(QStringLiteral("output"));
-    return waitUntil([&] {
-        run(QStringLiteral("avahi-browse"), {QStringLiteral("-prt"), type}, avahi, output);
-        return contentOf(output).contains(service.toUtf8());
-    });
-}
 
 TEST_F(DnsSdTest, AnnouncesAndWithdraws)
 {
     startAll();
-    Publisher publisher;
-    Publisher other;
-    const Browser browser;
-    publisher.service->publish(QStringLiteral("before"), type, 8000);
-    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
-    other.service->publish(QStringLiteral("Ärger"), type, 8081);
+    Publisher publisher(avahi);
+    auto other = std::make_unique<Publisher>(avahi);
+    const Browser browser(avahi);
+    publisher.service.publish(QStringLiteral("before"), type, 8000);
+    publisher.service.publish(QStringLiteral("Desk"), type, 8080);
+    other->service.publish(QStringLiteral("Ärger"), type, 8081);
     ASSERT_TRUE(browser.finds({QStringLiteral("Desk"), QStringLiteral("Ärger")}));
-    EXPECT_TRUE(othersFind(
-        QStringLiteral(";Desk;%1;local;this-computer.local;127.0.0.1;8080;").arg(type), *avahi));
+    EXPECT_TRUE(
+        othersFind(QStringLiteral(";Desk;%1;local;this-computer.local;127.0.0.1;8080;").arg(type)));
 
-    other.service.reset();
-    publisher.service->withdraw();
+    other.reset();
+    publisher.service.withdraw();
     ASSERT_TRUE(browser.finds({}));
-    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
+    for (int i = 0; i < 5; ++i) {
+        publisher.service.withdraw();
+        publisher.service.publish(QStringLiteral("Desk"), type, 8080);
+        letPass(i * 5ms);
+    }
     EXPECT_TRUE(browser.finds({QStringLiteral("Desk")}));
 
     // Everything is announced anew then.
-    run(QStringLiteral("avahi-set-host-name"), {QStringLiteral("renamed")}, *avahi);
-    EXPECT_TRUE(othersFind(
-        QStringLiteral(";Desk;%1;local;renamed.local;127.0.0.1;8080;").arg(type), *avahi));
-    EXPECT_EQ(publisher.log.all(), QStringList());
-    EXPECT_EQ(browser.failures.all(), QStringList());
+    support::ChildProcess renaming;
+    renaming.start(command(QStringLiteral("avahi-set-host-name"), {QStringLiteral("renamed")}));
+    EXPECT_TRUE(
+        othersFind(QStringLiteral(";Desk;%1;local;renamed.local;127.0.0.1;8080;").arg(type)));
+    EXPECT_EQ(publisher.log, QStringList());
+    EXPECT_EQ(browser.failures, 0);
 }
-
-/// A network namespace that a cable leads to from this one.
-class OtherNetwork {
-public:
-    OtherNetwork()
-    {
-        holder_.start(
-            {QStringLiteral("/usr/bin/sleep"), {QStringLiteral("infinity")}, {}, {}, {}, [] {
-                 if (unshare(CLONE_NEWNET) != 0) _exit(126);
-             }});
-        const auto network = [](pid_t process) {
-            std::error_code none;
-            return std::filesystem::read_symlink(path(process).toStdString(), none);
-        };
-        EXPECT_TRUE(waitUntil([&] { return network(holder_.processId()) != network(getpid()); }));
-        run(QStringLiteral("ip link add cable type veth peer name cable netns %1 && "
-                           "ip addr add 10.0.0.1/24 dev cable && ip link set cable up && "
-                           "nsenter --net=%2 ip addr add 10.0.0.2/24 dev cable && "
-                           "nsenter --net=%2 ip link set cable up")
-                .arg(holder_.processId())
-                .arg(path()));
-    }
-    ~OtherNetwork() { run(QStringLiteral("ip link delete cable")); }
-
-    [[nodiscard]] QString path() const { return path(holder_.processId()); }
-
-private:
-    static QString path(pid_t process) { return QStringLiteral("/proc/%1/ns/net").arg(process); }
-    static void run(const QString& script)
-    {
-        support::ChildProcess shell;
-        shell.start({QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script},
-            QProcessEnvironment::systemEnvironment(), {}, {}, {}});
-        EXPECT_EQ(shell.waitForEnd(support::patience), 0) << script.toStdString();
-    }
-
-    support::ChildProcess holder_;
-};
 
 TEST_F(DnsSdTest, TakesAnotherNameWhenItsOwnIsTaken)
 {
-    const OtherNetwork otherNetwork;
-    startAll();
-    PrivateAvahi otherComputer(QStringLiteral("other-computer"), otherNetwork.path());
-    otherComputer.startBus();
-    otherComputer.startDaemon();
-    const QTemporaryDir folder;
-    const QString output = folder.filePath(QStringLiteral("output"));
-    support::ChildProcess otherProgram;
-    otherProgram.start({QStringLiteral("/usr/bin/avahi-publish"),
-        {QStringLiteral("--service"), QStringLiteral("Desk"), type, QStringLiteral("80")},
-        otherComputer.environment(), {}, output, {}});
+    support::Host computer(QStringLiteral("computer"));
+    support::Host other(QStringLiteral("other"));
+    support::Host::connect(computer, other);
+    int address = 1;
+    for (support::Host* const host : {&computer, &other}) {
+        host->setAddress(QStringLiteral("10.0.0.%1").arg(address++));
+        host->avahi().startBus();
+        host->avahi().startDaemon();
+    }
+    support::ChildProcess neighbour;
+    other.start(neighbour, QStringLiteral("neighbour"), QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"),
+            QStringLiteral("exec avahi-publish --service Desk %1 80 2>&1").arg(type)});
     // It may be found before it has the name for good.
-    ASSERT_TRUE(waitUntil([&] { return contentOf(output).startsWith("Established"); }));
-    const Browser browser;
+    ASSERT_TRUE(processEventsUntil(
+        [&] { return other.outputOf(QStringLiteral("neighbour")).startsWith("Established"); }));
+    const Browser browser(computer.avahi());
     ASSERT_TRUE(browser.finds({QStringLiteral("Desk")}));
 
-    Publisher second;
-    second.service->publish(QStringLiteral("Desk"), type, 81);
+    Publisher second(computer.avahi());
+    second.service.publish(QStringLiteral("Desk"), type, 81);
     ASSERT_TRUE(browser.finds({QStringLiteral("Desk"), QStringLiteral("Desk #2")}));
-    Publisher third;
-    third.service->publish(QStringLiteral("Desk #2"), type, 82);
+    Publisher third(computer.avahi());
+    third.service.publish(QStringLiteral("Desk #2"), type, 82);
     ASSERT_TRUE(browser.finds(
         {QStringLiteral("Desk"), QStringLiteral("Desk #2"), QStringLiteral("Desk #3")}));
-    EXPECT_TRUE(Browser(second.service->announcedName())
+    EXPECT_TRUE(Browser(computer.avahi(), &second.service)
                     .finds({QStringLiteral("Desk"), QStringLiteral("Desk #3")}));
 
-    const auto hasLogged = [](const Publisher& publisher, const QString& line) {
-        return waitUntil([&] { return publisher.log.all() == QStringList(line); });
-    };
-    EXPECT_TRUE(hasLogged(
-        second, QStringLiteral("DNS-SD: the name “Desk” is taken; announced as “Desk #2”")));
-    EXPECT_TRUE(hasLogged(
-        third, QStringLiteral("DNS-SD: the name “Desk #2” is taken; announced as “Desk #3”")));
+    ASSERT_TRUE(second.logs(1));
+    EXPECT_EQ(second.log.last(),
+        QStringLiteral("DNS-SD: the name “Desk” is taken; announced as “Desk #2”"));
+    ASSERT_TRUE(third.logs(1));
+    EXPECT_EQ(third.log.last(),
+        QStringLiteral("DNS-SD: the name “Desk #2” is taken; announced as “Desk #3”"));
 }
 
 TEST_F(DnsSdTest, ComesBackWithBusAndDaemon)
 {
-    Publisher publisher;
-    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
-    const Browser browser;
+    Publisher publisher(avahi);
+    publisher.service.publish(QStringLiteral("Desk"), type, 8080);
+    const Browser browser(avahi);
     const struct {
         const char* what;
         std::function<void()> lose;
         std::function<void()> bringBack;
     } losses[] = {
-        {"no bus at first", [] {}, [] { startAll(); }},
-        {"daemon", [] { avahi->killDaemon(); }, [] { avahi->startDaemon(); }},
-        {"bus, which is back before the daemon", [] { avahi->killBus(); },
-            [] {
-                avahi->startBus();
-                std::this_thread::sleep_for(3 * retryInterval);
-                avahi->startDaemon();
+        {"no bus at first", [] {}, [&] { startAll(); }},
+        {"daemon", [&] { avahi.killDaemon(); }, [&] { avahi.startDaemon(); }},
+        {"bus, which is back before the daemon", [&] { avahi.killBus(); },
+            [&] {
+                avahi.startBus();
+                letPass(3 * retryInterval);
+                avahi.startDaemon();
             }},
     };
-    qsizetype count = 0;
+    int count = 0;
     for (const auto& [what, lose, bringBack] : losses) {
         SCOPED_TRACE(what);
         lose();
         ++count;
         ASSERT_TRUE(browser.finds({}));
-        ASSERT_TRUE(waitUntil([&] { return browser.failures.all().size() == count; }));
-        ASSERT_TRUE(waitUntil([&] { return publisher.log.all().size() == 2 * count - 1; }));
-        std::this_thread::sleep_for(3 * retryInterval);
+        ASSERT_TRUE(publisher.logs(2 * count - 1));
+        letPass(3 * retryInterval);
+        EXPECT_EQ(browser.failures, count);
         bringBack();
         ASSERT_TRUE(browser.finds({QStringLiteral("Desk")}));
-        ASSERT_TRUE(waitUntil([&] { return publisher.log.all().size() == 2 * count; }));
+        ASSERT_TRUE(publisher.logs(2 * count));
         EXPECT_EQ(publisher.log.last(), QStringLiteral("DNS-SD is back: announced as “Desk”"));
     }
-    EXPECT_EQ(publisher.log.all().size(), 2 * count);
-    EXPECT_EQ(browser.failures.all().size(), count);
-    EXPECT_EQ(browser.results.all().size(), 2 * count - 1) << "a change has been told twice";
+    EXPECT_EQ(browser.results.size(), 2 * count - 1) << "a change has been told twice";
 }
 
 TEST_F(DnsSdTest, WaitsForDescriptors)
 {
     startAll();
+    const Browser atWork(avahi); // Qt's own means are there
     rlimit usual{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
     const int firstFree = dup(0);
     close(firstFree);
     const rlimit none{static_cast<rlim_t>(firstFree), usual.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    Publisher publisher;
-    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
-    const Browser browser;
-    EXPECT_TRUE(waitUntil(
-        [&] { return !publisher.log.all().isEmpty() && !browser.failures.all().isEmpty(); }));
+    Publisher publisher(avahi);
+    publisher.service.publish(QStringLiteral("Desk"), type, 8080);
+    const Browser browser(avahi);
+    letPass(3 * retryInterval);
+    EXPECT_EQ(publisher.log.size(), 1);
+    EXPECT_EQ(browser.failures, 1);
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
     EXPECT_TRUE(browser.finds({QStringLiteral("Desk")}));
-    EXPECT_EQ(browser.failures.all().size(), 1);
 }
 
-TEST_F(DnsSdTest, LetsNobodyWaitForADaemonThatHangs)
+TEST_F(DnsSdTest, WaitsForNothingThatHangs)
 {
     startAll();
-    Publisher publisher;
-    publisher.service->publish(QStringLiteral("Desk"), type, 8080);
-    {
-        const Browser browser;
-        ASSERT_TRUE(browser.finds({QStringLiteral("Desk")}));
+    for (const bool isBus : {false, true}) {
+        Publisher publisher(avahi);
+        publisher.service.publish(QStringLiteral("Desk"), type, 8080);
+        auto browser = std::make_unique<Browser>(avahi);
+        ASSERT_TRUE(browser->finds({QStringLiteral("Desk")}));
+        const auto signal
+            = [&](int number) { isBus ? avahi.signalBus(number) : avahi.signalDaemon(number); };
+        signal(SIGSTOP);
+        const auto start = std::chrono::steady_clock::now();
+        browser = std::make_unique<Browser>(avahi);
+        {
+            Publisher other(avahi);
+            other.service.publish(QStringLiteral("Other"), type, 8081);
+            letPass(20ms);
+        }
+        publisher.service.withdraw();
+        publisher.service.publish(QStringLiteral("Later"), type, 8082);
+        letPass(20ms);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s); // D-Bus itself waits 25 s
+        signal(SIGCONT);
+        EXPECT_TRUE(browser->finds({QStringLiteral("Later")}));
     }
-    avahi->signalDaemon(SIGSTOP);
-    const auto start = std::chrono::steady_clock::now();
-    {
-        const Browser browser;
-        Publisher other;
-        other.service->publish(QStringLiteral("Other"), type, 8081);
-        publisher.service->publish(QStringLiteral("Desk"), type, 8082);
-        publisher.service->withdraw();
-        publisher.service.reset();
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s); // D-Bus itself waits 25 s
-    avahi->signalDaemon(SIGCONT);
 }
 
 TEST_F(DnsSdTest, AnnouncesNoNonsense)
 {
     startAll();
-    const Browser browser;
-    Publisher publisher;
+    const Browser browser(avahi);
+    Publisher publisher(avahi);
     const struct {
         QString name;
         QString type;
@@ -322,24 +266,23 @@ TEST_F(DnsSdTest, AnnouncesNoNonsense)
     };
     qsizetype count = 0;
     for (const auto& row : rows) {
-        publisher.service->publish(row.name, row.type, row.port);
-        ++count;
-        ASSERT_TRUE(waitUntil([&] { return publisher.log.all().size() == count; }));
+        publisher.service.publish(row.name, row.type, row.port);
+        ASSERT_TRUE(publisher.logs(++count));
         EXPECT_EQ(publisher.log.last(),
             QStringLiteral("DNS-SD cannot announce ") + QString::fromUtf8(row.reason));
     }
     // Strange, but a name all the same.
     const QString start = QStringLiteral(" a.b\\c;\"%s\"");
-    publisher.service->publish(start + QChar(0xD800) + QString(100, u'x'), type, 80);
+    publisher.service.publish(start + QChar(0xD800) + QString(100, u'x'), type, 80);
     EXPECT_TRUE(browser.finds({start + u'?' + QString(62 - start.size(), u'x')}));
 }
 
 TEST_F(DnsSdTest, KeepsWhoIsThereInACrowd)
 {
     startAll();
-    Publisher publisher;
-    publisher.service->publish(QStringLiteral("Zoe"), type, 80);
-    const Browser browser;
+    Publisher publisher(avahi);
+    publisher.service.publish(QStringLiteral("Zoe"), type, 80);
+    const Browser browser(avahi);
     ASSERT_TRUE(browser.finds({QStringLiteral("Zoe")}));
 
     constexpr auto announcing = R"(
@@ -355,45 +298,59 @@ for i in range(600):
 time.sleep(60)
 )";
     support::ChildProcess crowd;
-    crowd.start({QStringLiteral("/usr/bin/python3"),
+    crowd.start(command(QStringLiteral("python3"),
         {QStringLiteral("-c"),
-            QString::fromUtf8(announcing).replace(QStringLiteral("%TYPE"), type)},
-        avahi->environment(), {}, {}, {}});
-    ASSERT_TRUE(waitUntil([&] { return browser.results.last().size() == 256; }));
-    EXPECT_EQ(browser.results.last().first(), QStringLiteral("Zoe"));
+            QString::fromUtf8(announcing).replace(QStringLiteral("%TYPE"), type)}));
+    ASSERT_TRUE(processEventsUntil([&] { return browser.last().size() == 256; }));
+    EXPECT_EQ(browser.last().first(), QStringLiteral("Zoe"));
     crowd.kill();
     EXPECT_TRUE(browser.finds({QStringLiteral("Zoe")}));
-    EXPECT_LT(browser.results.all().size(), 60) << "names are reported in bursts";
+    EXPECT_LT(browser.results.size(), 60) << "names are reported in bursts";
 }
 
-TEST_F(DnsSdTest, StopIsFinal)
+TEST(ServiceNameTest, FitsIntoALabel)
 {
-    startAll();
-    std::vector<std::unique_ptr<Publisher>> publishers;
-    QStringList names;
-    for (const auto& name : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}) {
-        names.append(name);
-        publishers.push_back(std::make_unique<Publisher>());
-        publishers.back()->service->publish(name, type, 80);
+    const QString x = QStringLiteral("x");
+    const QString family = QStringLiteral("👩‍👩‍👧"); // 18 bytes
+    const QString accent(QChar(0x0301));                         // 2 bytes
+    const struct {
+        QString name;
+        QString expected;
+    } rows[] = {
+        {QString(), QString()},
+        {QStringLiteral("Desk – Ä"), QStringLiteral("Desk – Ä")},
+        {QStringLiteral("\tDe\u0000s\u007Fk\r\n"), QStringLiteral("Desk")},
+        {x.repeated(63), x.repeated(63)},
+        {x.repeated(64), x.repeated(63)},
+        {x.repeated(100'000), x.repeated(63)},
+        {QStringLiteral("ä").repeated(40), QStringLiteral("ä").repeated(31)},
+        {x.repeated(45) + family, x.repeated(45) + family},
+        {x.repeated(46) + family, x.repeated(46)},
+        {x.repeated(61) + accent, x.repeated(61) + accent},
+        {x.repeated(62) + accent, x.repeated(61)},
+        {x + accent.repeated(40), x + accent.repeated(31)},
+        {QStringLiteral("👍").repeated(40), QStringLiteral("👍").repeated(15)},
+        {x.repeated(63) + QStringLiteral("👍"), x.repeated(63)},
+        {QString(QChar(0xDC00)), QStringLiteral("?")},
+    };
+    for (const auto& [name, expected] : rows) {
+        EXPECT_EQ(serviceName(name), expected);
     }
-    ASSERT_TRUE(Browser().finds(names));
+}
 
-    std::atomic<int> calls = 0;
-    const auto browser = ServiceBrowser::create({}, retryInterval);
-    for (int round = 0; round < 50 || calls == 0; ++round) {
-        std::atomic<bool> hasStopped = false;
-        const auto call = [&] {
-            ++calls;
-            EXPECT_FALSE(hasStopped);
-            std::this_thread::sleep_for(1ms);
-            EXPECT_FALSE(hasStopped);
-        };
-        browser->start(
-            type, [call](const QStringList&) { call(); }, [call](const QString&) { call(); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(round % 20));
-        browser->stop();
-        hasStopped = true;
-        std::this_thread::sleep_for(1ms);
+TEST(ServiceNameTest, CountsUp)
+{
+    const QString umlauts = QStringLiteral("ä").repeated(31);
+    const std::pair<QString, QString> rows[] = {
+        {QStringLiteral("Desk"), QStringLiteral("Desk #2")},
+        {QStringLiteral("Desk #2"), QStringLiteral("Desk #3")},
+        {QStringLiteral("Desk #9 #99"), QStringLiteral("Desk #9 #100")},
+        {QStringLiteral("Desk #0"), QStringLiteral("Desk #0 #2")},
+        {umlauts, umlauts.first(30) + QStringLiteral(" #2")},
+        {umlauts.first(30) + QStringLiteral(" #9"), umlauts.first(29) + QStringLiteral(" #10")},
+    };
+    for (const auto& [name, next] : rows) {
+        EXPECT_EQ(alternativeServiceName(name), next);
     }
 }
 

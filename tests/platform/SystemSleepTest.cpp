@@ -21,89 +21,74 @@ protected:
 TEST_F(SystemSleepTest, TellsOfWaking)
 {
     loginManager.start();
+    SystemSleep sleep({}, {}, access());
     int wakes = 0;
-    auto notices = std::make_unique<WakeNotices>([&] { ++wakes; }, access());
+    QObject::connect(&sleep, &SystemSleep::didWake, [&] { ++wakes; });
+    // Known to listen once it can hold.
+    sleep.inhibit();
+    ASSERT_TRUE(processEventsUntil([&] { return loginManager.isInhibited(); }));
     for (int sleeps = 1; sleeps <= 2; ++sleeps) {
         loginManager.prepareForSleep(true);
         EXPECT_FALSE(processEventsUntil([&] { return wakes == sleeps; }, 50ms));
         loginManager.prepareForSleep(false);
         EXPECT_TRUE(processEventsUntil([&] { return wakes == sleeps; }));
     }
-
-    loginManager.prepareForSleep(false);
-    notices.reset();
-    EXPECT_FALSE(processEventsUntil([&] { return wakes != 2; }, 50ms));
 }
 
-TEST_F(SystemSleepTest, KeepsAwakeWhileHeld)
-{
-    loginManager.start();
-    SleepInhibitor inhibitor(
-        QStringLiteral("Some program"), QStringLiteral("Doing something"), access());
-    EXPECT_FALSE(loginManager.isInhibited());
-    for (int i = 0; i < 2; ++i) {
-        inhibitor.hold();
-        inhibitor.hold();
-        ASSERT_TRUE(processEventsUntil([&] { return loginManager.isInhibited(); }));
-        inhibitor.hold();
-        const QByteArray all = loginManager.inhibitors();
-        EXPECT_EQ(all.count("struct"), 1) << all.constData();
-        for (const char* text : {"sleep", "Some program", "Doing something", "block"}) {
-            EXPECT_TRUE(all.contains(QByteArray("string \"") + text + '"')) << text;
-        }
-
-        inhibitor.release();
-        inhibitor.release();
-        EXPECT_TRUE(processEventsUntil([&] { return !loginManager.isInhibited(); }));
-    }
-}
-
-TEST_F(SystemSleepTest, LeavesNothingBehind)
+TEST_F(SystemSleepTest, KeepsAwakeWhileHeldAndLeavesNothingBehind)
 {
     loginManager.start();
     {
-        SleepInhibitor inhibitor(QStringLiteral("a"), QStringLiteral("b"), access());
+        SystemSleep sleep(
+            QStringLiteral("Some program"), QStringLiteral("Doing something"), access());
+        EXPECT_FALSE(loginManager.isInhibited());
+        for (int i = 0; i < 2; ++i) {
+            sleep.inhibit();
+            sleep.inhibit();
+            ASSERT_TRUE(processEventsUntil([&] { return loginManager.isInhibited(); }));
+            sleep.inhibit();
+            const QByteArray all = loginManager.inhibitors();
+            EXPECT_EQ(all.count("struct"), 1) << all.constData();
+            for (const char* text : {"sleep", "Some program", "Doing something", "block"}) {
+                EXPECT_TRUE(all.contains(QByteArray("string \"") + text + '"')) << text;
+            }
+            sleep.release();
+            sleep.release();
+            EXPECT_TRUE(processEventsUntil([&] { return !loginManager.isInhibited(); }));
+        }
         for (int i = 0; i < 10; ++i) {
-            inhibitor.hold();
-            inhibitor.release();
+            sleep.inhibit();
+            sleep.release();
         }
         EXPECT_TRUE(processEventsUntil([&] { return !loginManager.isInhibited(); }));
         EXPECT_FALSE(processEventsUntil([&] { return loginManager.isInhibited(); }, 50ms));
-        inhibitor.hold();
+        sleep.inhibit();
         ASSERT_TRUE(processEventsUntil([&] { return loginManager.isInhibited(); }));
+        sleep.release();
+        sleep.inhibit(); // on its way when this ends
     }
     EXPECT_TRUE(processEventsUntil([&] { return !loginManager.isInhibited(); }));
-    {
-        SleepInhibitor inhibitor(QStringLiteral("a"), QStringLiteral("b"), access());
-        inhibitor.hold();
-    }
     EXPECT_FALSE(processEventsUntil([&] { return loginManager.isInhibited(); }, 50ms));
 }
 
 TEST_F(SystemSleepTest, TakesUpItsWorkWhenTheBusComes)
 {
+    SystemSleep sleep(QStringLiteral("a"), QStringLiteral("b"), access());
     int wakes = 0;
-    const WakeNotices notices([&] { ++wakes; }, access());
-    SleepInhibitor inhibitor(QStringLiteral("a"), QStringLiteral("b"), access());
-    inhibitor.hold();
+    QObject::connect(&sleep, &SystemSleep::didWake, [&] { ++wakes; });
+    sleep.inhibit();
     for (const char* what : {"a bus that comes later", "a bus that comes back"}) {
         SCOPED_TRACE(what);
         // Some attempts fail, and what the last bus told arrives.
         EXPECT_FALSE(processEventsUntil([] { return false; }, 120ms));
         wakes = 0;
         loginManager.start();
-        // The bus may be found before its login manager is there.
-        ASSERT_TRUE(processEventsUntil([&] {
-            inhibitor.hold();
-            return loginManager.isInhibited();
-        }));
-        ASSERT_TRUE(processEventsUntil([&] {
-            loginManager.prepareForSleep(false);
-            return wakes > 0;
-        }));
+        ASSERT_TRUE(processEventsUntil([&] { return loginManager.isInhibited(); }));
+        loginManager.prepareForSleep(false);
+        ASSERT_TRUE(processEventsUntil([&] { return wakes == 1; }));
         loginManager.kill();
-        inhibitor.release();
-        inhibitor.hold();
+        sleep.release();
+        sleep.inhibit();
     }
 }
 

@@ -22,6 +22,7 @@ public:
     void killBus();
     /// With this a daemon does not answer until it is sent SIGCONT.
     void signalDaemon(int number) const { daemon_.signal(number); }
+    void signalBus(int number) const { bus_.signal(number); }
 
     /// The same from the start, and before there is a bus.
     [[nodiscard]] QString busAddress() const { return bus_.address(); }

@@ -14,6 +14,8 @@ public:
     void start();
     /// The programs on it notice, and mostly end.
     void kill() { bus_.kill(); }
+    /// With this nothing is passed on until it is sent SIGCONT.
+    void signal(int number) const { bus_.signal(number); }
 
     /// The same from the beginning, and before there is a bus.
     [[nodiscard]] QString address() const;

@@ -5,10 +5,10 @@
 #include "discovery/UdpScanner.h"
 #include "phone/Failure.h"
 #include "phone/Output.h"
-#include "platform/ServiceBrowser.h"
+#include "platform/DnsSd.h"
 
-#include <map>
-#include <mutex>
+#include <QEventLoop>
+
 #include <set>
 #include <thread>
 
@@ -16,47 +16,18 @@ namespace ferrylane::phone {
 
 namespace {
 
-/// The names that DNS-SD has told by now.
-class Advertised {
-public:
-    Advertised()
-    {
-        browser_->start(
-            dnsSdServiceType,
-            [this](const QStringList& names) {
-                const std::lock_guard lock(mutex_);
-                names_ = names;
-            },
-            [](const QString& reason) { tell(QStringLiteral("No DNS-SD: ") + reason); });
-    }
-
-    [[nodiscard]] QStringList names()
-    {
-        const std::lock_guard lock(mutex_);
-        return names_;
-    }
-
-private:
-    std::mutex mutex_;
-    QStringList names_;
-    std::unique_ptr<platform::ServiceBrowser> browser_ = platform::ServiceBrowser::create();
-};
-
-/// Name and address of each device that answers within the time.
-std::set<std::pair<QString, QString>> scan(
-    const std::chrono::seconds& time, const platform::Clock& clock)
+/// Name and address of each device that answers until `end`.
+std::set<std::pair<QString, QString>> scan(platform::TimePoint end)
 {
     std::set<std::pair<QString, QString>> found;
-    UdpScanner scanner(clock);
-    const auto end = clock.now() + time;
-    while (clock.now() < end) {
-        const auto take = [&](const DiscoveryReply& reply, const platform::Endpoint& source) {
-            const QString tcpPort = reply.tcpPort ? QString::number(*reply.tcpPort) : QString();
-            found.emplace(reply.name, source.addressText() + u':' + tcpPort);
-        };
-        if (scanner.scan(take, {}) == UdpScanner::Outcome::notAsked) {
-            std::this_thread::sleep_for(UdpScanner::silence);
+    while (platform::SteadyClock().now() < end) {
+        const Scan scan = scanUDP({});
+        for (const auto& [device, source, time] : scan.replies) {
+            const QString tcpPort = device.tcpPort ? QString::number(*device.tcpPort) : QString();
+            found.emplace(device.name, source.addressText() + u':' + tcpPort);
         }
+        if (scan.outcome == Scan::Outcome::notAsked)
+            std::this_thread::sleep_for(ScanRules().silence);
     }
     return found;
 }
@@ -65,9 +36,22 @@ std::set<std::pair<QString, QString>> scan(
 
 void discover(const DiscoverArguments& arguments, const platform::Clock& clock)
 {
-    Advertised advertised;
-    const auto answered = scan(arguments.time, clock);
-    const QStringList names = advertised.names();
+    QStringList names;
+    platform::ServiceBrowser browser;
+    QObject::connect(&browser, &platform::ServiceBrowser::namesChanged,
+        [&](const QStringList& now) { names = now; });
+    QObject::connect(&browser, &platform::ServiceBrowser::failed,
+        [](const QString& reason) { tell(QStringLiteral("No DNS-SD: ") + reason); });
+    browser.start(dnsSdServiceType);
+
+    std::set<std::pair<QString, QString>> answered;
+    QEventLoop untilScanned;
+    std::thread scanning([&, end = clock.now() + arguments.time] {
+        answered = scan(end);
+        QMetaObject::invokeMethod(&untilScanned, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    untilScanned.exec();
+    scanning.join();
     for (const auto& [name, address] : answered) {
         print(QStringLiteral("%1  %2  (UDP)").arg(onOneLine(name), address));
     }

@@ -117,7 +117,7 @@ void receive(
     const ReceiveArguments& arguments, platform::TcpNetwork& network, const platform::Clock& clock)
 {
     makePhoneSettings(arguments);
-    const platform::TerminationSignals signals([] { QCoreApplication::quit(); });
+    platform::quitOnTerminationSignals();
     showPairingCode(arguments);
     ReceivingPhone(arguments, network, clock).run();
 }

@@ -13,20 +13,19 @@ namespace platform {
 
 namespace {
 
-FileDescriptor required(int descriptor)
+/// `result` of a call that makes what a socket needs.
+int haveOrThrow(int result)
 {
-    if (descriptor < 0) {
-        throw std::system_error(std::make_error_code(std::errc::io_error));
-    }
-    return FileDescriptor(descriptor);
+    if (result < 0) throw std::system_error(std::make_error_code(std::errc::io_error));
+    return result;
 }
 
-void switchOn(const FileDescriptor& socket, int option)
+FileDescriptor openDatagram(int option)
 {
+    FileDescriptor result(haveOrThrow(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)));
     const int on = 1;
-    if (::setsockopt(socket.get(), SOL_SOCKET, option, &on, sizeof on) != 0) {
-        throw std::system_error(std::make_error_code(std::errc::io_error));
-    }
+    haveOrThrow(::setsockopt(result.get(), SOL_SOCKET, option, &on, sizeof on));
+    return result;
 }
 
 sockaddr_in socketAddress(const Endpoint& endpoint)
@@ -38,55 +37,11 @@ sockaddr_in socketAddress(const Endpoint& endpoint)
     return address;
 }
 
-timespec asTimespec(Duration duration)
+FileDescriptor boundTo(std::uint16_t port)
 {
-    const auto wholeSeconds = std::chrono::floor<std::chrono::seconds>(duration);
-    timespec result{};
-    result.tv_sec = wholeSeconds.count();
-    result.tv_nsec = (duration - wholeSeconds).count();
-    return result;
-}
-
-} // namespace
-
-struct DatagramSocket::State {
-    explicit State(Duration timeout, std::optional<std::uint16_t> boundTo = {})
-        : receiveTimeout(std::max(timeout, Duration::zero()))
-        , port(boundTo)
-        , socket(port ? openBound(*port) : open())
-        , closing(required(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
-    {
-    }
-
-    static FileDescriptor open()
-    {
-        return required(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    }
-    static FileDescriptor openBound(std::uint16_t port);
-
-    /// Outcome::received when there is a datagram to be read.
-    [[nodiscard]] Outcome wait(const FileDescriptor& from, Duration atMost) const;
-    [[nodiscard]] Received receive(
-        const FileDescriptor& from, Duration atMost, MutableByteView buffer) const;
-    /// False when the socket's buffer is full.
-    [[nodiscard]] bool send(ByteView datagram, const sockaddr_in& to) const;
-    /// Puts a new socket on the port in place of this one. False when there is none to be had.
-    [[nodiscard]] bool replace();
-
-    Duration receiveTimeout;
-    std::optional<std::uint16_t> port;
-    FileDescriptor socket;
-    FileDescriptor replaced; ///< until what it has received is read
-    /// Becomes readable when the socket is closed, and stays so. The socket itself stays open until
-    /// the last holder has gone: a receiver must not find another's socket under the same number.
-    FileDescriptor closing;
-};
-
-FileDescriptor DatagramSocket::State::openBound(std::uint16_t port)
-{
-    FileDescriptor result = open();
-    switchOn(result, SO_REUSEADDR);
-    switchOn(result, SO_REUSEPORT);
+    FileDescriptor result = openDatagram(SO_REUSEADDR);
+    const int on = 1;
+    haveOrThrow(::setsockopt(result.get(), SOL_SOCKET, SO_REUSEPORT, &on, sizeof on));
     const sockaddr_in address = socketAddress({INADDR_ANY, port});
     if (::bind(result.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         throw std::system_error(lastError());
@@ -94,58 +49,69 @@ FileDescriptor DatagramSocket::State::openBound(std::uint16_t port)
     return result;
 }
 
-DatagramSocket::Outcome DatagramSocket::State::wait(
-    const FileDescriptor& from, Duration atMost) const
+/// The datagram that has come, without waiting for one.
+DatagramSocket::Received readDatagram(const FileDescriptor& from, MutableByteView buffer)
 {
-    std::array<pollfd, 2> waits{{{closing.get(), POLLIN, 0}, {from.get(), POLLIN, 0}}};
-    const timespec timeout = asTimespec(atMost);
-    const int count = ::ppoll(waits.data(), waits.size(), &timeout, nullptr);
-    if (count < 0) return errno == EINTR ? Outcome::timedOut : Outcome::failed;
-    if (waits[0].revents != 0) return Outcome::closed;
-    return count == 0 ? Outcome::timedOut : Outcome::received;
-}
-
-DatagramSocket::Received DatagramSocket::State::receive(
-    const FileDescriptor& from, Duration atMost, MutableByteView buffer) const
-{
-    Received result;
-    result.outcome = wait(from, atMost);
-    if (result.outcome != Outcome::received) return result;
-
     sockaddr_in source{};
     socklen_t sourceLength = sizeof source;
     const ssize_t length = ::recvfrom(from.get(), buffer.data(), buffer.size(), MSG_DONTWAIT,
         reinterpret_cast<sockaddr*>(&source), &sourceLength);
-    if (length < 0) {
-        // The kernel drops a datagram with a wrong checksum only when it is about to be read.
-        const bool nothingThere = errno == EAGAIN || errno == EINTR;
-        result.outcome = nothingThere ? Outcome::timedOut : Outcome::failed;
-        return result;
+    if (length >= 0) {
+        return {DatagramSocket::Outcome::received, static_cast<std::size_t>(length),
+            {ntohl(source.sin_addr.s_addr), ntohs(source.sin_port)}};
     }
-    result.length = static_cast<std::size_t>(length);
-    result.source = {ntohl(source.sin_addr.s_addr), ntohs(source.sin_port)};
-    return result;
+    // The kernel drops a datagram with a wrong checksum only when it is about to be read.
+    const bool nothingThere = errno == EAGAIN || errno == EINTR;
+    return {
+        nothingThere ? DatagramSocket::Outcome::timedOut : DatagramSocket::Outcome::failed, 0, {}};
 }
 
-bool DatagramSocket::State::send(ByteView datagram, const sockaddr_in& to) const
-{
-    return ::sendto(socket.get(), datagram.data(), datagram.size(), MSG_NOSIGNAL | MSG_DONTWAIT,
-               reinterpret_cast<const sockaddr*>(&to), sizeof to)
-        >= 0
-        || errno != EAGAIN;
-}
+} // namespace
 
-bool DatagramSocket::State::replace()
-{
-    // One that is not read empty yet has been replaced a moment ago.
-    if (!port || replaced.isOpen()) return false;
-    try {
-        replaced = std::exchange(socket, openBound(*port));
-        return true;
-    } catch (const std::system_error&) {
-        return false;
+struct DatagramSocket::State {
+    std::optional<std::uint16_t> port;
+    FileDescriptor socket = port ? boundTo(*port) : openDatagram(SO_BROADCAST);
+    FileDescriptor replaced = {}; ///< until what it has received is read
+    /// Becomes readable when the socket is closed, and stays so. The socket itself stays open: a
+    /// receiver must not find another's socket under the same number.
+    FileDescriptor closing{haveOrThrow(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))};
+
+    /// DatagramSocket::Outcome::received when there is a datagram to be read.
+    [[nodiscard]] Outcome wait(Duration atMost) const
+    {
+        std::array<pollfd, 2> waits{{{closing.get(), POLLIN, 0}, {socket.get(), POLLIN, 0}}};
+        const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(atMost).count();
+        const int count = ::poll(waits.data(), waits.size(), static_cast<int>(milliseconds));
+        if (count < 0)
+            return errno == EINTR ? DatagramSocket::Outcome::timedOut
+                                  : DatagramSocket::Outcome::failed;
+        if (waits[0].revents != 0) return DatagramSocket::Outcome::closed;
+        return count == 0 ? DatagramSocket::Outcome::timedOut : DatagramSocket::Outcome::received;
     }
-}
+
+    /// False when the socket's buffer is full.
+    [[nodiscard]] bool send(ByteView datagram, const sockaddr_in& to) const
+    {
+        constexpr int flags = MSG_NOSIGNAL | MSG_DONTWAIT;
+        return ::sendto(socket.get(), datagram.data(), datagram.size(), flags,
+                   reinterpret_cast<const sockaddr*>(&to), sizeof to)
+            >= 0
+            || errno != EAGAIN;
+    }
+
+    /// Puts a new socket on the port in place of this one. False when there is none to be had.
+    [[nodiscard]] bool replace()
+    {
+        // One that is not read empty yet has been replaced a moment ago.
+        if (!port || replaced.isOpen()) return false;
+        try {
+            replaced = std::exchange(socket, boundTo(*port));
+            return true;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }
+};
 
 QString Endpoint::addressText() const
 {
@@ -154,31 +120,32 @@ QString Endpoint::addressText() const
     return part(24) + u'.' + part(16) + u'.' + part(8) + u'.' + part(0);
 }
 
-DatagramSocket::DatagramSocket(std::unique_ptr<State> state) : state_(std::move(state)) {}
+DatagramSocket::DatagramSocket(std::optional<std::uint16_t> port) : state_(new State{port}) {}
 
 DatagramSocket::~DatagramSocket() = default;
 
-std::shared_ptr<DatagramSocket> DatagramSocket::bound(std::uint16_t port, Duration receiveTimeout)
+std::unique_ptr<DatagramSocket> DatagramSocket::bound(std::uint16_t port)
 {
-    auto state = std::make_unique<State>(receiveTimeout, port);
-    return std::shared_ptr<DatagramSocket>(new DatagramSocket(std::move(state)));
+    return std::unique_ptr<DatagramSocket>(new DatagramSocket(port));
 }
 
-std::shared_ptr<DatagramSocket> DatagramSocket::unbound(Duration receiveTimeout)
+std::unique_ptr<DatagramSocket> DatagramSocket::unbound()
 {
-    auto state = std::make_unique<State>(receiveTimeout);
-    switchOn(state->socket, SO_BROADCAST);
-    return std::shared_ptr<DatagramSocket>(new DatagramSocket(std::move(state)));
+    return std::unique_ptr<DatagramSocket>(new DatagramSocket(std::nullopt));
 }
 
-DatagramSocket::Received DatagramSocket::receive(MutableByteView buffer)
+DatagramSocket::Received DatagramSocket::receive(MutableByteView buffer, Duration atMost)
 {
     if (state_->replaced.isOpen()) {
-        const Received left = state_->receive(state_->replaced, Duration::zero(), buffer);
-        if (left.outcome == Outcome::received || left.outcome == Outcome::closed) return left;
+        const Outcome outcome = state_->wait(Duration::zero());
+        if (outcome == DatagramSocket::Outcome::closed) return {outcome, 0, {}};
+        const Received left = readDatagram(state_->replaced, buffer);
+        if (left.outcome == DatagramSocket::Outcome::received) return left;
         state_->replaced = FileDescriptor();
     }
-    return state_->receive(state_->socket, state_->receiveTimeout, buffer);
+    const Outcome outcome = state_->wait(atMost);
+    return outcome == DatagramSocket::Outcome::received ? readDatagram(state_->socket, buffer)
+                                                        : Received{outcome, 0, {}};
 }
 
 void DatagramSocket::send(ByteView datagram, const Endpoint& to)

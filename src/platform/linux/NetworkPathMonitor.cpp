@@ -1,19 +1,17 @@
 #include "platform/NetworkPathMonitor.h"
 
 #include "platform/NetworkInterfaces.h"
-#include "platform/ThreadName.h"
 #include "platform/linux/FileDescriptor.h"
 
-#include <algorithm>
-#include <array>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <optional>
 #include <set>
-#include <thread>
 
 #include <ifaddrs.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 
 namespace platform {
@@ -58,25 +56,18 @@ Path currentPath()
     return path;
 }
 
-FileDescriptor opened(int descriptor)
-{
-    if (descriptor < 0) {
-        throw std::system_error(lastError());
-    }
-    return FileDescriptor(descriptor);
-}
-
 /// A socket that becomes readable when the kernel changes anything that makes a path
 /// (rtnetlink(7)).
 FileDescriptor subscribed()
 {
-    FileDescriptor socket
-        = opened(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
+    FileDescriptor socket(
+        ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
     sockaddr_nl groups{};
     groups.nl_family = AF_NETLINK;
     groups.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE
         | RTMGRP_IPV6_ROUTE;
-    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&groups), sizeof groups) != 0) {
+    if (!socket.isOpen()
+        || ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&groups), sizeof groups) != 0) {
         throw std::system_error(lastError());
     }
     return socket;
@@ -92,70 +83,34 @@ void discardMessages(const FileDescriptor& socket)
 
 } // namespace
 
-class NetworkPathMonitor::Watch {
-public:
-    Watch(const std::string& label, Handler handler)
-        : handler_(std::move(handler))
-        , changes_(subscribed())
-        , closing_(opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
-        , thread_([this, label] {
-            setCurrentThreadName(label);
-            run();
-        })
-    {
-    }
-
-    ~Watch()
-    {
-        ::eventfd_write(closing_.get(), 1);
-        thread_.join();
-    }
-
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
-
-private:
-    void run()
-    {
-        Path path = currentPath();
-        handler_(path.isSatisfied());
-        while (waitForChange()) {
-            Path next = currentPath();
-            if (next == path) continue;
-            path = std::move(next);
-            handler_(path.isSatisfied());
-        }
-    }
-
-    /// False when it is time to end.
-    [[nodiscard]] bool waitForChange() const
-    {
-        std::array<pollfd, 2> waits{{{closing_.get(), POLLIN, 0}, {changes_.get(), POLLIN, 0}}};
-        constexpr int forever = -1;
-        ::poll(waits.data(), waits.size(), forever);
-        if (waits[0].revents != 0 || isClosingWithin(mergeInterval)) return false;
-        discardMessages(changes_);
-        return true;
-    }
-
-    [[nodiscard]] bool isClosingWithin(Duration duration) const
-    {
-        pollfd closing{closing_.get(), POLLIN, 0};
-        const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(duration);
-        return ::poll(&closing, 1, static_cast<int>(milliseconds.count())) > 0;
-    }
-
-    Handler handler_;
-    FileDescriptor changes_;
-    FileDescriptor closing_;
-    std::thread thread_; ///< last: it uses the others
+struct NetworkPathMonitor::Watch {
+    FileDescriptor changes = subscribed();
+    QSocketNotifier notifier{changes.get(), QSocketNotifier::Read};
+    QTimer nextLook;
+    std::optional<Path> path; ///< the one that has been told
 };
 
-NetworkPathMonitor::NetworkPathMonitor(const std::string& label, Handler handler)
-    : watch_(std::make_unique<Watch>(label, std::move(handler)))
+NetworkPathMonitor::NetworkPathMonitor() : watch_(std::make_unique<Watch>())
 {
+    watch_->nextLook.setSingleShot(true);
+    connect(&watch_->nextLook, &QTimer::timeout, this, &NetworkPathMonitor::look);
+    connect(&watch_->notifier, &QSocketNotifier::activated, this, [this] {
+        watch_->notifier.setEnabled(false);
+        watch_->nextLook.start(mergeInterval);
+    });
+    watch_->nextLook.start(0);
 }
 
 NetworkPathMonitor::~NetworkPathMonitor() = default;
+
+void NetworkPathMonitor::look()
+{
+    discardMessages(watch_->changes);
+    watch_->notifier.setEnabled(true);
+    Path path = currentPath();
+    if (path == watch_->path) return;
+    watch_->path = std::move(path);
+    Q_EMIT pathChanged(watch_->path->isSatisfied());
+}
 
 } // namespace platform

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include <linux/route.h>
+#include <net/route.h>
 
 namespace platform {
 

@@ -2,12 +2,11 @@
 
 #include "platform/linux/FileDescriptor.h"
 
+#include <QCoreApplication>
 #include <QSocketNotifier>
 
-#include <array>
 #include <atomic>
 #include <csignal>
-#include <stdexcept>
 
 #include <sys/eventfd.h>
 
@@ -15,16 +14,12 @@ namespace platform {
 
 namespace {
 
-constexpr std::array watchedSignals{SIGINT, SIGTERM, SIGHUP};
-
-// What the signal handler may touch. The descriptor is made once and never closed: a handler on
-// another thread may be about to write to it when an object goes.
+// What the signal handler may touch. The descriptor is never closed: a handler may run at any time.
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 std::atomic<int> wakeDescriptor = -1;
 std::atomic<int> firstSignal = 0; // 0: the process has not been asked to end
-std::atomic<bool> inUse = false;
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void onTerminationSignal(int signal)
 {
@@ -40,75 +35,34 @@ void onTerminationSignal(int signal)
     errno = savedErrno;
 }
 
-int wakeDescriptorOfProcess()
+void watch(int signal)
 {
-    if (wakeDescriptor < 0) wakeDescriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeDescriptor < 0) {
-        throw std::system_error(lastError());
-    }
-    return wakeDescriptor;
-}
-
-/// Whether a shell or nohup(1) had the signal ignored for this process.
-bool isIgnored(const struct sigaction& action)
-{
-    return (action.sa_flags & SA_SIGINFO) == 0 && action.sa_handler == SIG_IGN;
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if ((action.sa_flags & SA_SIGINFO) == 0 && action.sa_handler == SIG_IGN) return;
+    action = {};
+    action.sa_handler = onTerminationSignal;
+    // Calls that were under way on the interrupted thread are none the wiser.
+    action.sa_flags = SA_RESTART;
+    ::sigemptyset(&action.sa_mask);
+    ::sigaction(signal, &action, nullptr);
 }
 
 } // namespace
 
-struct TerminationSignals::State {
-    explicit State(std::function<void()> onSignal)
-        : handler(std::move(onSignal)), notifier(wakeDescriptorOfProcess(), QSocketNotifier::Read)
-    {
-        QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [this] {
-            eventfd_t count = 0;
-            if (::eventfd_read(wakeDescriptor, &count) == 0) handler();
-        });
-    }
-
-    void watch()
-    {
-        struct sigaction action {};
-        action.sa_handler = onTerminationSignal;
-        // Calls that were under way on the interrupted thread are none the wiser.
-        action.sa_flags = SA_RESTART;
-        ::sigemptyset(&action.sa_mask);
-        for (std::size_t i = 0; i < watchedSignals.size(); ++i) {
-            ::sigaction(watchedSignals[i], nullptr, &previous[i]);
-            if (!isIgnored(previous[i])) ::sigaction(watchedSignals[i], &action, nullptr);
-        }
-    }
-
-    void unwatch() const
-    {
-        for (std::size_t i = 0; i < watchedSignals.size(); ++i) {
-            ::sigaction(watchedSignals[i], &previous[i], nullptr);
-        }
-    }
-
-    std::function<void()> handler;
-    QSocketNotifier notifier;
-    std::array<struct sigaction, watchedSignals.size()> previous{};
-};
-
-TerminationSignals::TerminationSignals(std::function<void()> handler)
-    : state_(std::make_unique<State>(std::move(handler)))
+void quitOnTerminationSignals()
 {
-    if (inUse.exchange(true)) {
-        throw std::logic_error("termination signals are being watched already");
+    wakeDescriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (wakeDescriptor < 0) throw std::system_error(lastError());
+    auto* const notifier
+        = new QSocketNotifier(wakeDescriptor, QSocketNotifier::Read, QCoreApplication::instance());
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier] {
+        notifier->setEnabled(false);
+        QCoreApplication::quit();
+    });
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        watch(signal);
     }
-    state_->watch();
-}
-
-TerminationSignals::~TerminationSignals()
-{
-    state_->unwatch();
-    // What has been asked and not been heard must not reach the next object.
-    eventfd_t ignored = 0;
-    ::eventfd_read(wakeDescriptor, &ignored);
-    firstSignal = 0;
-    inUse = false;
 }
 
 } // namespace platform

@@ -1,4 +1,4 @@
-#include "platform/TrayNotices.h"
+#include "platform/TrayWatch.h"
 
 #include "support/EventLoop.h"
 #include "support/PrivateBus.h"
@@ -9,13 +9,14 @@
 
 using namespace Qt::StringLiterals;
 
-TEST(TrayNoticesTest, tellsOfATrayEachTimeThatOneComes)
+TEST(TrayWatchTest, tellsOfATrayEachTimeThatOneComes)
 {
     support::PrivateBus bus;
     bus.start();
     qputenv("DBUS_SESSION_BUS_ADDRESS", bus.address().toLocal8Bit());
     int appearances = 0;
-    const platform::TrayNotices notices([&] { ++appearances; });
+    const platform::TrayWatch watch;
+    QObject::connect(&watch, &platform::TrayWatch::appeared, [&] { ++appearances; });
     const QString tray = u"org.kde.StatusNotifierWatcher"_s;
     for (int i = 1; i <= 2; ++i) {
         QDBusConnection desktop = QDBusConnection::connectToBus(bus.address(), u"desktop"_s);
