@@ -1,7 +1,7 @@
 # Everything that comes from outside, found once. Imported targets are SYSTEM for their users.
 # A new dependency also goes into packaging/debian-packages.txt.
 
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Multimedia Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Multimedia Network Widgets)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(ZXing REQUIRED)
 

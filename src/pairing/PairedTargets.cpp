@@ -8,6 +8,8 @@
 #include "platform/Files.h"
 #include "protocol/DisplayName.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <mutex>
 #include <utility>
@@ -126,7 +128,7 @@ template <typename Change> std::error_code tryChange(const Change& change)
         replacement.sync();
         logWeaknesses(ferrylanePairedTargetsURL(), replacement.result());
         // Taken over, or given up with this change.
-        if (!earlier.isEmpty()) platform::removeFile(ferrylanePairedTargetURL());
+        if (!earlier.isEmpty()) QFile::remove(ferrylanePairedTargetURL());
         return {};
     }
 }
@@ -245,8 +247,8 @@ void removeFerrylanePairedTargets()
     const std::lock_guard lock(changes().mutex);
     // A change that is being prepared must not bring them back.
     ++changes().count;
-    platform::removeFile(ferrylanePairedTargetURL());
-    platform::removeFile(ferrylanePairedTargetsURL());
+    QFile::remove(ferrylanePairedTargetURL());
+    QFile::remove(ferrylanePairedTargetsURL());
     removeSetAside(ferrylanePairedTargetsURL());
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/Bytes.h"
-#include "platform/Interface.h"
 #include "platform/SecretKey.h"
 
 #include <memory>
@@ -16,34 +15,25 @@ constexpr std::size_t sha256Bytes = 32;
 using GcmNonce = std::array<std::byte, gcmNonceBytes>;
 using Sha256Digest = std::array<std::byte, sha256Bytes>;
 
-/// Authenticated encryption with associated data under one key. An object serves one thread at a
-/// time.
-class Aead : public Interface {
+/// AES-256-GCM with 96-bit nonces and 128-bit tags (NIST SP 800-38D), under one key. An object
+/// serves one thread at a time.
+class Aes256Gcm {
 public:
+    explicit Aes256Gcm(const SecretKey& key);
+    ~Aes256Gcm();
+    Aes256Gcm(const Aes256Gcm&) = delete;
+    Aes256Gcm& operator=(const Aes256Gcm&) = delete;
+
     /// Writes ciphertext and tag, plaintext.size() + 16 bytes, to the start of `out`. Throws
     /// std::system_error when the library fails.
-    virtual void seal(
-        const GcmNonce& nonce, ByteView associatedData, ByteView plaintext, MutableByteView out)
-        = 0;
+    void seal(
+        const GcmNonce& nonce, ByteView associatedData, ByteView plaintext, MutableByteView out);
 
     /// Opens `sealed` (ciphertext and 16-byte tag) into `out`, which has room for the ciphertext's
     /// length. Returns the number of plaintext bytes, or none when the tag does not verify or
     /// `sealed` is shorter than a tag; `out` then holds nothing that may be used.
-    [[nodiscard]] virtual std::optional<std::size_t> open(
-        const GcmNonce& nonce, ByteView associatedData, ByteView sealed, MutableByteView out)
-        = 0;
-};
-
-/// AES-256-GCM with 96-bit nonces and 128-bit tags (NIST SP 800-38D).
-class Aes256Gcm final : public Aead {
-public:
-    explicit Aes256Gcm(const SecretKey& key);
-    ~Aes256Gcm() override;
-
-    void seal(const GcmNonce& nonce, ByteView associatedData, ByteView plaintext,
-        MutableByteView out) override;
-    [[nodiscard]] std::optional<std::size_t> open(const GcmNonce& nonce, ByteView associatedData,
-        ByteView sealed, MutableByteView out) override;
+    [[nodiscard]] std::optional<std::size_t> open(
+        const GcmNonce& nonce, ByteView associatedData, ByteView sealed, MutableByteView out);
 
 private:
     struct Contexts;

@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 
-#include <optional>
+class QIODevice;
 
 namespace platform {
 
@@ -20,12 +20,14 @@ struct InterfaceAddress {
 
 using InterfaceAddresses = QList<InterfaceAddress>;
 
-/// The IPv4 and IPv6 addresses of all interfaces, those that are down included, in the system's
-/// order. None when the system does not tell.
-[[nodiscard]] std::optional<InterfaceAddresses> interfaceAddresses();
+/// The IPv4 and IPv6 addresses of all interfaces, those that are down included, in the order of
+/// the interfaces. Empty when the system does not tell.
+[[nodiscard]] InterfaceAddresses interfaceAddresses();
 
 /// The name of the interface that leads to the rest of the world: the one of the IPv4 default route
-/// with the lowest metric, or else of the IPv6 one. Empty when there is none.
+/// that is up and has the lowest metric, or else of the IPv6 one. Empty when there is none.
 [[nodiscard]] QString defaultRouteInterface();
+/// The same in tables of routes, in the formats of /proc/net/route and /proc/net/ipv6_route.
+[[nodiscard]] QString defaultRouteInterface(QIODevice& ipv4Routes, QIODevice& ipv6Routes);
 
 } // namespace platform

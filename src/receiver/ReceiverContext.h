@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DescriptorLimit.h"
+#include "platform/Process.h"
 #include "platform/SecretKey.h"
 #include "platform/ThreadQueue.h"
 #include "receiver/OpenConnections.h"

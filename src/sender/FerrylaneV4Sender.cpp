@@ -2,7 +2,7 @@
 
 #include "core/Base64Url.h"
 #include "core/TransferSpeed.h"
-#include "platform/FileReader.h"
+#include "platform/Files.h"
 #include "protocol/PhoneResponse.h"
 #include "protocol/StreamWriter.h"
 #include "sender/PhoneConnection.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
-#include "platform/FilePath.h"
+#include "platform/Files.h"
 #include "platform/SecretKey.h"
 #include "platform/ThreadQueue.h"
 #include "protocol/PairedTarget.h"

@@ -3,7 +3,7 @@
 #include "core/TransferState.h"
 #include "discovery/FerrylaneDeviceDiscovery.h"
 #include "platform/Clock.h"
-#include "platform/FilePath.h"
+#include "platform/Files.h"
 #include "platform/MainQueue.h"
 #include "platform/NetworkPathMonitor.h"
 #include "platform/SystemSleep.h"

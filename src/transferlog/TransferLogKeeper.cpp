@@ -2,6 +2,8 @@
 
 #include "core/OwnFiles.h"
 
+#include <QFile>
+
 #include <future>
 #include <utility>
 
@@ -45,7 +47,7 @@ void TransferLogKeeper::clear()
     const std::lock_guard lock(mutex_);
     openBatch_ = nullptr;
     queue_.async([] {
-        platform::removeFile(ferrylaneTransferLogURL());
+        QFile::remove(ferrylaneTransferLogURL());
         removeSetAside(ferrylaneTransferLogURL());
     });
 }

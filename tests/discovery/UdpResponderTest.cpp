@@ -2,10 +2,11 @@
 
 #include "core/DeviceName.h"
 #include "core/StoragePaths.h"
-#include "platform/Files.h"
 #include "protocol/DiscoveryProtocol.h"
 #include "support/PrivateUserFolders.h"
 #include "support/Waiting.h"
+
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
@@ -117,7 +118,7 @@ TEST_F(UdpResponderTest, saysWhyThePortCannotBeHad)
         const PortHolder holder;
         ASSERT_TRUE(holder.holds());
         EXPECT_EQ(startError(), std::errc::address_in_use);
-        EXPECT_FALSE(platform::itemExists(logFolder())) << "nothing is logged here";
+        EXPECT_FALSE(QFileInfo::exists(logFolder())) << "nothing is logged here";
     }
     EXPECT_EQ(startError(), std::error_code());
     ask();

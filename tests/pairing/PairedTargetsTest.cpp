@@ -8,7 +8,7 @@
 #include "support/QtPrinting.h"
 #include "support/TestFiles.h"
 
-#include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
@@ -221,13 +221,13 @@ TEST_F(PairedTargets, takesOverTheSinglePhoneOfEarlierVersions)
     for (const QByteArray& useless : {QByteArray("[]"), json(noKey), QByteArray("{")}) {
         write(ferrylanePairedTargetURL(), useless);
         EXPECT_EQ(names(), u""_s);
-        EXPECT_TRUE(platform::itemExists(ferrylanePairedTargetURL()));
-        EXPECT_FALSE(platform::itemExists(ferrylanePairedTargetsURL()));
+        EXPECT_TRUE(QFileInfo::exists(ferrylanePairedTargetURL()));
+        EXPECT_FALSE(QFileInfo::exists(ferrylanePairedTargetsURL()));
     }
 
     write(ferrylanePairedTargetURL(), json(phone(u"fl  a "_s, 1)).replace("/", "\\/"));
     EXPECT_EQ(loadFerrylanePairedTargets(), QList{phone(u"fl  a "_s, 1)});
-    EXPECT_FALSE(platform::itemExists(ferrylanePairedTargetURL()));
+    EXPECT_FALSE(QFileInfo::exists(ferrylanePairedTargetURL()));
     EXPECT_EQ(selected(), key(1));
     EXPECT_EQ(names(), u"a 1"_s) << "normalised from the next reading on";
 }
@@ -237,7 +237,7 @@ TEST_F(PairedTargets, takesOverAlsoWhereNothingCanBeStored)
     write(ferrylanePairedTargetURL(), json(phone(u"a"_s, 1)));
     ASSERT_FALSE(platform::createFolders(ferrylanePairedTargetsURL() + u"/inner"_s));
     EXPECT_EQ(names(), u"a 1"_s);
-    EXPECT_TRUE(platform::itemExists(ferrylanePairedTargetURL()));
+    EXPECT_TRUE(QFileInfo::exists(ferrylanePairedTargetURL()));
     EXPECT_EQ(selected(), u"none"_s);
     EXPECT_TRUE(home_.log().endsWith(u"Z  Could not save paired targets: Is a directory\n"))
         << qPrintable(home_.log());

@@ -1,5 +1,7 @@
 #include "platform/Files.h"
-#include "platform/Folder.h"
+
+#include "support/QtPrinting.h"
+#include "support/SystemCallFailure.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
@@ -10,9 +12,8 @@
 
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
+#include <sys/syscall.h>
 
 namespace platform {
 namespace {
@@ -26,9 +27,10 @@ protected:
     ~FilesTest() override { ::umask(umask_); }
 
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
+    [[nodiscard]] QStringList everything() const { return support::everythingIn(folder_.path()); }
     void link(const QString& target, const QString& name) const
     {
-        ASSERT_TRUE(QFile::link(target, path(name)));
+        ASSERT_TRUE(QFile::link(path(target), path(name)));
     }
 
 private:
@@ -42,106 +44,128 @@ TEST_F(FilesTest, PathWithNulNamesNothing)
     writeFile(file, "x");
     const QString longer = file + QChar(0) + u"rest"_s;
 
-    EXPECT_FALSE(itemExists(longer));
     EXPECT_FALSE(readFile(longer, 100));
-    EXPECT_FALSE(removeFile(longer));
     EXPECT_TRUE(writeFileAtomically(longer, bytesOf("y"), 0600));
     EXPECT_TRUE(appendToFile(longer, bytesOf("y"), 0600));
     EXPECT_TRUE(createFolders(path(u"folder"_s) + QChar(0)));
+    EXPECT_FALSE(FilePath::fromUrl(QUrl(u"file:///tmp/a%00b"_s)));
     EXPECT_EQ(readFile(file, 100), "x");
 }
 
 TEST_F(FilesTest, CreatesFoldersStepByStep)
 {
     ASSERT_TRUE(QDir().mkdir(path(u"real"_s)));
-    link(path(u"real"_s), u"link"_s);
+    link(u"real"_s, u"link"_s);
     writeFile(path(u"file"_s), "x");
-    link(path(u"nowhere"_s), u"dangling"_s);
-    link(path(u"file"_s), u"toFile"_s);
-
-    struct Case {
-        QString name;
-        std::error_code error;
-    };
+    link(u"nowhere"_s, u"dangling"_s);
+    link(u"file"_s, u"toFile"_s);
     const std::error_code fine;
     const std::error_code notFolder = std::make_error_code(std::errc::not_a_directory);
-    const std::vector<Case> cases{
-        {u"a/b/c"_s, fine},
-        {u"a//b///d/"_s, fine},
-        {u"link/inside"_s, fine},
-        {u"file/inside"_s, notFolder},
-        {u"dangling"_s, notFolder},
-        {u"toFile"_s, notFolder},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(createFolders(path(c.name)), c.error) << c.name.toStdString();
-        EXPECT_EQ(QFileInfo(path(c.name)).isDir(), !c.error) << c.name.toStdString();
+    for (const auto& [name, error] : std::vector<std::pair<QString, std::error_code>>{
+             {u"a/b/c"_s, fine}, {u"a//b///d/"_s, fine}, {u"link/inside"_s, fine},
+             {u"file/inside"_s, notFolder}, {u"dangling"_s, notFolder}, {u"toFile"_s, notFolder}}) {
+        EXPECT_EQ(createFolders(path(name), 0700), error) << name.toStdString();
+        EXPECT_EQ(QFileInfo(path(name)).isDir(), !error) << name.toStdString();
     }
-    EXPECT_TRUE(QFileInfo(path(u"real/inside"_s)).isDir());
+    EXPECT_EQ(modeOf(path(u"real/inside"_s)), 0700U);
+    EXPECT_EQ(modeOf(path(u"a/b"_s)), 0700U);
     EXPECT_EQ(readFile(path(u"file"_s), 10), "x");
     EXPECT_EQ(createFolders(QString()), std::errc::no_such_file_or_directory);
 }
 
 TEST_F(FilesTest, ReadsNothingButRegularFilesUpToTheLimitAndNeverWaits)
 {
+    std::error_code error;
     writeFile(path(u"file"_s), "0123456789");
-    EXPECT_EQ(readFile(path(u"file"_s), 10), "0123456789");
-    EXPECT_FALSE(readFile(path(u"file"_s), 9));
+    EXPECT_EQ(readFile(path(u"file"_s), 10, error), "0123456789");
+    EXPECT_FALSE(error);
+    EXPECT_FALSE(readFile(path(u"file"_s), 9, error));
+    EXPECT_EQ(error, std::errc::file_too_large);
+    EXPECT_FALSE(readFile(path(u"missing"_s), 9, error));
+    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
     ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
     for (const QString& name : {path(u"fifo"_s), path(u"folder"_s), u"/dev/zero"_s}) {
-        EXPECT_FALSE(readFile(name, 100)) << name.toStdString();
+        EXPECT_FALSE(readFile(name, 100, error)) << name.toStdString();
+        EXPECT_EQ(error, std::errc::invalid_argument) << name.toStdString();
     }
 }
 
-TEST_F(FilesTest, AppendsAndCreatesWithExactlyTheMode)
+TEST_F(FilesTest, AppendsAndReplacesWithExactlyTheModeWhateverTheUmask)
 {
-    for (const mode_t mask : {000U, 077U}) {
-        ::umask(mask);
-        const QString file = path(QString::number(mask));
-        ASSERT_FALSE(appendToFile(file, bytesOf("one\n"), 0640));
-        ASSERT_FALSE(appendToFile(file, bytesOf("two\n"), 0640));
-        EXPECT_EQ(readFile(file, 100), "one\ntwo\n");
-        EXPECT_EQ(modeOf(file), 0640U) << "umask " << mask;
+    for (const mode_t mask : {000U, 0777U}) {
+        for (const mode_t mode : {0600U, 0644U}) {
+            ::umask(mask);
+            const QString file = path(u"file"_s);
+            const QString appended = path(u"%1-%2"_s.arg(mask).arg(mode));
+            ASSERT_FALSE(writeFileAtomically(file, bytesOf("content"), mode));
+            ASSERT_FALSE(appendToFile(appended, bytesOf("one\n"), mode));
+            ASSERT_FALSE(appendToFile(appended, bytesOf("two\n"), mode));
+            EXPECT_EQ(readFile(file, 100), "content");
+            EXPECT_EQ(readFile(appended, 100), "one\ntwo\n");
+            EXPECT_EQ(modeOf(file), mode) << "umask " << mask;
+            EXPECT_EQ(modeOf(appended), mode) << "umask " << mask;
+        }
     }
+    EXPECT_EQ(everything().size(), 5);
 }
 
-TEST_F(FilesTest, AppendingReportsWhatCannotBeWritten)
+TEST_F(FilesTest, LeavesNothingWhereItCannotWrite)
 {
+    ASSERT_TRUE(QDir().mkdir(path(u"folder"_s)));
     ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"fifo"_s)).constData(), 0600), 0);
-    link(path(u"nowhere"_s), u"dangling"_s);
+    link(u"nowhere"_s, u"dangling"_s);
+    const QStringList before = everything();
 
-    EXPECT_TRUE(appendToFile(path(u"fifo"_s), bytesOf("x"), 0600));
-    EXPECT_TRUE(appendToFile(path(u"dangling"_s), bytesOf("x"), 0600));
-    EXPECT_TRUE(appendToFile(path(u"missing/file"_s), bytesOf("x"), 0600));
+    for (const QString& name :
+        {path(u"folder"_s), path(u"file/"_s), path(u"missing/file"_s), QString()}) {
+        EXPECT_TRUE(writeFileAtomically(name, bytesOf("x"), 0600)) << name.toStdString();
+        EXPECT_TRUE(appendToFile(name, bytesOf("x"), 0600)) << name.toStdString();
+    }
+    for (const QString& name : {path(u"fifo"_s), path(u"dangling"_s)}) {
+        EXPECT_TRUE(appendToFile(name, bytesOf("x"), 0600)) << name.toStdString();
+    }
     EXPECT_EQ(
         appendToFile(u"/dev/full"_s, bytesOf("x"), 0600).failure, std::errc::no_space_on_device);
-    EXPECT_FALSE(itemExists(path(u"nowhere"_s)));
+    EXPECT_EQ(everything(), before);
+    EXPECT_TRUE(QDir(path(u"folder"_s)).isEmpty());
 }
 
-TEST_F(FilesTest, ListsWhatCanBeNamed)
+TEST_F(FilesTest, ReplacesALinkAndNotItsTarget)
 {
-    const QString folder = path(u"list"_s);
-    ASSERT_TRUE(QDir().mkpath(folder + u"/sub"_s));
-    writeFile(folder + u"/.hidden"_s, "x");
-    writeFile(folder + u"/Größe ☂"_s, "x");
-    const QByteArray notUtf8 = QFile::encodeName(folder) + "/\xff";
-    ASSERT_EQ(::close(::open(notUtf8.constData(), O_WRONLY | O_CREAT, 0600)), 0);
+    writeFile(path(u"target"_s), "old");
+    link(u"target"_s, u"link"_s);
+    ASSERT_FALSE(writeFileAtomically(path(u"link"_s), bytesOf("new"), 0600));
+    EXPECT_FALSE(QFileInfo(path(u"link"_s)).isSymLink());
+    EXPECT_EQ(readFile(path(u"link"_s), 100), "new");
+    EXPECT_EQ(readFile(path(u"target"_s), 100), "old");
+}
 
-    std::error_code error;
-    const auto open = Folder::open(folder, error);
-    for (int time = 0; time < 2; ++time) {
-        QStringList names = open->names();
-        names.sort();
-        EXPECT_EQ(names, QStringList({u".hidden"_s, u"Größe ☂"_s, u"sub"_s}));
+TEST_F(FilesTest, KeepsTheOldContentWhicheverStepFails)
+{
+    const QString file = path(u"file"_s);
+    ASSERT_FALSE(writeFileAtomically(file, bytesOf("old"), 0600));
+    for (const int step : {SYS_write, SYS_fsync, SYS_close, support::plainRename}) {
+        WriteResult result;
+        ASSERT_TRUE(support::runWithFailures(
+            {{step, EIO}}, [&] { result = writeFileAtomically(file, bytesOf("new"), 0600); }));
+        EXPECT_EQ(result.failure, std::errc::io_error) << "system call " << step;
+        EXPECT_EQ(readFile(file, 100), "old") << "system call " << step;
+        EXPECT_EQ(everything(), QStringList{u"file"_s}) << "system call " << step;
     }
-    EXPECT_TRUE(open->isFolder(u"sub"_s));
-    EXPECT_FALSE(open->isFolder(u".hidden"_s));
-    EXPECT_FALSE(Folder::open(path(u"missing"_s), error));
-    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
-    EXPECT_FALSE(Folder::open(folder + u"/.hidden"_s, error));
-    EXPECT_EQ(error, std::errc::not_a_directory);
-    EXPECT_EQ(::unlink(notUtf8.constData()), 0);
+}
+
+TEST_F(FilesTest, KeepsWhatWasWrittenWhereThereAreNoModes)
+{
+    ASSERT_TRUE(support::runWithFailures({{SYS_fchmod, EPERM}}, [&] {
+        for (const WriteResult& result : {writeFileAtomically(path(u"a"_s), bytesOf("x"), 0600),
+                 appendToFile(path(u"b"_s), bytesOf("x"), 0600)}) {
+            EXPECT_FALSE(result);
+            EXPECT_EQ(result.modeError, std::errc::operation_not_permitted);
+        }
+    }));
+    EXPECT_EQ(readFile(path(u"a"_s), 100), "x");
+    EXPECT_EQ(readFile(path(u"b"_s), 100), "x");
 }
 
 } // namespace

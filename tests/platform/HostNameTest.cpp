@@ -1,45 +1,37 @@
 #include "platform/HostName.h"
 
-#include "platform/linux/MachineInfo.h"
+#include "support/QtPrinting.h"
 
 #include <gtest/gtest.h>
 
 namespace platform {
 namespace {
 
-TEST(HostNameTest, PrettyNameInMachineInfo)
+TEST(HostNameTest, IsThePrettyOneOrTheFirstLabel)
 {
     struct Case {
-        const char* text;
+        const char* machineInfo;
         const char* name;
     };
-    for (const Case& c :
-        {
-            Case{"", ""},
-            Case{"PRETTY_HOSTNAME=Desk\n", "Desk"},
-            Case{"ICON_NAME=computer\nPRETTY_HOSTNAME=\"Anna's \\\"big\\\" PC\"\nCHASSIS=desktop\n",
-                "Anna's \"big\" PC"},
-            Case{"PRETTY_HOSTNAME='Büro ☂'", "Büro ☂"},
-            Case{"PRETTY_HOSTNAME=\"  spaced  \"", "spaced"},
-            Case{"PRETTY_HOSTNAME=\"\"", ""},
-            Case{"PRETTY_HOSTNAME=\"open", ""},
-            Case{"# PRETTY_HOSTNAME=Desk\n", ""},
-            Case{"PRETTY_HOSTNAME=\"\xff\xfe\"\n", ""},
-        }) {
-        EXPECT_EQ(prettyHostNameIn(c.text), QString::fromUtf8(c.name)) << c.text;
+    for (const Case& c : {
+             Case{"", "desk"},
+             Case{"PRETTY_HOSTNAME=Desk\n", "Desk"},
+             Case{"ICON_NAME=computer\nPRETTY_HOSTNAME=\"Anna's \\\"big\\\" \\\\PC\"\nCHASSIS=x\n",
+                 "Anna's \"big\" \\PC"},
+             Case{"PRETTY_HOSTNAME='Büro ☂\\$'", "Büro ☂\\$"},
+             Case{"PRETTY_HOSTNAME=\"  spaced\\n  \"", "spaced\\n"},
+             Case{"PRETTY_HOSTNAME=\"\"", "desk"},
+             Case{"PRETTY_HOSTNAME=\"", "desk"},
+             Case{"PRETTY_HOSTNAME=\"open", "desk"},
+             Case{"# PRETTY_HOSTNAME=Desk\n", "desk"},
+             Case{"PRETTY_HOSTNAME=\"\xff\xfe\"\n", "desk"},
+         }) {
+        EXPECT_EQ(localizedHostName(c.machineInfo, QStringLiteral("desk.home.example")),
+            QString::fromUtf8(c.name))
+            << c.machineInfo;
     }
-}
-
-TEST(HostNameTest, FirstLabel)
-{
-    struct Case {
-        const char* name;
-        const char* label;
-    };
-    for (const Case& c : {Case{"desk", "desk"}, Case{"desk.lan", "desk"},
-             Case{"desk.home.example", "desk"}, Case{"", ""}, Case{".lan", ""}}) {
-        EXPECT_EQ(firstLabelOf(QString::fromUtf8(c.name)), QString::fromUtf8(c.label)) << c.name;
-    }
+    EXPECT_EQ(localizedHostName({}, QStringLiteral(".lan")), QString());
+    EXPECT_EQ(localizedHostName({}, QStringLiteral("desk")), QStringLiteral("desk"));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "platform/NetworkInterfaces.h"
 
-#include "platform/linux/RouteTables.h"
 #include "support/QtPrinting.h"
 
 #include <QBuffer>
@@ -14,10 +13,13 @@ using namespace platform;
 
 namespace {
 
-QString found(QString (*find)(QIODevice&), QByteArray routes)
+QString found(QByteArray ipv4Routes, QByteArray ipv6Routes = {})
 {
-    QBuffer table(&routes);
-    return table.open(QBuffer::ReadOnly) ? find(table) : QStringLiteral("not open");
+    QBuffer ipv4(&ipv4Routes);
+    QBuffer ipv6(&ipv6Routes);
+    return ipv4.open(QBuffer::ReadOnly) && ipv6.open(QBuffer::ReadOnly)
+        ? defaultRouteInterface(ipv4, ipv6)
+        : QStringLiteral("not open");
 }
 
 const QByteArray zeros(32, '0');
@@ -34,8 +36,7 @@ QByteArray ipv6Route(const QByteArray& destination, const QByteArray& length,
 TEST(NetworkInterfaces, listsTheLoopbackAddress)
 {
     const auto addresses = interfaceAddresses();
-    ASSERT_TRUE(addresses);
-    EXPECT_TRUE(std::any_of(addresses->begin(), addresses->end(), [](const auto& address) {
+    EXPECT_TRUE(std::any_of(addresses.begin(), addresses.end(), [](const auto& address) {
         return address.isLoopback && address.text == u"127.0.0.1" && address.interfaceName == u"lo"
             && address.family == InterfaceAddress::Family::ipv4;
     }));
@@ -51,14 +52,12 @@ TEST(NetworkInterfaces, findsTheDefaultRouteOfIPv4)
     const QByteArray fast = "eth0\t00000000\t0101A8C0\t0003\t0\t0\t100\t00000000\t0\t0\t0\n";
     const QByteArray down = "usb0\t00000000\t0101A8C0\t0002\t0\t0\t0\t00000000\t0\t0\t0\n";
     const QByteArray refused = "*\t00000000\t00000000\t0201\t0\t0\t0\t00000000\t0\t0\t0\n";
-    const auto find
-        = [](const QByteArray& routes) { return found(defaultInterfaceInIPv4Routes, routes); };
-    EXPECT_EQ(find(head + local + half + slow), u"wlan0"_s);
-    EXPECT_EQ(find(head + slow + fast + down + refused), u"eth0"_s);
-    EXPECT_EQ(find(head + fast + slow), u"eth0"_s);
-    EXPECT_EQ(find(head + local + half + down + refused), u""_s);
-    EXPECT_EQ(find(head + "eth0\t00000000\n\neth0\tx\tx\tx\tx\tx\tx\tx\n"), u""_s);
-    EXPECT_EQ(find(""), u""_s);
+    EXPECT_EQ(found(head + local + half + slow), u"wlan0"_s);
+    EXPECT_EQ(found(head + slow + fast + down + refused), u"eth0"_s);
+    EXPECT_EQ(found(head + fast + slow), u"eth0"_s);
+    EXPECT_EQ(found(head + local + half + down + refused), u""_s);
+    EXPECT_EQ(found(head + "eth0\t00000000\n\neth0\tx\tx\tx\tx\tx\tx\tx\n"), u""_s);
+    EXPECT_EQ(found(""), u""_s);
 }
 
 TEST(NetworkInterfaces, findsTheDefaultRouteOfIPv6)
@@ -67,9 +66,12 @@ TEST(NetworkInterfaces, findsTheDefaultRouteOfIPv6)
     const QByteArray routes = ipv6Route(linkLocal, "40", "00000100", "00000001", "eth0")
         + ipv6Route(zeros, "00", "ffffffff", "00200200", "lo")
         + ipv6Route(zeros, "80", "00000000", "80200001", "lo");
-    EXPECT_EQ(found(defaultInterfaceInIPv6Routes, routes), u""_s);
-    EXPECT_EQ(found(defaultInterfaceInIPv6Routes,
+    EXPECT_EQ(found({}, routes), u""_s);
+    EXPECT_EQ(found({},
                   routes + ipv6Route(zeros, "00", "00000400", "00000003", "wlan0")
                       + ipv6Route(zeros, "00", "00000064", "00450003", "eth1")),
         u"eth1"_s);
+    EXPECT_EQ(found("wlan0\t0\t0101A8C0\t0003\t0\t0\t600\t0\t0\t0\t0\n",
+                  ipv6Route(zeros, "00", "00000064", "00450003", "eth1")),
+        u"wlan0"_s);
 }

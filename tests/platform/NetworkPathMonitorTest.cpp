@@ -27,8 +27,7 @@ protected:
     void SetUp() override
     {
         const auto addresses = interfaceAddresses();
-        ASSERT_TRUE(addresses);
-        for (const InterfaceAddress& address : *addresses) {
+        for (const InterfaceAddress& address : addresses) {
             ASSERT_TRUE(address.isLoopback) << address.interfaceName.toStdString();
         }
     }

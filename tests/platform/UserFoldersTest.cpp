@@ -1,7 +1,8 @@
 #include "platform/UserFolders.h"
 
-#include "platform/linux/UserDirs.h"
 #include "support/EnvironmentVariable.h"
+#include "support/QtPrinting.h"
+#include "support/TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -16,76 +17,65 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-TEST(DownloadFolderTest, IsWhatTheFileNames)
-{
-    struct Case {
-        const char* text;
-        const char* folder; ///< null when the file names none
-    };
-    for (const Case& c : {
-             Case{"", nullptr},
-             Case{R"(XDG_DOWNLOAD_DIR="$HOME/Downloads")", "/home/u/Downloads"},
-             Case{R"(XDG_DOWNLOAD_DIR="$HOME/Meine Größe/in")", "/home/u/Meine Größe/in"},
-             Case{R"(XDG_DOWNLOAD_DIR="/mnt/big/")", "/mnt/big"},
-             Case{R"(XDG_DOWNLOAD_DIR="$HOME/a\"b\\c\$d")", "/home/u/a\"b\\c$d"},
-             // The home folder itself stands for none.
-             Case{R"(XDG_DOWNLOAD_DIR="$HOME/")", nullptr},
-             Case{R"(XDG_DOWNLOAD_DIR="/home/u/")", nullptr},
-             // Neither absolute nor below the home folder.
-             Case{R"(XDG_DOWNLOAD_DIR="Downloads")", nullptr},
-             Case{R"(XDG_DOWNLOAD_DIR="$HOMER/Downloads")", nullptr},
-             Case{R"(XDG_DOWNLOAD_DIR="\$HOME/Downloads")", nullptr},
-             // Not as the file must be written.
-             Case{R"(XDG_DOWNLOAD_DIR=/mnt/big)", nullptr},
-             Case{R"(XDG_DOWNLOAD_DIR="/mnt/big)", nullptr},
-             Case{R"(#XDG_DOWNLOAD_DIR="/mnt/big")", nullptr},
-             Case{"XDG_DESKTOP_DIR=\"$HOME/D\"\nXDG_DOWNLOAD_DIR=\"/a\"\nXDG_DOWNLOAD_DIR=\"/b\"\n",
-                 "/b"},
-         }) {
-        const auto expected = c.folder ? std::optional(QString::fromUtf8(c.folder)) : std::nullopt;
-        EXPECT_EQ(downloadFolderIn(c.text, u"/home/u"_s), expected) << c.text;
-    }
-}
-
 TEST(UserFoldersTest, FollowTheirVariablesBelowTheHomeFolder)
 {
-    const QString recorded = QFile::decodeName(::getpwuid(::getuid())->pw_dir);
-    struct Case {
-        const char* home;
-        const char* config;
-        QString folder;
+    const QByteArray recorded = ::getpwuid(::getuid())->pw_dir;
+    struct Kind {
+        const char* variable;
+        QString (*folder)();
+        QByteArray belowHome;
     };
-    support::EnvironmentVariable home("HOME");
-    support::EnvironmentVariable config("XDG_CONFIG_HOME");
-    for (const Case& c : {
-             Case{"/home/u", "", u"/home/u/.config"_s},
-             Case{"/home/u/", "relative", u"/home/u/.config"_s},
-             Case{"/", "~/x", u"/.config"_s},
-             Case{"", "", recorded + u"/.config"_s},
-             Case{"relative", "", recorded + u"/.config"_s},
-             Case{"/home/u", "/x/y//", u"/x/y"_s},
-             Case{"/home/u", "/", u"/"_s},
-         }) {
-        home.set(c.home);
-        config.set(c.config);
-        EXPECT_EQ(userConfigFolder(), c.folder) << c.home << ' ' << c.config;
+    for (const Kind& kind : {Kind{"XDG_CONFIG_HOME", userConfigFolder, "/.config"},
+             Kind{"XDG_DATA_HOME", userDataFolder, "/.local/share"},
+             Kind{"XDG_STATE_HOME", userStateFolder, "/.local/state"}}) {
+        struct Case {
+            const char* home;
+            const char* value;
+            QByteArray folder;
+        };
+        support::EnvironmentVariable home("HOME");
+        support::EnvironmentVariable variable(kind.variable);
+        for (const Case& c : {
+                 Case{"/home/u", "", "/home/u" + kind.belowHome},
+                 Case{"/home/u/", "relative", "/home/u" + kind.belowHome},
+                 Case{"/", "~/x", kind.belowHome},
+                 Case{"relative", "", recorded + kind.belowHome},
+                 Case{"/home/u", "/x/y//", "/x/y"},
+                 Case{"/home/u", "/", "/"},
+             }) {
+            home.set(c.home);
+            variable.set(c.value);
+            EXPECT_EQ(kind.folder().toUtf8(), c.folder) << c.home << ' ' << c.value;
+        }
+        home.unset();
+        variable.unset();
+        EXPECT_EQ(kind.folder().toUtf8(), recorded + kind.belowHome);
     }
-    home.unset();
-    config.unset();
-    EXPECT_EQ(userConfigFolder(), recorded + u"/.config"_s);
 }
 
-TEST(UserFoldersTest, AreOfTheirKind)
+TEST(UserFoldersTest, DownloadsGoWhereTheUserSays)
 {
-    const support::EnvironmentVariable home("HOME", "/home/u");
-    support::EnvironmentVariable data("XDG_DATA_HOME");
-    support::EnvironmentVariable state("XDG_STATE_HOME");
-    EXPECT_EQ(userDataFolder(), u"/home/u/.local/share"_s);
-    EXPECT_EQ(userStateFolder(), u"/home/u/.local/state"_s);
-    data.set("/x");
-    state.set("/y");
-    EXPECT_EQ(userDataFolder(), u"/x"_s);
-    EXPECT_EQ(userStateFolder(), u"/y"_s);
+    struct Case {
+        QByteArray userDirs;
+        QString folder; ///< begins with ~ below the home folder
+    };
+    const QTemporaryDir folder;
+    const support::EnvironmentVariable home("HOME", folder.path().toUtf8());
+    const support::EnvironmentVariable config("XDG_CONFIG_HOME", folder.path().toUtf8());
+    for (const Case& c : {
+             Case{"", u"~/Downloads"_s},
+             Case{R"(XDG_DOWNLOAD_DIR="$HOME/Meine Größe/in")", u"~/Meine Größe/in"_s},
+             Case{R"(XDG_DOWNLOAD_DIR="/mnt/big/")", u"/mnt/big"_s},
+             // The home folder itself stands for none.
+             Case{R"(XDG_DOWNLOAD_DIR="$HOME/")", u"~/Downloads"_s},
+             // Neither absolute nor below the home folder.
+             Case{R"(XDG_DOWNLOAD_DIR="Loads")", u"~/Downloads"_s},
+         }) {
+        support::writeFile(folder.filePath(u"user-dirs.dirs"_s), c.userDirs);
+        QString expected = c.folder;
+        if (expected.startsWith(u'~')) expected.replace(0, 1, folder.path());
+        EXPECT_EQ(userDownloadsFolder(), expected) << c.userDirs.constData();
+    }
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "pairing/ReceiverKeyStore.h"
 #include "platform/Files.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 #include <QTemporaryFile>
@@ -28,7 +29,7 @@ void removeSettingsAndPairings()
         if (key.startsWith(u"Ferrylane")) userSettings().remove(key);
     }
     removeFerrylanePairedTargets();
-    platform::removeFile(ferrylaneKeyURL());
+    QFile::remove(ferrylaneKeyURL());
 }
 
 QString receiveFolderProblem(const QString& folder)

@@ -2,7 +2,7 @@
 
 #include "app/flows/PairingFlow.h"
 #include "app/windows/MainPanel.h"
-#include "platform/FilePath.h"
+#include "platform/Files.h"
 #include "service/FerrylaneService.h"
 
 #include <QObject>

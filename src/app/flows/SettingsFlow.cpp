@@ -10,7 +10,7 @@
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "platform/Files.h"
-#include "platform/Relaunch.h"
+#include "platform/Process.h"
 #include "platform/UserFolders.h"
 
 #include <QApplication>

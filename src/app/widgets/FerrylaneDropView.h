@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FilePath.h"
+#include "platform/Files.h"
 
 #include <QLabel>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/windows/TransferTexts.h"
-#include "platform/FilePath.h"
+#include "platform/Files.h"
 
 #include <QWidget>
 

@@ -6,35 +6,10 @@
 
 namespace platform {
 
-namespace {
-
-template <typename Call> auto uninterrupted(const Call& call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR) {
-        result = call();
-    }
-    return result;
-}
-
-} // namespace
-
 QByteArray nativePath(const QString& path)
 {
     if (path.contains(QChar(0))) return {};
     return QFile::encodeName(path);
-}
-
-QByteArray nativeName(const QString& name)
-{
-    return name.contains(u'/') ? QByteArray() : nativePath(name);
-}
-
-QByteArray folderOf(const QByteArray& nativePath)
-{
-    const qsizetype slash = nativePath.lastIndexOf('/');
-    if (slash < 0) return QByteArrayLiteral(".");
-    return nativePath.first(std::max<qsizetype>(slash, 1));
 }
 
 FileDescriptor openFile(const QByteArray& nativePath, int flags, mode_t mode)
@@ -64,12 +39,6 @@ std::error_code writeAll(int descriptor, ByteView bytes)
 std::error_code syncAll(int descriptor)
 {
     if (uninterrupted([&] { return ::fsync(descriptor); }) == 0) return {};
-    return lastError();
-}
-
-std::error_code syncContent(int descriptor)
-{
-    if (uninterrupted([&] { return ::fdatasync(descriptor); }) == 0) return {};
     return lastError();
 }
 

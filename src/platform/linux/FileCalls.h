@@ -12,15 +12,19 @@
 // interruption by a signal.
 namespace platform {
 
+/// Makes the call again for as long as signals interrupt it.
+template <typename Call> auto uninterrupted(const Call& call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
 /// The path as the system takes it. Empty, which the system never finds, when the path holds a NUL:
 /// the system would take what stands before it and work on a different file.
 [[nodiscard]] QByteArray nativePath(const QString& path);
-
-/// The same for a name within a folder: empty also for what would lead out of it.
-[[nodiscard]] QByteArray nativeName(const QString& name);
-
-/// The folder part of a path, "." when there is none.
-[[nodiscard]] QByteArray folderOf(const QByteArray& nativePath);
 
 /// open(2) with O_CLOEXEC; not open when it fails, and lastError() tells why.
 [[nodiscard]] FileDescriptor openFile(const QByteArray& nativePath, int flags, mode_t mode = 0);
@@ -33,6 +37,5 @@ namespace platform {
 
 /// fsync(2): content and everything about the file.
 [[nodiscard]] std::error_code syncAll(int descriptor);
-/// fdatasync(2): content, and of the rest what is needed to read it back.
-[[nodiscard]] std::error_code syncContent(int descriptor);
+
 } // namespace platform

@@ -1,45 +1,45 @@
 #include "platform/HostName.h"
 
 #include "platform/Files.h"
-#include "platform/linux/MachineInfo.h"
-#include "platform/linux/ShellAssignments.h"
 
-#include <array>
-
-#include <unistd.h>
+#include <QRegularExpression>
+#include <QSysInfo>
 
 namespace platform {
 
 namespace {
 
-constexpr qint64 maximumMachineInfoBytes = 65536;
-
-QString hostName()
+/// A shell's right-hand side without its quotes and escapes; empty when it is not quoted well.
+QString unquoted(QString value)
 {
-    std::array<char, 256> name{};
-    // One byte less than there is: a name that is cut short may come without its NUL.
-    if (::gethostname(name.data(), name.size() - 1) != 0) return {};
-    return QString::fromUtf8(name.data());
+    const QChar quote = value.startsWith(u'"') || value.startsWith(u'\'') ? value.front() : QChar();
+    if (!quote.isNull()) {
+        if (value.size() < 2 || value.back() != quote) return {};
+        value = value.sliced(1, value.size() - 2);
+    }
+    static const QRegularExpression escape(QStringLiteral("\\\\([\"\\\\$`])"));
+    return quote == u'\'' ? value : value.replace(escape, QStringLiteral("\\1"));
 }
 
 } // namespace
 
-QString prettyHostNameIn(QByteArrayView machineInfo)
+QString localizedHostName(const QByteArray& machineInfo, const QString& hostName)
 {
-    const auto value = unquoted(lastAssignment(machineInfo, "PRETTY_HOSTNAME"));
-    return value && value->isValidUtf8() ? QString::fromUtf8(*value).trimmed() : QString();
-}
-
-QString firstLabelOf(const QString& hostName)
-{
-    return hostName.section(u'.', 0, 0);
+    static const QRegularExpression assignment(
+        QStringLiteral("^\\s*PRETTY_HOSTNAME=(.*)$"), QRegularExpression::MultilineOption);
+    QString pretty;
+    if (machineInfo.isValidUtf8()) {
+        pretty = assignment.match(QString::fromUtf8(machineInfo)).captured(1).trimmed();
+    }
+    pretty = unquoted(pretty).trimmed();
+    return pretty.isEmpty() ? hostName.section(u'.', 0, 0) : pretty;
 }
 
 QString localizedHostName()
 {
-    const auto machineInfo = readFile(QStringLiteral("/etc/machine-info"), maximumMachineInfoBytes);
-    const QString pretty = machineInfo ? prettyHostNameIn(*machineInfo) : QString();
-    return pretty.isEmpty() ? firstLabelOf(hostName()) : pretty;
+    constexpr qint64 maximumBytes = 65536;
+    const auto machineInfo = readFile(QStringLiteral("/etc/machine-info"), maximumBytes);
+    return localizedHostName(machineInfo.value_or(QByteArray()), QSysInfo::machineHostName());
 }
 
 } // namespace platform

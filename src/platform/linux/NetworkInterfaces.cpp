@@ -1,85 +1,91 @@
 #include "platform/NetworkInterfaces.h"
 
-#include "platform/linux/RouteTables.h"
-
 #include <QFile>
+#include <QNetworkInterface>
 
-#include <array>
-#include <memory>
+#include <limits>
 
-#include <ifaddrs.h>
-#include <net/if.h>
-#include <netdb.h>
-#include <netinet/in.h>
+#include <net/route.h>
 
 namespace platform {
 
 namespace {
 
-using Family = InterfaceAddress::Family;
+constexpr int decimal = 10;
+constexpr int hexadecimal = 16;
 
-struct FamilyInfo {
-    Family family;
-    socklen_t addressLength;
+/// Where a table has what; the first two columns named are 0 in a default route.
+struct Columns {
+    qsizetype destination, mask, metric, flags, interface;
+    int metricBase;
+    qsizetype count;
 };
+/// Interface, destination, gateway, flags, counts of references and uses, metric, mask, and more.
+constexpr Columns ipv4Columns{1, 7, 6, 3, 0, decimal, 8};
+/// Destination, prefix length, source, its prefix length, next hop, metric, counts of references
+/// and uses, flags, interface.
+constexpr Columns ipv6Columns{1, 1, 5, 8, 9, hexadecimal, 10};
 
-std::optional<FamilyInfo> familyOf(const sockaddr* address)
+/// Read line by line: a router's table has very many.
+QString defaultInterfaceIn(QIODevice& routes, const Columns& columns)
 {
-    if (address == nullptr) return std::nullopt;
-    switch (address->sa_family) {
-    case AF_INET:
-        return FamilyInfo{Family::ipv4, sizeof(sockaddr_in)};
-    case AF_INET6:
-        return FamilyInfo{Family::ipv6, sizeof(sockaddr_in6)};
-    default:
-        return std::nullopt;
+    constexpr qint64 longestLine = 1000;
+    QString best;
+    quint64 bestMetric = std::numeric_limits<quint64>::max();
+    for (QByteArray line = routes.readLine(longestLine); !line.isEmpty();
+         line = routes.readLine(longestLine)) {
+        const QByteArrayList fields = line.simplified().split(' ');
+        if (fields.size() < columns.count) continue;
+        bool areNumbers = true;
+        const auto number = [&](qsizetype column, int base) {
+            bool isNumber = false;
+            const quint32 value = fields[column].toUInt(&isNumber, base);
+            areNumbers = areNumbers && isNumber;
+            return value;
+        };
+        const bool isDefault = number(columns.destination, hexadecimal) == 0
+            && number(columns.mask, hexadecimal) == 0;
+        const quint32 flags = number(columns.flags, hexadecimal);
+        const quint32 metric = number(columns.metric, columns.metricBase);
+        const bool isUsable = (flags & RTF_UP) != 0 && (flags & RTF_REJECT) == 0;
+        if (!areNumbers || !isDefault || !isUsable || metric >= bestMetric) continue;
+        best = QString::fromLocal8Bit(fields[columns.interface]);
+        bestMetric = metric;
     }
-}
-
-std::optional<InterfaceAddress> addressOf(const ifaddrs& entry)
-{
-    const auto info = familyOf(entry.ifa_addr);
-    if (!info) return std::nullopt;
-
-    std::array<char, NI_MAXHOST> text{};
-    const int error = ::getnameinfo(entry.ifa_addr, info->addressLength, text.data(),
-        static_cast<socklen_t>(text.size()), nullptr, 0, NI_NUMERICHOST);
-    if (error != 0) return std::nullopt;
-    return InterfaceAddress{QString::fromLocal8Bit(entry.ifa_name),
-        (entry.ifa_flags & IFF_LOOPBACK) != 0, info->family, QString::fromLatin1(text.data())};
-}
-
-using FindDefault = QString (*)(QIODevice&);
-
-QString defaultInterfaceIn(const QString& path, FindDefault find)
-{
-    QFile file(path);
-    // A kernel without this family has no such file.
-    return file.open(QFile::ReadOnly) ? find(file) : QString();
+    return best;
 }
 
 } // namespace
 
-std::optional<InterfaceAddresses> interfaceAddresses()
+InterfaceAddresses interfaceAddresses()
 {
-    ifaddrs* first = nullptr;
-    if (::getifaddrs(&first) != 0) return std::nullopt;
-    const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> list(first, &::freeifaddrs);
-
     InterfaceAddresses addresses;
-    for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
-        if (auto address = addressOf(*entry)) addresses.append(std::move(*address));
+    for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
+        const bool isLoopback = interface.flags().testFlag(QNetworkInterface::IsLoopBack);
+        for (const QNetworkAddressEntry& entry : interface.addressEntries()) {
+            const bool isIPv4 = entry.ip().protocol() == QAbstractSocket::IPv4Protocol;
+            addresses.append({interface.name(), isLoopback,
+                isIPv4 ? InterfaceAddress::Family::ipv4 : InterfaceAddress::Family::ipv6,
+                entry.ip().toString()});
+        }
     }
     return addresses;
 }
 
+QString defaultRouteInterface(QIODevice& ipv4Routes, QIODevice& ipv6Routes)
+{
+    const QString name = defaultInterfaceIn(ipv4Routes, ipv4Columns);
+    return name.isEmpty() ? defaultInterfaceIn(ipv6Routes, ipv6Columns) : name;
+}
+
 QString defaultRouteInterface()
 {
-    const QString name
-        = defaultInterfaceIn(QStringLiteral("/proc/net/route"), defaultInterfaceInIPv4Routes);
-    return name.isEmpty()
-        ? defaultInterfaceIn(QStringLiteral("/proc/net/ipv6_route"), defaultInterfaceInIPv6Routes)
-        : name;
+    QFile ipv4Routes(QStringLiteral("/proc/net/route"));
+    QFile ipv6Routes(QStringLiteral("/proc/net/ipv6_route"));
+    // A kernel without a family has no such file, and reading it gives nothing.
+    static_cast<void>(ipv4Routes.open(QFile::ReadOnly));
+    static_cast<void>(ipv6Routes.open(QFile::ReadOnly));
+    return defaultRouteInterface(ipv4Routes, ipv6Routes);
 }
 
 } // namespace platform

@@ -48,7 +48,7 @@ Path currentPath()
     const std::set<QString> working = workingInterfaces();
     Path path;
     path.defaultInterface = defaultRouteInterface();
-    for (const InterfaceAddress& address : interfaceAddresses().value_or(InterfaceAddresses())) {
+    for (const InterfaceAddress& address : interfaceAddresses()) {
         if (working.contains(address.interfaceName)) {
             path.addresses.emplace(address.interfaceName, address.text);
         }

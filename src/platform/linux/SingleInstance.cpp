@@ -1,8 +1,8 @@
 #include "platform/SingleInstance.h"
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/RuntimeFolder.h"
+#include "platform/linux/FileCalls.h"
 
+#include <QDir>
 #include <QSocketNotifier>
 
 #include <algorithm>
@@ -10,9 +10,11 @@
 #include <cstdio>
 #include <thread>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 namespace platform {
@@ -26,6 +28,40 @@ constexpr qsizetype maximumRequest = 64;
 constexpr int requestPatience = 200;
 /// For the other process to begin to listen, or to end.
 constexpr auto pauseBetweenAttempts = std::chrono::milliseconds(20);
+
+/// A folder that belongs to this user alone; not open otherwise.
+FileDescriptor openOwnFolder(const QByteArray& path)
+{
+    FileDescriptor folder = openFile(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    struct stat status {};
+    if (!folder.isOpen() || ::fstat(folder.get(), &status) != 0) return {};
+    constexpr mode_t ofOthers = S_IRWXG | S_IRWXO;
+    if (status.st_uid == ::geteuid() && (status.st_mode & ofOthers) == 0) return folder;
+    errno = EPERM;
+    return {};
+}
+
+FileDescriptor createOwnFolder(const QByteArray& path)
+{
+    constexpr mode_t ownersOnly = 0700;
+    if (::mkdir(path.constData(), ownersOnly) != 0 && errno != EEXIST) return {};
+    return openOwnFolder(path);
+}
+
+/// Opens the folder of `program` for what belongs to this user and this run of the computer,
+/// created with mode 0700 when missing: in $XDG_RUNTIME_DIR where that is the user's own, else in
+/// the folder for temporary files. Another user can neither enter it nor have made it. Not open
+/// when there is no such folder, and lastError() tells why.
+FileDescriptor openRuntimeFolder(const QString& program)
+{
+    const QString sessionFolder = QFile::decodeName(qgetenv("XDG_RUNTIME_DIR"));
+    if (sessionFolder.startsWith(u'/') && openOwnFolder(nativePath(sessionFolder)).isOpen()) {
+        FileDescriptor folder = createOwnFolder(nativePath(sessionFolder + u'/' + program));
+        if (folder.isOpen()) return folder;
+    }
+    return createOwnFolder(
+        nativePath(QStringLiteral("%1/%2-%3").arg(QDir::tempPath(), program).arg(::geteuid())));
+}
 
 FileDescriptor newSocket()
 {

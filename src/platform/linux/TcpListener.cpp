@@ -1,4 +1,4 @@
-#include "platform/DescriptorLimit.h"
+#include "platform/Process.h"
 #include "platform/ThreadName.h"
 #include "platform/linux/AsioError.h"
 #include "platform/linux/FileDescriptor.h"
