@@ -1,5 +1,5 @@
 #include "fuzz/Target.h"
-#include "pairing/PairedTargetJson.h"
+#include "pairing/PairedTargets.h"
 
 using namespace ferrylane;
 

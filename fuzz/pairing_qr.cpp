@@ -1,5 +1,4 @@
-#include "core/Base64Url.h"
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "core/Text.h"
 #include "fuzz/Target.h"
 #include "protocol/PairingLink.h"

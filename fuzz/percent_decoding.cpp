@@ -1,4 +1,4 @@
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "fuzz/Target.h"
 
 namespace {

@@ -1,5 +1,5 @@
 #include "fuzz/Target.h"
-#include "transferlog/TransferLogJson.h"
+#include "transferlog/TransferLog.h"
 
 using namespace ferrylane;
 

@@ -1,6 +1,5 @@
 #include "core/Log.h"
 
-#include "core/OwnFiles.h"
 #include "core/StoragePaths.h"
 #include "core/Text.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArrayView>
+#include <QCollator>
 #include <QString>
 
 #include <optional>
@@ -43,5 +44,21 @@ constexpr qsizetype maximumLogCharacters = 1000;
 /// A size in decimal units, as file managers show it: "1 byte", "12 bytes", "1.2 MB". Below 0,
 /// which a damaged file may say, it is none.
 [[nodiscard]] QString fileSizeText(qint64 bytes);
+
+/// How lists of names are sorted for people: by the user's language, whatever the case of letters.
+/// Names that differ in nothing else are equal, so sort stably. For one thread at a time.
+class NameOrder {
+public:
+    NameOrder() { collator_.setCaseSensitivity(Qt::CaseInsensitive); }
+
+    /// Whether `left` comes before `right`.
+    [[nodiscard]] bool operator()(const QString& left, const QString& right) const
+    {
+        return collator_.compare(left, right) < 0;
+    }
+
+private:
+    QCollator collator_;
+};
 
 } // namespace ferrylane

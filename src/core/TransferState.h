@@ -1,6 +1,10 @@
 #pragma once
 
+#include "platform/Clock.h"
+
 #include <QString>
+
+#include <algorithm>
 
 namespace ferrylane {
 
@@ -30,5 +34,15 @@ struct TransferState {
         return stage == Stage::connecting || stage == Stage::waiting || stage == Stage::running;
     }
 };
+
+/// MB/s, with 1 MB = 1,000,000 bytes. Counts at least a millisecond: a speed over less means
+/// nothing.
+[[nodiscard]] inline double megabytesPerSecond(quint64 bytes, platform::Duration elapsed)
+{
+    constexpr double bytesPerMegabyte = 1'000'000;
+    constexpr double shortestSeconds = 0.001;
+    return static_cast<double>(bytes) / bytesPerMegabyte
+        / std::max(platform::seconds(elapsed), shortestSeconds);
+}
 
 } // namespace ferrylane

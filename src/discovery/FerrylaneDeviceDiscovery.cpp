@@ -2,8 +2,8 @@
 
 #include "core/DeviceName.h"
 #include "core/Log.h"
-#include "core/NameOrder.h"
 #include "core/Service.h"
+#include "core/Text.h"
 #include "protocol/DisplayName.h"
 
 #include <algorithm>

@@ -1,14 +1,15 @@
 #include "pairing/PairedTargets.h"
 
+#include "core/Encodings.h"
 #include "core/Log.h"
-#include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
-#include "pairing/PairedTargetJson.h"
 #include "platform/Files.h"
 #include "protocol/DisplayName.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <mutex>
@@ -50,6 +51,15 @@ quint64 changeCount()
 {
     const std::lock_guard lock(changes().mutex);
     return changes().count;
+}
+
+std::optional<FerrylanePairedTarget> targetOf(const QJsonObject& object)
+{
+    const QJsonValue name = object[u"name"];
+    const QJsonValue baseURL = object[u"baseURL"];
+    const QJsonValue keyB64 = object[u"keyB64"];
+    if (!name.isString() || !baseURL.isString() || !keyB64.isString()) return std::nullopt;
+    return FerrylanePairedTarget{name.toString(), baseURL.toString(), keyB64.toString()};
 }
 
 struct StoredList {
@@ -154,6 +164,37 @@ Targets migratedList()
 }
 
 } // namespace
+
+QByteArray pairedTargetsJson(const QList<FerrylanePairedTarget>& targets)
+{
+    QJsonArray array;
+    for (const auto& [name, baseURL, keyB64] : targets) {
+        array.append(QJsonObject{{QStringLiteral("name"), name},
+            {QStringLiteral("baseURL"), baseURL}, {QStringLiteral("keyB64"), keyB64}});
+    }
+    // Slashes stand in text only.
+    return compactJson(QJsonDocument(array)).replace("/", "\\/");
+}
+
+std::optional<QList<FerrylanePairedTarget>> parsePairedTargetsJson(const QByteArray& json)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    if (!document.isArray()) return std::nullopt;
+
+    QList<FerrylanePairedTarget> targets;
+    for (const QJsonValue value : document.array()) {
+        // What is no object gives an empty one here, which lacks everything.
+        auto target = targetOf(value.toObject());
+        if (!target) return std::nullopt;
+        targets.append(std::move(*target));
+    }
+    return targets;
+}
+
+std::optional<FerrylanePairedTarget> parsePairedTargetJson(const QByteArray& json)
+{
+    return targetOf(QJsonDocument::fromJson(json).object());
+}
 
 QString ferrylanePairedTargetsURL()
 {

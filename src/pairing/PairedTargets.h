@@ -52,4 +52,16 @@ void forgetFerrylanePairedTarget();
 /// Removes the list, and what has been kept of damaged ones.
 void removeFerrylanePairedTargets();
 
+// Paired phones as JSON: an array of objects with the members "name", "baseURL" and "keyB64", all
+// of them text. Other members are passed over; one that lacks makes the whole unreadable.
+
+/// Compact, with each slash escaped.
+[[nodiscard]] QByteArray pairedTargetsJson(const QList<FerrylanePairedTarget>& targets);
+
+[[nodiscard]] std::optional<QList<FerrylanePairedTarget>> parsePairedTargetsJson(
+    const QByteArray& json);
+
+/// One object by itself.
+[[nodiscard]] std::optional<FerrylanePairedTarget> parsePairedTargetJson(const QByteArray& json);
+
 } // namespace ferrylane

@@ -1,7 +1,6 @@
 #include "pairing/ReceiverKeyStore.h"
 
 #include "core/Log.h"
-#include "core/OwnFiles.h"
 #include "core/StoragePaths.h"
 #include "platform/Crypto.h"
 

@@ -1,7 +1,6 @@
 #include "protocol/IdentifyHandshake.h"
 
-#include "core/Base64Url.h"
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "platform/Crypto.h"
 
 namespace ferrylane {

@@ -1,6 +1,6 @@
 #include "protocol/PairedTarget.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "platform/SecretKey.h"
 
 namespace ferrylane {

@@ -1,6 +1,6 @@
 #include "protocol/PairingLink.h"
 
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 
 namespace ferrylane {
 

@@ -1,6 +1,6 @@
 #include "protocol/PairingUrl.h"
 
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "protocol/PairedTarget.h"
 
 #include <QUrl>

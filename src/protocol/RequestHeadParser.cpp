@@ -1,6 +1,6 @@
 #include "protocol/RequestHeadParser.h"
 
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "core/Text.h"
 #include "protocol/Blanks.h"
 

@@ -1,6 +1,6 @@
 #include "protocol/Routing.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "core/Text.h"
 #include "protocol/LandingPage.h"
 

@@ -1,7 +1,6 @@
 #include "protocol/V4Stream.h"
 
-#include "core/Base64Url.h"
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 
 namespace ferrylane {
 

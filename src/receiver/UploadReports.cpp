@@ -1,7 +1,7 @@
 #include "receiver/UploadReports.h"
 
 #include "core/Log.h"
-#include "core/TransferSpeed.h"
+#include "core/TransferState.h"
 
 #include <QTimer>
 

@@ -1,7 +1,7 @@
 #include "sender/FerrylaneV4Sender.h"
 
-#include "core/Base64Url.h"
-#include "core/TransferSpeed.h"
+#include "core/Encodings.h"
+#include "core/TransferState.h"
 #include "platform/Files.h"
 #include "protocol/PhoneResponse.h"
 #include "protocol/StreamWriter.h"

@@ -1,7 +1,7 @@
 #include "service/HTTPServer.h"
 
-#include "core/Base64Url.h"
 #include "core/DeviceName.h"
+#include "core/Encodings.h"
 #include "core/Log.h"
 #include "core/StoragePaths.h"
 #include "pairing/ReceiverKeyStore.h"

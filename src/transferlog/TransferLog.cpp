@@ -1,11 +1,9 @@
 #include "transferlog/TransferLog.h"
 
 #include "core/Log.h"
-#include "core/OwnFiles.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "core/Text.h"
-#include "transferlog/TransferLogJson.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,8 @@
-#include "transferlog/TransferLogJson.h"
+#include "transferlog/TransferLog.h"
 
-#include "core/Json.h"
+#include "core/Encodings.h"
 
+#include <QByteArrayList>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -12,13 +13,6 @@ namespace ferrylane {
 
 namespace {
 
-constexpr QLatin1StringView dateKey{"date"};
-constexpr QLatin1StringView directionKey{"direction"};
-constexpr QLatin1StringView fileNameKey{"fileName"};
-constexpr QLatin1StringView peerKey{"peer"};
-constexpr QLatin1StringView resultKey{"result"};
-constexpr QLatin1StringView sizeKey{"size"};
-
 /// 2001-01-01 00:00:00 UTC in milliseconds since 1970.
 constexpr qint64 referenceTime = 978'307'200'000;
 /// More than thirty thousand years either way, and far from where milliseconds overflow.
@@ -27,9 +21,11 @@ constexpr double maximumDateSeconds = 1e12;
 QJsonObject objectOf(const FerrylaneTransferLogEntry& entry)
 {
     const auto sinceReference = static_cast<double>(entry.date.toMSecsSinceEpoch() - referenceTime);
-    QJsonObject object{{dateKey, sinceReference / 1000.0}, {directionKey, entry.direction},
-        {fileNameKey, entry.fileName}, {peerKey, entry.peer}, {resultKey, entry.result}};
-    if (entry.size) object.insert(sizeKey, *entry.size);
+    QJsonObject object{{QStringLiteral("date"), sinceReference / 1000.0},
+        {QStringLiteral("direction"), entry.direction},
+        {QStringLiteral("fileName"), entry.fileName}, {QStringLiteral("peer"), entry.peer},
+        {QStringLiteral("result"), entry.result}};
+    if (entry.size) object.insert(QStringLiteral("size"), *entry.size);
     return object;
 }
 
@@ -69,94 +65,53 @@ private:
 
 std::optional<FerrylaneTransferLogEntry> entryOf(const QJsonObject& object, CommonTexts& common)
 {
-    for (const QLatin1StringView key : {directionKey, fileNameKey, peerKey, resultKey}) {
-        if (!object.value(key).isString()) return std::nullopt;
+    const QJsonValue direction = object[u"direction"];
+    const QJsonValue fileName = object[u"fileName"];
+    const QJsonValue peer = object[u"peer"];
+    const QJsonValue result = object[u"result"];
+    for (const QJsonValue& text : {direction, fileName, peer, result}) {
+        if (!text.isString()) return std::nullopt;
     }
-    const auto date = dateOf(object.value(dateKey));
-    if (!date) return std::nullopt;
-
-    const QJsonValue size = object.value(sizeKey);
+    const QJsonValue size = object[u"size"];
     const bool isSizeKnown = !size.isUndefined() && !size.isNull();
     const auto bytes = integerOf(size);
-    if (isSizeKnown && !bytes) return std::nullopt;
-
-    return FerrylaneTransferLogEntry{*date, common.same(object.value(directionKey).toString()),
-        object.value(fileNameKey).toString(), common.same(object.value(peerKey).toString()),
-        common.same(object.value(resultKey).toString()), bytes};
+    const auto date = dateOf(object[u"date"]);
+    if (!date || (isSizeKnown && !bytes)) return std::nullopt;
+    return FerrylaneTransferLogEntry{*date, common.same(direction.toString()), fileName.toString(),
+        common.same(peer.toString()), common.same(result.toString()), bytes};
 }
 
-/// Takes an array apart without making a tree of it, which costs many times the text's size. What
-/// an element is, and whether it is JSON at all, is for others to say.
-class ArrayReader {
-public:
-    explicit ArrayReader(QByteArrayView json) : rest_(json)
-    {
-        constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
-        if (rest_.startsWith(byteOrderMark)) rest_ = rest_.sliced(byteOrderMark.size());
-        isGood_ = take('[');
-        isAtEnd_ = isGood_ && take(']');
-    }
-
-    /// The next object; none at the end, and where something else is.
-    std::optional<QByteArrayView> next()
-    {
-        if (!isGood_ || isAtEnd_) return std::nullopt;
-        skipBlanks();
-        const qsizetype length = objectLength();
-        isGood_ = length > 0;
-        if (!isGood_) return std::nullopt;
-        const QByteArrayView object = rest_.first(length);
-        rest_ = rest_.sliced(length);
-        isAtEnd_ = take(']');
-        isGood_ = isAtEnd_ || take(',');
-        return object;
-    }
-
-    /// Whether the array has been read to its end and nothing follows.
-    [[nodiscard]] bool isComplete()
-    {
-        skipBlanks();
-        return isGood_ && isAtEnd_ && rest_.isEmpty();
-    }
-
-private:
-    void skipBlanks()
-    {
-        constexpr QByteArrayView blanks(" \t\n\r");
-        while (!rest_.isEmpty() && blanks.contains(rest_.front())) {
-            rest_ = rest_.sliced(1);
+/// The objects of an array, without a tree of the whole, which costs many times the text's size.
+/// None where something else is or lacks; whether the objects are JSON is for others to say.
+std::optional<QList<QByteArrayView>> objectsIn(QByteArrayView json)
+{
+    constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
+    if (json.startsWith(byteOrderMark)) json = json.sliced(byteOrderMark.size());
+    QList<QByteArrayView> objects;
+    QByteArray around; // what is not in an object, blanks left out; an object is its first brace
+    qsizetype start = 0;
+    qsizetype depth = 0;
+    bool isInText = false;
+    for (qsizetype i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (isInText) {
+            if (c == '\\') ++i; // whatever it escapes
+            if (c == '"') isInText = false;
+            continue;
         }
-    }
-
-    bool take(char c)
-    {
-        skipBlanks();
-        if (rest_.isEmpty() || rest_.front() != c) return false;
-        rest_ = rest_.sliced(1);
-        return true;
-    }
-
-    /// Up to the brace that closes the first one, 0 when there is none.
-    [[nodiscard]] qsizetype objectLength() const
-    {
-        if (rest_.isEmpty() || rest_.front() != '{') return 0;
-        qsizetype depth = 0;
-        bool isInText = false;
-        for (qsizetype i = 0; i < rest_.size(); ++i) {
-            const char c = rest_[i];
-            if (c == '"') isInText = !isInText;
-            if (isInText && c == '\\') ++i; // whatever it escapes
-            if (isInText) continue;
-            if (c == '{') ++depth;
-            if (c == '}' && --depth == 0) return i + 1;
+        if (depth == 0 && !QByteArrayView(" \t\n\r").contains(c)) {
+            around += c;
+            start = i;
         }
-        return 0;
+        if (c == '{') ++depth;
+        if (c == '"' && depth > 0) isInText = true;
+        if (c == '}' && depth > 0 && --depth == 0)
+            objects.append(json.sliced(start, i + 1 - start));
     }
-
-    QByteArrayView rest_;
-    bool isGood_ = false;
-    bool isAtEnd_ = false;
-};
+    const bool isArray
+        = depth == 0 && around == '[' + QByteArrayList(objects.size(), "{").join(',') + ']';
+    return isArray ? std::optional(objects) : std::nullopt;
+}
 
 } // namespace
 
@@ -173,18 +128,18 @@ QByteArray transferLogJson(const QList<FerrylaneTransferLogEntry>& entries)
 
 std::optional<QList<FerrylaneTransferLogEntry>> parseTransferLogJson(const QByteArray& json)
 {
+    const auto objects = objectsIn(json);
+    if (!objects) return std::nullopt;
     QList<FerrylaneTransferLogEntry> entries;
     CommonTexts common;
-    ArrayReader objects(json);
-    while (const auto object = objects.next()) {
+    for (const QByteArrayView object : *objects) {
         const auto document
-            = QJsonDocument::fromJson(QByteArray::fromRawData(object->data(), object->size()));
+            = QJsonDocument::fromJson(QByteArray::fromRawData(object.data(), object.size()));
         // What is no object gives an empty one here, which lacks everything.
         const auto entry = entryOf(document.object(), common);
         if (!entry) return std::nullopt;
         entries.append(*entry);
     }
-    if (!objects.isComplete()) return std::nullopt;
     return entries;
 }
 

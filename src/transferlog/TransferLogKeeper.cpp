@@ -1,6 +1,6 @@
 #include "transferlog/TransferLogKeeper.h"
 
-#include "core/OwnFiles.h"
+#include "core/StoragePaths.h"
 
 #include <QFile>
 

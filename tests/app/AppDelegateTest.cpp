@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "Controls.h"
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "pairing/PairedTargets.h"
 #include "pairing/ReceiverKeyStore.h"
 #include "support/EventLoop.h"

@@ -7,7 +7,7 @@
 #include "app/windows/InfoPanel.h"
 #include "app/windows/MainPanel.h"
 #include "camera/QRDetector.h"
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "pairing/PairedTargets.h"
 #include "support/EventLoop.h"
 #include "support/PrivateUserFolders.h"

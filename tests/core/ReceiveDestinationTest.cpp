@@ -48,53 +48,28 @@ private:
 
 TEST(Sanitize, replacesWhatMayNotBeInAName)
 {
-    struct Row {
-        QString name;
-        const char* safe;
-    };
-    for (const Row& row : {
-             Row{QString(), ""},
-             Row{QStringLiteral("a/b:c"), "a_b_c"},
-             Row{QStringLiteral("//"), "__"},
-             Row{QStringLiteral("..\\..\\x"), ".._.._x"},
-             Row{QStringLiteral("a") + QChar(0) + QStringLiteral("b"), "a_b"},
-             // Nothing else is changed.
-             Row{QStringLiteral(" .Größe*?\"<>|\n\u2215 "), " .Größe*?\"<>|\n\u2215 "},
-         }) {
-        EXPECT_EQ(sanitize(row.name), QString::fromUtf8(row.safe));
+    const std::pair<QString, const char*> rows[]{{QString(), ""},
+        {QStringLiteral("a/b:c"), "a_b_c"}, {QStringLiteral("..\\..\\x"), ".._.._x"},
+        {u'a' + QString(QChar(0)) + u'b', "a_b"},
+        // Nothing else is changed.
+        {QStringLiteral(" .Größe*?\"<>|\n\u2215 "), " .Größe*?\"<>|\n\u2215 "}};
+    for (const auto& [name, safe] : rows) {
+        EXPECT_EQ(sanitize(name), QString::fromUtf8(safe));
     }
 }
 
 TEST(SenderFolderName, isCleanAndNeverEmpty)
 {
-    struct Row {
-        const char* sender;
-        const char* folder;
-    };
-    for (const Row& row : {
-             Row{"Ferrylane Pixel 8", "Pixel 8"},
-             Row{"FL Pixel 8", "Pixel 8"},
-             Row{"  Pixel 8\n", "Pixel 8"},
-             Row{"Ferrylane", "Ferrylane"},
-             Row{"Ferrylane ", "Ferrylane"},
-             Row{"fl ", "fl"},
-             Row{"fl fl x", "fl x"},
-             Row{"Ben's: Phone/2", "Ben's_ Phone_2"},
-             Row{"", "Unknown device"},
-             Row{" . .. ", "Unknown device"},
-             Row{".", "Unknown device"},
-             Row{"..", "Unknown device"},
-             Row{"fl ..", "Unknown device"},
-             Row{"../../etc", "_.._etc"},
-             Row{"..\\..", "_"},
-             Row{"/", "_"},
-             Row{"/etc/passwd", "_etc_passwd"},
-             Row{"...hidden...", "hidden"},
-             Row{". a .b. ", "a .b"},
-         }) {
-        EXPECT_EQ(
-            cleanSenderFolderName(QString::fromUtf8(row.sender)), QString::fromUtf8(row.folder))
-            << '[' << row.sender << ']';
+    const std::pair<const char*, const char*> rows[]{{"Ferrylane Pixel 8", "Pixel 8"},
+        {"FL Pixel 8", "Pixel 8"}, {"  Pixel 8\n", "Pixel 8"}, {"Ferrylane", "Ferrylane"},
+        {"Ferrylane ", "Ferrylane"}, {"fl ", "fl"}, {"fl fl x", "fl x"},
+        {"Ben's: Phone/2", "Ben's_ Phone_2"}, {"", "Unknown device"}, {" . .. ", "Unknown device"},
+        {".", "Unknown device"}, {"..", "Unknown device"}, {"fl ..", "Unknown device"},
+        {"../../etc", "_.._etc"}, {"..\\..", "_"}, {"/", "_"}, {"/etc/passwd", "_etc_passwd"},
+        {"...hidden...", "hidden"}, {". a .b. ", "a .b"}};
+    for (const auto& [sender, folder] : rows) {
+        EXPECT_EQ(cleanSenderFolderName(QString::fromUtf8(sender)), QString::fromUtf8(folder))
+            << '[' << sender << ']';
     }
     EXPECT_EQ(cleanSenderFolderName(std::nullopt), QStringLiteral("Unknown device"));
     EXPECT_EQ(cleanSenderFolderName(QString(QChar(0))), QStringLiteral("_"));
@@ -169,36 +144,26 @@ TEST(Destination, takesTheNextFreeNumber)
 {
     struct Row {
         std::vector<const char*> taken;
-        const char* name;
-        const char* destination;
+        const char *name, *destination;
     };
-    for (const Row& row : {
-             Row{{}, "report.txt", "report.txt"},
-             Row{{"report.txt"}, "report.txt", "report (1).txt"},
-             Row{{"report.txt", "report (1).txt"}, "report.txt", "report (2).txt"},
-             Row{{"report.txt", "report (2).txt"}, "report.txt", "report (1).txt"},
-             Row{{"report (1).txt"}, "report.txt", "report.txt"},
-             Row{{"report (1).txt"}, "report (1).txt", "report (1) (1).txt"},
-             Row{{"archive.tar.gz"}, "archive.tar.gz", "archive.tar (1).gz"},
-             Row{{"notes"}, "notes", "notes (1)"},
-             Row{{"a_b_c"}, "a/b:c", "a_b_c (1)"},
-             Row{{"__"}, "//", "__ (1)"},
-             Row{{}, "a/../../b", "a_.._.._b"},
-             // No extension: hidden file, dot at the end, a blank in it.
-             Row{{".bashrc"}, ".bashrc", ".bashrc (1)"},
-             Row{{"a."}, "a.", "a. (1)"},
-             Row{{"..."}, "...", "... (1)"},
-             Row{{"Dr. Who"}, "Dr. Who", "Dr. Who (1)"},
-             Row{{".profile.bak"}, ".profile.bak", ".profile (1).bak"},
-             Row{{"\u6587\u4ef6.\u56fe"}, "\u6587\u4ef6.\u56fe", "\u6587\u4ef6 (1).\u56fe"},
-             // Placeholders are text.
-             Row{{"%1.%2"}, "%1.%2", "%1 (1).%2"},
-             // These name folders, which are there.
-             Row{{}, "", " (1)"},
-             Row{{" (1)"}, "", " (2)"},
-             Row{{}, ".", ". (1)"},
-             Row{{}, "..", ".. (1)"},
-         }) {
+    // Of the last eight, four have no extension (hidden file, dot at the end, a blank in it), the
+    // others name folders, which are there. Placeholders are text.
+    const Row rows[]{{{}, "report.txt", "report.txt"},
+        {{"report.txt"}, "report.txt", "report (1).txt"},
+        {{"report.txt", "report (1).txt"}, "report.txt", "report (2).txt"},
+        {{"report.txt", "report (2).txt"}, "report.txt", "report (1).txt"},
+        {{"report (1).txt"}, "report.txt", "report.txt"},
+        {{"report (1).txt"}, "report (1).txt", "report (1) (1).txt"},
+        {{"archive.tar.gz"}, "archive.tar.gz", "archive.tar (1).gz"},
+        {{"notes"}, "notes", "notes (1)"}, {{"a_b_c"}, "a/b:c", "a_b_c (1)"},
+        {{"__"}, "//", "__ (1)"}, {{}, "a/../../b", "a_.._.._b"},
+        {{".profile.bak"}, ".profile.bak", ".profile (1).bak"},
+        {{"\u6587\u4ef6.\u56fe"}, "\u6587\u4ef6.\u56fe", "\u6587\u4ef6 (1).\u56fe"},
+        {{"%1.%2"}, "%1.%2", "%1 (1).%2"}, {{".bashrc"}, ".bashrc", ".bashrc (1)"},
+        {{"a."}, "a.", "a. (1)"}, {{"..."}, "...", "... (1)"},
+        {{"Dr. Who"}, "Dr. Who", "Dr. Who (1)"}, {{}, "", " (1)"}, {{" (1)"}, "", " (2)"},
+        {{}, ".", ". (1)"}, {{}, "..", ".. (1)"}};
+    for (const Row& row : rows) {
         EXPECT_EQ(FolderWith(row.taken).destination(QString::fromUtf8(row.name)),
             QString::fromUtf8(row.destination))
             << row.name;

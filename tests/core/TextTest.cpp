@@ -6,28 +6,17 @@ using namespace ferrylane;
 
 TEST(Characters, areAsPeopleSeeThem)
 {
-    struct Row {
-        const char* text;
-        qsizetype characters;
-    };
-    for (const Row& row : {
-             Row{"", 0},
-             Row{"abc", 3},
-             Row{"\r\n", 1},
-             Row{"\n\r", 2},
-             Row{"e\u0301", 1},
-             Row{"\U0001F600", 1},
-             Row{"\U0001F44D\U0001F3FD", 1},
-             Row{"\U0001F468\u200d\U0001F469\u200d\U0001F467", 1},
-             Row{"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 2},
-             Row{"\u1100\u1161\u11a8", 1},
-         }) {
-        const QString text = QString::fromUtf8(row.text);
-        EXPECT_EQ(characterCount(text), row.characters) << row.text;
-        EXPECT_FALSE(longerThan(text, row.characters)) << row.text;
-        EXPECT_EQ(firstCharacters(text, row.characters), text) << row.text;
-        EXPECT_EQ(firstCharacters(text, row.characters + 1), text) << row.text;
-        EXPECT_EQ(longerThan(text, row.characters - 1), row.characters > 0) << row.text;
+    const std::pair<const char*, qsizetype> rows[]{{"", 0}, {"abc", 3}, {"\r\n", 1}, {"\n\r", 2},
+        {"e\u0301", 1}, {"\U0001F600", 1}, {"\U0001F44D\U0001F3FD", 1},
+        {"\U0001F468\u200d\U0001F469\u200d\U0001F467", 1},
+        {"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 2}, {"\u1100\u1161\u11a8", 1}};
+    for (const auto& row : rows) {
+        const QString text = QString::fromUtf8(row.first);
+        EXPECT_EQ(characterCount(text), row.second) << row.first;
+        EXPECT_FALSE(longerThan(text, row.second)) << row.first;
+        EXPECT_EQ(firstCharacters(text, row.second), text) << row.first;
+        EXPECT_EQ(firstCharacters(text, row.second + 1), text) << row.first;
+        EXPECT_EQ(longerThan(text, row.second - 1), row.second > 0) << row.first;
     }
 }
 
@@ -44,23 +33,17 @@ TEST(Characters, areNeverCutApart)
 
 TEST(OneLine, showsWhatWouldBreakIt)
 {
-    struct Row {
-        QString text;
-        const char* line;
-    };
-    for (const Row& row : {
-             Row{QString(), ""},
-             Row{QStringLiteral("C:\\new \u00fc\u00b7\U0001F600"), "C:\\new ü·\U0001F600"},
-             Row{QStringLiteral("a\r\nb\tc"), "a\\r\\nb\\tc"},
-             Row{QString(QChar(0)), "\\u{0}"},
-             Row{QStringLiteral("\u001b[31m\u007f"), "\\u{1B}[31m\\u{7F}"},
-             Row{QStringLiteral("\u0080\u0085\u009f\u00a0"), "\\u{80}\\u{85}\\u{9F}\u00a0"},
-             Row{QStringLiteral("\u2027\u2028\u2029\u202a"), "\u2027\\u{2028}\\u{2029}\\u{202A}"},
-             Row{QStringLiteral("\u202e\u202f\u2065\u2066\u2069\u206a"),
-                 "\\u{202E}\u202f\u2065\\u{2066}\\u{2069}\u206a"},
-         }) {
-        EXPECT_EQ(onOneLine(row.text).toUtf8(), QByteArray(row.line));
-        EXPECT_EQ(textForWindow(row.text).toUtf8(), QByteArray(row.line));
+    const std::pair<QString, const char*> rows[]{{QString(), ""},
+        {QStringLiteral("C:\\new \u00fc\u00b7\U0001F600"), "C:\\new ü·\U0001F600"},
+        {QStringLiteral("a\r\nb\tc"), "a\\r\\nb\\tc"}, {QString(QChar(0)), "\\u{0}"},
+        {QStringLiteral("\u001b[31m\u007f"), "\\u{1B}[31m\\u{7F}"},
+        {QStringLiteral("\u0080\u0085\u009f\u00a0"), "\\u{80}\\u{85}\\u{9F}\u00a0"},
+        {QStringLiteral("\u2027\u2028\u2029\u202a"), "\u2027\\u{2028}\\u{2029}\\u{202A}"},
+        {QStringLiteral("\u202e\u202f\u2065\u2066\u2069\u206a"),
+            "\\u{202E}\u202f\u2065\\u{2066}\\u{2069}\u206a"}};
+    for (const auto& [text, line] : rows) {
+        EXPECT_EQ(onOneLine(text).toUtf8(), QByteArray(line));
+        EXPECT_EQ(textForWindow(text).toUtf8(), QByteArray(line));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "sender/FerrylaneV4Sender.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "support/EventLoop.h"
 #include "support/FakePhone.h"
 #include "support/PrivateUserFolders.h"

@@ -1,6 +1,6 @@
 #include "service/FerrylaneService.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "core/Settings.h"
 #include "pairing/ReceiverKeyStore.h"
 #include "support/EventLoop.h"

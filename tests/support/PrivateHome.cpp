@@ -1,6 +1,6 @@
 #include "support/PrivateHome.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 
 #include <QDir>
 #include <QDirIterator>

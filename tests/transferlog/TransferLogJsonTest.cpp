@@ -1,4 +1,4 @@
-#include "transferlog/TransferLogJson.h"
+#include "transferlog/TransferLog.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "phone/PairingLink.h"
 #include "protocol/PairingLink.h"
 #include "protocol/PairingQR.h"

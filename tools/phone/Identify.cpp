@@ -1,7 +1,6 @@
 #include "phone/Identify.h"
 
-#include "core/Base64Url.h"
-#include "core/PercentCoding.h"
+#include "core/Encodings.h"
 #include "phone/Failure.h"
 #include "platform/Crypto.h"
 #include "protocol/PhoneResponse.h"

@@ -1,6 +1,6 @@
 #include "phone/PairingLink.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "protocol/PairingUrl.h"
 
 #include <QRegularExpression>

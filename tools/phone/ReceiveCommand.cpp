@@ -1,6 +1,6 @@
 #include "phone/Commands.h"
 
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "core/LocalAddresses.h"
 #include "core/Settings.h"
 #include "core/Text.h"

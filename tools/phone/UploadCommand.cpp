@@ -1,4 +1,4 @@
-#include "core/Base64Url.h"
+#include "core/Encodings.h"
 #include "core/Text.h"
 #include "phone/Commands.h"
 #include "phone/Failure.h"

@@ -1,6 +1,6 @@
 #include "app/windows/KnownDevices.h"
 
-#include "core/NameOrder.h"
+#include "core/Text.h"
 
 #include <algorithm>
 
