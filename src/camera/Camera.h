@@ -1,49 +1,46 @@
 #pragma once
 
-#include "camera/QRDetector.h"
 #include "platform/Interface.h"
 
 #include <QImage>
+#include <QObject>
+#include <QVideoFrame>
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 namespace ferrylane {
 
-/// A picture that a camera has taken.
-class CameraFrame : public platform::Interface {
-public:
-    /// From any thread; valid as long as the frame.
-    [[nodiscard]] virtual LuminanceView luminance() const = 0;
-    /// With its colours; a conversion. On the main thread.
-    [[nodiscard]] virtual QImage image() const = 0;
-};
+/// The luminance of a frame, a byte a pixel. Formats that keep it apart are not copied: the picture
+/// is that in the frame's memory. Null when the frame's memory cannot be read. From any thread.
+[[nodiscard]] QImage luminanceOf(const QVideoFrame& frame);
 
-/// A camera that takes pictures from its creation on until it goes; then no handler runs or will
-/// run. Made and destroyed on the main thread.
-class Camera : public platform::Interface {
-public:
-    /// Called for each picture on a thread of the camera's; must not block for long.
-    using FrameHandler = std::function<void(const std::shared_ptr<const CameraFrame>&)>;
-    /// Called on the main thread when the camera cannot go on.
-    using FailureHandler = std::function<void(const QString& description)>;
-};
-
-/// The computer's cameras. On the main thread.
+/// Whether there is a camera and it may be used, and its pictures; tests have none and play it. On
+/// the main thread.
 class Cameras : public platform::Interface {
 public:
-    enum class Access { authorized, denied, notDetermined };
+    /// Called for each picture on a thread of the camera's; must not block for long.
+    using FrameHandler = std::function<void(const QVideoFrame&)>;
+    /// Called on the main thread when the camera cannot go on.
+    using FailureHandler = std::function<void(const QString& description)>;
 
-    [[nodiscard]] virtual Access access() const = 0;
-    /// Asks for it; `onAnswer` is called on any thread.
-    virtual void requestAccess(std::function<void(bool isGranted)> onAnswer) = 0;
+    [[nodiscard]] virtual bool mayBeUsed() const = 0;
     [[nodiscard]] virtual bool hasCamera() const = 0;
-    /// Starts the default camera. Throws std::runtime_error, with words for people, when it does
-    /// not work.
-    [[nodiscard]] virtual std::unique_ptr<Camera> start(
-        Camera::FrameHandler onFrame, Camera::FailureHandler onFailure)
+    /// Starts the default camera, until the result goes: then no handler runs or will run. Throws
+    /// std::runtime_error, with words for people, when it does not work.
+    [[nodiscard]] virtual std::unique_ptr<QObject> start(
+        FrameHandler onFrame, FailureHandler onFailure)
         = 0;
+};
+
+/// The cameras of this computer. There is no question whether they may be used: the user has the
+/// rights to a camera's device or has not.
+class SystemCameras final : public Cameras {
+public:
+    [[nodiscard]] bool mayBeUsed() const override;
+    [[nodiscard]] bool hasCamera() const override;
+    [[nodiscard]] std::unique_ptr<QObject> start(
+        FrameHandler onFrame, FailureHandler onFailure) override;
 };
 
 } // namespace ferrylane

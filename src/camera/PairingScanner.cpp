@@ -1,9 +1,9 @@
 #include "camera/PairingScanner.h"
 
+#include "camera/Camera.h"
+#include "camera/QRDetector.h"
 #include "core/Log.h"
 #include "protocol/PairingQR.h"
-
-#include <QScopeGuard>
 
 #include <chrono>
 #include <exception>
@@ -16,101 +16,73 @@ namespace {
 
 constexpr auto scanInterval = std::chrono::milliseconds(200);
 
+/// A frame that cannot be worked on leaves the next ones their chance.
+std::optional<QString> textIn(const QVideoFrame& frame)
+{
+    try {
+        return detectQRCode(luminanceOf(frame));
+    } catch (const std::exception& error) {
+        flLog(QStringLiteral("Vision QR scan error: ") + QString::fromUtf8(error.what()));
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
-class PairingScanner::Scan : public std::enable_shared_from_this<Scan> {
-public:
-    Scan(Collaborators collaborators, Handlers handlers)
-        : with_(std::move(collaborators))
-        , handlers_(std::move(handlers))
-        , lastVisionTime_(with_.clock.now())
-    {
-    }
-
-    void offer(const std::shared_ptr<const CameraFrame>& frame)
-    {
-        if (!tryBegin()) return;
-        with_.visionQueue.async([self = shared_from_this(), frame] {
-            const auto end = qScopeGuard([&] {
-                const std::lock_guard lock(self->mutex_);
-                self->visionBusy_ = false;
-            });
-            self->scan(*frame);
-        });
-    }
-
-    void judge(const QString& text)
-    {
-        const bool isValid = parseFerrylanePairingQR(text).has_value();
-        if (isValid) {
-            const std::lock_guard lock(mutex_);
-            if (std::exchange(finished_, true)) return;
-        }
-        with_.mainQueue.async([self = shared_from_this(), isValid, text] {
-            if (self->isClosed_) return;
-            if (isValid) {
-                self->handlers_.onCode(text);
-            } else {
-                self->handlers_.onInvalidCode();
-            }
-        });
-    }
-
-    void close()
-    {
-        isClosed_ = true;
-        const std::lock_guard lock(mutex_);
-        finished_ = true;
-    }
-
-private:
-    bool tryBegin()
-    {
-        const std::lock_guard lock(mutex_);
-        const platform::TimePoint now = with_.clock.now();
-        if (finished_ || visionBusy_ || now - lastVisionTime_ < scanInterval) return false;
-        lastVisionTime_ = now;
-        visionBusy_ = true;
-        return true;
-    }
-
-    /// A frame that cannot be worked on leaves the next ones their chance.
-    void scan(const CameraFrame& frame)
-    {
-        try {
-            if (const auto text = with_.detect(frame.luminance())) judge(*text);
-        } catch (const std::exception& error) {
-            flLog(QStringLiteral("Vision QR scan error: ") + QString::fromUtf8(error.what()));
-        }
-    }
-
-    const Collaborators with_;
-    const Handlers handlers_;
-    std::mutex mutex_;
-    bool finished_ = false;
-    bool visionBusy_ = false;
-    platform::TimePoint lastVisionTime_;
-    bool isClosed_ = false; ///< on the main thread
+struct PairingScanner::Scan {
+    std::mutex mutex;
+    PairingScanner* owner = nullptr; ///< null when it has gone
+    bool isOver = false;             ///< a phone's code was found
+    bool isBusy = false;
+    platform::TimePoint lastTime;
 };
 
-PairingScanner::PairingScanner(Collaborators collaborators, Handlers handlers)
-    : scan_(std::make_shared<Scan>(std::move(collaborators), std::move(handlers)))
+PairingScanner::PairingScanner(platform::SerialQueue& visionQueue, const platform::Clock& clock)
+    : visionQueue_(visionQueue), clock_(clock), scan_(std::make_shared<Scan>())
 {
+    scan_->owner = this;
+    scan_->lastTime = clock.now();
 }
 
 PairingScanner::~PairingScanner()
 {
-    scan_->close();
+    const std::lock_guard lock(scan_->mutex);
+    scan_->owner = nullptr;
 }
 
-void PairingScanner::offer(const std::shared_ptr<const CameraFrame>& frame)
+void PairingScanner::offer(const QVideoFrame& frame)
 {
-    scan_->offer(frame);
+    {
+        const std::lock_guard lock(scan_->mutex);
+        const platform::TimePoint now = clock_.now();
+        if (scan_->isOver || scan_->isBusy || now - scan_->lastTime < scanInterval) return;
+        scan_->lastTime = now;
+        scan_->isBusy = true;
+    }
+    visionQueue_.async([scan = scan_, frame] {
+        const auto text = textIn(frame);
+        const std::lock_guard lock(scan->mutex);
+        scan->isBusy = false;
+        if (!text || !scan->owner) return;
+        QMetaObject::invokeMethod(
+            scan->owner, [owner = scan->owner, text = *text] { owner->offerText(text); },
+            Qt::QueuedConnection);
+    });
 }
 
 void PairingScanner::offerText(const QString& text)
 {
-    scan_->judge(text);
+    const bool isValid = parseFerrylanePairingQR(text).has_value();
+    {
+        const std::lock_guard lock(scan_->mutex);
+        if (scan_->isOver) return;
+        scan_->isOver = isValid;
+    }
+    if (isValid) {
+        Q_EMIT codeFound(text);
+    } else {
+        Q_EMIT invalidCode();
+    }
 }
 
 } // namespace ferrylane

@@ -47,27 +47,21 @@ QImage decoded(QByteArrayView content)
 
 } // namespace
 
-std::optional<QString> detectQRCode(const LuminanceView& picture)
+std::optional<QString> detectQRCode(const QImage& picture)
 {
-    if (picture.width <= 0 || picture.height <= 0) return std::nullopt;
+    const QImage grey = (picture.hasAlphaChannel() ? onWhite(picture) : picture)
+                            .convertToFormat(QImage::Format_Grayscale8);
+    if (grey.isNull()) return std::nullopt;
     ReaderOptions options;
     options.setFormats(ZXing::BarcodeFormat::QRCode);
     // A phone may be held at any angle.
     options.setTryRotate(true);
     options.setTryHarder(true);
-    const ZXing::ImageView view(
-        picture.data, picture.width, picture.height, ZXing::ImageFormat::Lum, picture.bytesPerLine);
+    const ZXing::ImageView view(grey.constBits(), grey.width(), grey.height(),
+        ZXing::ImageFormat::Lum, static_cast<int>(grey.bytesPerLine()));
     const auto result = ZXing::ReadBarcode(view, options);
     if (!result.isValid()) return std::nullopt;
     return QString::fromStdString(result.text());
-}
-
-std::optional<QString> detectQRCode(const QImage& picture)
-{
-    if (picture.hasAlphaChannel()) return detectQRCode(onWhite(picture));
-    const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
-    return detectQRCode(LuminanceView{
-        grey.constBits(), grey.width(), grey.height(), static_cast<int>(grey.bytesPerLine())});
 }
 
 std::optional<QString> detectQRCodeInFile(QByteArrayView content)

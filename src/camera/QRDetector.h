@@ -3,27 +3,15 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <cstdint>
 #include <optional>
 
 class QImage;
 
 namespace ferrylane {
 
-/// A picture in shades of grey, a byte a pixel; the bytes belong to somebody else.
-struct LuminanceView {
-    const std::uint8_t* data = nullptr;
-    int width = 0;
-    int height = 0;
-    int bytesPerLine = 0; ///< `width` or more
-};
-
 /// The text of the QR code in the picture, of the first one where there are several; none without
-/// a code that can be read. A few milliseconds for a picture of 1280 x 720. Throws std::exception
-/// when the picture cannot be worked on. From any thread.
-[[nodiscard]] std::optional<QString> detectQRCode(const LuminanceView& picture);
-
-/// The same for a picture with colours.
+/// a code that can be read. A few milliseconds for a grey picture of 1280 x 720. Throws
+/// std::exception when the picture cannot be worked on. From any thread.
 [[nodiscard]] std::optional<QString> detectQRCode(const QImage& picture);
 
 // The largest picture file that is looked at: what a phone's camera takes, and no more than a busy

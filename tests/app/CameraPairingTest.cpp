@@ -19,6 +19,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -32,24 +33,26 @@ namespace {
 
 const QString valid = u"http://192.168.1.77:8787/?flkey="_s + QString(43, u'A');
 
-/// A frame with the code of a text.
-class CodeFrame final : public CameraFrame {
-public:
-    explicit CodeFrame(const QString& text) : grey_(640, 480, QImage::Format_Grayscale8)
-    {
-        grey_.fill(Qt::white);
-        QPainter(&grey_).drawImage(100, 60, qr(text, 6));
-    }
-    [[nodiscard]] LuminanceView luminance() const override
-    {
-        return {grey_.constBits(), grey_.width(), grey_.height(),
-            static_cast<int>(grey_.bytesPerLine())};
-    }
-    [[nodiscard]] QImage image() const override { return grey_; }
+QImage codeOf(const QString& text)
+{
+    QImage grey(640, 480, QImage::Format_Grayscale8);
+    grey.fill(Qt::white);
+    QPainter(&grey).drawImage(100, 60, qr(text, 6));
+    return grey;
+}
 
-private:
-    QImage grey_;
-};
+/// A camera's frame with the code of a text.
+QVideoFrame frameOf(const QString& text)
+{
+    const QImage code = codeOf(text);
+    QVideoFrame frame(QVideoFrameFormat(code.size(), QVideoFrameFormat::Format_Y8));
+    EXPECT_TRUE(frame.map(QVideoFrame::WriteOnly));
+    for (int y = 0; y < code.height(); ++y) {
+        std::copy_n(code.constScanLine(y), code.width(), frame.bits(0) + y * frame.bytesPerLine(0));
+    }
+    frame.unmap();
+    return frame;
+}
 
 QByteArray pngOf(const QImage& picture)
 {
@@ -61,46 +64,33 @@ QByteArray pngOf(const QImage& picture)
 
 /// How it is with a computer's cameras.
 struct Situation {
-    Cameras::Access access = Cameras::Access::authorized;
-    bool isGranted = true;
+    bool mayBeUsed = true;
     bool isThere = true;
     QString failsWith{};
 };
 
 class FakeCameras final : public Cameras {
 public:
-    class FakeCamera final : public Camera {
-    public:
-        explicit FakeCamera(bool& flag) : isRunning_(flag) { isRunning_ = true; }
-        ~FakeCamera() override { isRunning_ = false; }
-        FakeCamera(const FakeCamera&) = delete;
-        FakeCamera& operator=(const FakeCamera&) = delete;
-
-    private:
-        bool& isRunning_;
-    };
-
-    [[nodiscard]] Access access() const override { return situation.access; }
-    void requestAccess(std::function<void(bool)> onAnswer) override
-    {
-        onAnswer(situation.isGranted);
-    }
+    [[nodiscard]] bool mayBeUsed() const override { return situation.mayBeUsed; }
     [[nodiscard]] bool hasCamera() const override { return situation.isThere; }
-    [[nodiscard]] std::unique_ptr<Camera> start(
-        Camera::FrameHandler frame, Camera::FailureHandler failure) override
+    [[nodiscard]] std::unique_ptr<QObject> start(
+        FrameHandler frame, FailureHandler failure) override
     {
         if (!situation.failsWith.isEmpty()) {
             throw std::runtime_error(situation.failsWith.toStdString());
         }
         onFrame = std::move(frame);
         onFailure = std::move(failure);
-        return std::make_unique<FakeCamera>(isRunning);
+        isRunning = true;
+        auto camera = std::make_unique<QObject>();
+        QObject::connect(camera.get(), &QObject::destroyed, [this] { isRunning = false; });
+        return camera;
     }
 
     Situation situation;
     bool isRunning = false;
-    Camera::FrameHandler onFrame;
-    Camera::FailureHandler onFailure;
+    FrameHandler onFrame;
+    FailureHandler onFailure;
 };
 
 class CameraPairingTest : public ::testing::Test {
@@ -135,7 +125,7 @@ protected:
     void show(const QString& text)
     {
         clock_.advance(200ms);
-        cameras_.onFrame(std::make_shared<CodeFrame>(text));
+        cameras_.onFrame(frameOf(text));
         run();
     }
     void makeController()
@@ -206,7 +196,7 @@ TEST_F(CameraPairingTest, closingTheWindowEndsItOnce)
     present();
     controller_->present();
     clock_.advance(200ms);
-    cameras_.onFrame(std::make_shared<CodeFrame>(valid));
+    cameras_.onFrame(frameOf(valid));
     vision_.runAll();
     panel()->close(); // before the code found has come to the main thread
     EXPECT_FALSE(cameras_.isRunning);
@@ -221,8 +211,7 @@ TEST_F(CameraPairingTest, whatIsWrongIsToldAndEndsIt)
         QString alert;
     };
     const Row rows[]{
-        {{.access = Cameras::Access::denied}, u"Camera access needed"_s},
-        {{.access = Cameras::Access::notDetermined, .isGranted = false}, u"Camera access needed"_s},
+        {{.mayBeUsed = false}, u"Camera access needed"_s},
         {{.isThere = false}, u"No camera found"_s},
         {{.failsWith = u"broken"_s}, u"Could not start camera"_s},
     };
@@ -238,7 +227,6 @@ TEST_F(CameraPairingTest, whatIsWrongIsToldAndEndsIt)
 
 TEST_F(CameraPairingTest, aCameraThatFailsLaterIsToldOf)
 {
-    cameras_.situation.access = Cameras::Access::notDetermined;
     present();
     ASSERT_TRUE(panel());
     cameras_.onFailure(u"unplugged"_s);
@@ -266,7 +254,7 @@ TEST_F(CameraPairingTest, withoutACameraALinkCanBePasted)
 
 TEST_F(CameraPairingTest, aPictureOfTheCodeCanBeDropped)
 {
-    const QByteArray picture = pngOf(CodeFrame(valid).image());
+    const QByteArray picture = pngOf(codeOf(valid));
     QMimeData content, file;
     content.setData(u"image/png"_s, picture);
     file.setUrls({QUrl::fromLocalFile(folders_.file(u"code.png"_s, picture))});

@@ -2,6 +2,7 @@
 
 #include "app/widgets/AskDialog.h"
 #include "app/windows/CameraPanel.h"
+#include "camera/QRDetector.h"
 #include "core/Log.h"
 #include "platform/Files.h"
 
@@ -35,11 +36,11 @@ QString textIn(const OpenedPicture& picture)
 } // namespace
 
 CameraPairingController::CameraPairingController(const Collaborators& collaborators)
-    : with_(collaborators)
-    , scanner_({with_.visionQueue, with_.mainQueue, with_.clock,
-                   [](const LuminanceView& picture) { return detectQRCode(picture); }},
-          {[this] { showInvalidCode(); }, [this](const QString& text) { accept(text); }})
+    : with_(collaborators), scanner_(with_.visionQueue, with_.clock)
 {
+    connect(
+        &scanner_, &PairingScanner::invalidCode, this, &CameraPairingController::showInvalidCode);
+    connect(&scanner_, &PairingScanner::codeFound, this, &CameraPairingController::accept);
 }
 
 CameraPairingController::~CameraPairingController() = default;
@@ -49,39 +50,14 @@ void CameraPairingController::present()
     if (stage_ == Stage::scanning) panel_->present();
     if (stage_ != Stage::idle) return;
     stage_ = Stage::asking;
-    switch (with_.cameras.access()) {
-    case Cameras::Access::notDetermined:
-        flLog(QStringLiteral("Requesting camera permission"));
-        with_.cameras.requestAccess([self = QPointer(this)](bool isGranted) {
-            flLog(QStringLiteral("Camera permission result granted=")
-                + (isGranted ? QStringLiteral("true") : QStringLiteral("false")));
-            if (self) self->later([self, isGranted] { self->accessAnswered(isGranted); });
-        });
-        return;
-    case Cameras::Access::authorized:
+    if (with_.cameras.mayBeUsed()) {
         flLog(QStringLiteral("Camera permission already authorized"));
         later([this] { open(); });
-        return;
-    case Cameras::Access::denied:
-        showPermissionError();
-        return;
-    }
-}
-
-void CameraPairingController::accessAnswered(bool isGranted)
-{
-    if (isGranted) {
-        open();
     } else {
-        showPermissionError();
+        doWithoutCamera(QStringLiteral("Camera access needed"),
+            QStringLiteral("Allow Ferrylane to use the camera in System Settings \u2192 Privacy & "
+                           "Security \u2192 Camera, then try Pair Device again."));
     }
-}
-
-void CameraPairingController::showPermissionError()
-{
-    doWithoutCamera(QStringLiteral("Camera access needed"),
-        QStringLiteral("Allow Ferrylane to use the camera in System Settings \u2192 Privacy & "
-                       "Security \u2192 Camera, then try Pair Device again."));
 }
 
 void CameraPairingController::open()
@@ -99,7 +75,7 @@ void CameraPairingController::startCamera()
 {
     try {
         camera_ = with_.cameras.start(
-            [this](const auto& frame) {
+            [this](const QVideoFrame& frame) {
                 scanner_.offer(frame);
                 showFrame(frame);
             },
@@ -155,7 +131,7 @@ void CameraPairingController::openWindow()
     panel_->present();
 }
 
-void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>& frame)
+void CameraPairingController::showFrame(const QVideoFrame& frame)
 {
     const platform::TimePoint now = with_.clock.now();
     if (now - lastShown_ < previewInterval) return;
@@ -165,7 +141,7 @@ void CameraPairingController::showFrame(const std::shared_ptr<const CameraFrame>
     // The toolkit converts on the main thread only.
     later([this, frame] {
         isFrameWaiting_ = false;
-        if (panel_) panel_->setPicture(frame->image());
+        if (panel_) panel_->setPicture(frame.toImage());
     });
 }
 

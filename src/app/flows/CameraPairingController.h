@@ -47,15 +47,13 @@ Q_SIGNALS:
     void closed();
 
 private:
-    void accessAnswered(bool isGranted);
     void open();
     void openWindow();
     void startCamera();
     void cameraFailed(const QString& description);
-    void showPermissionError();
     /// Tells of it; goes on without a camera, or ends.
     void doWithoutCamera(const QString& title, const QString& text);
-    void showFrame(const std::shared_ptr<const CameraFrame>& frame);
+    void showFrame(const QVideoFrame& frame);
     void lookAt(const OpenedPicture& picture);
     void accept(const QString& text);
     void showInvalidCode();
@@ -67,7 +65,7 @@ private:
 
     enum class Stage {
         idle,
-        asking, ///< for the right to use the camera, or what to do without
+        asking, ///< what to do without a camera
         scanning,
         over
     };
@@ -78,7 +76,7 @@ private:
     std::unique_ptr<CameraPanel> panel_;
     platform::TimePoint lastShown_{};          ///< on the camera's thread
     std::atomic<bool> isFrameWaiting_ = false; ///< to be shown
-    std::unique_ptr<Camera> camera_;           ///< last: its thread uses the others
+    std::unique_ptr<QObject> camera_;          ///< last: its thread uses the others
 };
 
 } // namespace ferrylane

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/flows/CameraPairingController.h"
-#include "camera/SystemCameras.h"
+#include "camera/Camera.h"
 #include "platform/MainQueue.h"
 #include "platform/ThreadQueue.h"
 #include "protocol/PairedTarget.h"
