@@ -26,8 +26,9 @@ std::set<std::pair<QString, QString>> scan(platform::TimePoint end)
             const QString tcpPort = device.tcpPort ? QString::number(*device.tcpPort) : QString();
             found.emplace(device.name, source.addressText() + u':' + tcpPort);
         }
-        if (scan.outcome == Scan::Outcome::notAsked)
+        if (scan.outcome == Scan::Outcome::notAsked) {
             std::this_thread::sleep_for(ScanRules().silence);
+        }
     }
     return found;
 }

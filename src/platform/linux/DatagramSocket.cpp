@@ -76,17 +76,15 @@ struct DatagramSocket::State {
     /// receiver must not find another's socket under the same number.
     FileDescriptor closing{haveOrThrow(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))};
 
-    /// DatagramSocket::Outcome::received when there is a datagram to be read.
+    /// Outcome::received when there is a datagram to be read.
     [[nodiscard]] Outcome wait(Duration atMost) const
     {
         std::array<pollfd, 2> waits{{{closing.get(), POLLIN, 0}, {socket.get(), POLLIN, 0}}};
         const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(atMost).count();
         const int count = ::poll(waits.data(), waits.size(), static_cast<int>(milliseconds));
-        if (count < 0)
-            return errno == EINTR ? DatagramSocket::Outcome::timedOut
-                                  : DatagramSocket::Outcome::failed;
-        if (waits[0].revents != 0) return DatagramSocket::Outcome::closed;
-        return count == 0 ? DatagramSocket::Outcome::timedOut : DatagramSocket::Outcome::received;
+        if (count < 0) return errno == EINTR ? Outcome::timedOut : Outcome::failed;
+        if (waits[0].revents != 0) return Outcome::closed;
+        return count == 0 ? Outcome::timedOut : Outcome::received;
     }
 
     /// False when the socket's buffer is full.
@@ -138,14 +136,14 @@ DatagramSocket::Received DatagramSocket::receive(MutableByteView buffer, Duratio
 {
     if (state_->replaced.isOpen()) {
         const Outcome outcome = state_->wait(Duration::zero());
-        if (outcome == DatagramSocket::Outcome::closed) return {outcome, 0, {}};
+        if (outcome == Outcome::closed) return {outcome, 0, {}};
         const Received left = readDatagram(state_->replaced, buffer);
-        if (left.outcome == DatagramSocket::Outcome::received) return left;
+        if (left.outcome == Outcome::received) return left;
         state_->replaced = FileDescriptor();
     }
     const Outcome outcome = state_->wait(atMost);
-    return outcome == DatagramSocket::Outcome::received ? readDatagram(state_->socket, buffer)
-                                                        : Received{outcome, 0, {}};
+    return outcome == Outcome::received ? readDatagram(state_->socket, buffer)
+                                        : Received{outcome, 0, {}};
 }
 
 void DatagramSocket::send(ByteView datagram, const Endpoint& to)

@@ -149,8 +149,9 @@ void ServicePublisher::makeGroup()
     avahi_->call(serverMethod(*avahi_, serverInterface, "EntryGroupNew"),
         [this, attempt](const QDBusMessage& reply) {
             if (isError(reply)) return avahi_->fail(reply.errorMessage());
-            if (attempt != attempt_)
+            if (attempt != attempt_) {
                 return avahi_->tell(avahi_->method(pathIn(reply), entryGroupInterface, freeMethod));
+            }
             group_ = pathIn(reply);
             addService();
         });
