@@ -6,6 +6,12 @@ namespace ferrylane {
 
 using platform::ByteBuffer;
 
+namespace {
+
+constexpr std::size_t smallPiece = 65536;
+
+} // namespace
+
 HashPipe::~HashPipe()
 {
     waitUntilIdle();
@@ -13,8 +19,14 @@ HashPipe::~HashPipe()
 
 void HashPipe::update(platform::ByteView bytes)
 {
-    const std::lock_guard lock(mutex_);
-    queue_.async([this, bytes] {
+    std::unique_lock lock(mutex_);
+    if (pending_ == 0 && bytes.size() <= smallPiece) {
+        lock.unlock();
+        sha256_.update(bytes);
+        return;
+    }
+    if (!queue_) queue_.emplace("ferrylane.hash");
+    queue_->async([this, bytes] {
         sha256_.update(bytes);
         const std::lock_guard guard(mutex_);
         taskDone();
@@ -25,12 +37,13 @@ void HashPipe::update(platform::ByteView bytes)
 void HashPipe::exchange(ByteBuffer& buffer)
 {
     std::unique_lock lock(mutex_);
+    if (pending_ == 0) return;
     changed_.wait(lock, [this] { return !spares_.empty(); });
     ByteBuffer next = std::move(spares_.back());
     spares_.pop_back();
     next.append(buffer.unread());
     const auto used = std::make_shared<ByteBuffer>(std::exchange(buffer, std::move(next)));
-    queue_.async([this, used] {
+    queue_->async([this, used] {
         used->consume(used->size());
         const std::lock_guard guard(mutex_);
         spares_.push_back(std::move(*used));

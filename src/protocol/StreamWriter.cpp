@@ -9,15 +9,6 @@ using platform::ByteBuffer;
 using platform::ByteView;
 using platform::MutableByteView;
 
-namespace {
-
-void appendText(QByteArrayView text, ByteBuffer& out)
-{
-    out.append(std::as_bytes(std::span(text.data(), static_cast<std::size_t>(text.size()))));
-}
-
-} // namespace
-
 StreamWriter::StreamWriter(V4Transfer transfer, const platform::SecretKey& key)
     : transfer_(std::move(transfer)), cipher_(key)
 {
@@ -57,21 +48,24 @@ void StreamWriter::finish(ByteBuffer& out)
     const platform::Sha256Digest digest = hash_.finish();
     appendChunk(finalRecordIndex, finalRecordAssociatedData(transfer_, recordCount_, totalBytes_),
         digest, out);
-    appendText("0\r\n\r\n", out);
+    out.append(platform::bytesOf(QByteArrayLiteral("0\r\n\r\n")));
 }
 
 void StreamWriter::appendChunk(
     std::uint32_t index, const QByteArray& associatedData, ByteView plaintext, ByteBuffer& out)
 {
     const std::size_t length = recordOverheadBytes + plaintext.size();
-    appendText(QByteArray::number(static_cast<qulonglong>(length), 16) + "\r\n", out);
+    const QByteArray sizeLine = QByteArray::number(static_cast<qulonglong>(length), 16) + "\r\n";
+    // Room for all of it at once: a buffer that grows later copies what is in it.
+    static_cast<void>(out.prepare(static_cast<std::size_t>(sizeLine.size()) + length + 2));
+    out.append(platform::bytesOf(sizeLine));
     const MutableByteView record = out.prepare(length);
     platform::writeU32BigEndian(static_cast<std::uint32_t>(plaintext.size()), record);
     platform::writeU32BigEndian(index, record.subspan(4));
     cipher_.seal(makeNonce(transfer_.noncePrefix, index), platform::bytesOf(associatedData),
         plaintext, record.subspan(recordHeadBytes));
     out.commit(length);
-    appendText("\r\n", out);
+    out.append(platform::bytesOf(QByteArrayLiteral("\r\n")));
 }
 
 } // namespace ferrylane

@@ -34,7 +34,9 @@ private:
     quint64 totalBytes_ = 0;
     platform::ByteBuffer piece_;
     bool isPieceHashed_ = false; ///< the bytes in piece_ are being hashed
-    HashPipe hash_;              ///< last: its thread reads the buffer
+    // Hashing takes longest, so that more buffers would only all be full. Last: its thread reads
+    // piece_.
+    HashPipe hash_{1};
 };
 
 } // namespace ferrylane
