@@ -8,7 +8,7 @@ using namespace ferrylane;
 
 namespace {
 
-constexpr QSize size(34, 6);
+constexpr QSize frameSize(34, 6);
 
 int luminanceAt(int x, int y)
 {
@@ -18,7 +18,7 @@ int luminanceAt(int x, int y)
 /// A frame of which the luminance is known; lines may be longer than the picture.
 QVideoFrame frameOf(QVideoFrameFormat::PixelFormat format)
 {
-    QVideoFrame frame(QVideoFrameFormat(size, format));
+    QVideoFrame frame(QVideoFrameFormat(frameSize, format));
     EXPECT_TRUE(frame.map(QVideoFrame::WriteOnly));
     std::fill_n(frame.bits(0), frame.mappedBytes(0), uchar(128));
     const bool isYuyv = format == QVideoFrameFormat::Format_YUYV;
@@ -26,8 +26,8 @@ QVideoFrame frameOf(QVideoFrameFormat::PixelFormat format)
     const bool isRgb = format == QVideoFrameFormat::Format_BGRA8888
         || format == QVideoFrameFormat::Format_RGBA8888;
     const int step = isRgb ? 4 : isYuyv || isUyvy ? 2 : 1;
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
+    for (int y = 0; y < frameSize.height(); ++y) {
+        for (int x = 0; x < frameSize.width(); ++x) {
             uchar* const pixel = frame.bits(0) + y * frame.bytesPerLine(0) + x * step;
             const auto value = static_cast<uchar>(luminanceAt(x, y));
             pixel[isUyvy ? 1 : 0] = value;
@@ -48,10 +48,10 @@ TEST(LuminanceTest, hasTheLuminanceOfEveryFormat)
              QVideoFrameFormat::Format_Y8, QVideoFrameFormat::Format_BGRA8888,
              QVideoFrameFormat::Format_RGBA8888}) {
         const QImage grey = luminanceOf(frameOf(format));
-        ASSERT_EQ(grey.size(), size) << format;
+        ASSERT_EQ(grey.size(), frameSize) << format;
         ASSERT_EQ(grey.format(), QImage::Format_Grayscale8) << format;
-        for (int y = 0; y < size.height(); ++y) {
-            for (int x = 0; x < size.width(); ++x) {
+        for (int y = 0; y < frameSize.height(); ++y) {
+            for (int x = 0; x < frameSize.width(); ++x) {
                 ASSERT_NEAR(grey.constScanLine(y)[x], luminanceAt(x, y), 1)
                     << format << " at " << x << ", " << y;
             }

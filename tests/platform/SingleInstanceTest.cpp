@@ -25,12 +25,13 @@ namespace {
 using namespace std::chrono_literals;
 using support::EnvironmentVariable;
 using support::processEventsUntil;
-using Outcome = SingleInstance::Outcome;
 
 const QString program = QStringLiteral("Test");
 
 class SingleInstanceTest : public ::testing::Test {
 protected:
+    using Outcome = SingleInstance::Outcome;
+
     /// A second launch, while this thread runs the first process's event loop.
     static Outcome launchAgain()
     {
@@ -59,7 +60,7 @@ public:
         process_ = ::fork();
         if (process_ == 0) {
             const SingleInstance instance(program);
-            const char outcome = instance.outcome() == Outcome::first ? 'y' : 'n';
+            const char outcome = instance.outcome() == SingleInstance::Outcome::first ? 'y' : 'n';
             if (::write(ready[1], &outcome, 1) == 1) ::pause();
             ::_exit(1);
         }

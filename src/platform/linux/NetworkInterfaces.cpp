@@ -11,8 +11,8 @@ namespace platform {
 
 namespace {
 
-constexpr int decimal = 10;
-constexpr int hexadecimal = 16;
+/// Of all numbers in these tables but the metrics of IPv4.
+constexpr int routeNumberBase = 16;
 
 /// Where a table has what; the first two columns named are 0 in a default route.
 struct Columns {
@@ -21,10 +21,10 @@ struct Columns {
     qsizetype count;
 };
 /// Interface, destination, gateway, flags, counts of references and uses, metric, mask, and more.
-constexpr Columns ipv4Columns{1, 7, 6, 3, 0, decimal, 8};
+constexpr Columns ipv4Columns{1, 7, 6, 3, 0, 10, 8};
 /// Destination, prefix length, source, its prefix length, next hop, metric, counts of references
 /// and uses, flags, interface.
-constexpr Columns ipv6Columns{1, 1, 5, 8, 9, hexadecimal, 10};
+constexpr Columns ipv6Columns{1, 1, 5, 8, 9, routeNumberBase, 10};
 
 /// Read line by line: a router's table has very many.
 QString defaultInterfaceIn(QIODevice& routes, const Columns& columns)
@@ -43,9 +43,9 @@ QString defaultInterfaceIn(QIODevice& routes, const Columns& columns)
             areNumbers = areNumbers && isNumber;
             return value;
         };
-        const bool isDefault = number(columns.destination, hexadecimal) == 0
-            && number(columns.mask, hexadecimal) == 0;
-        const quint32 flags = number(columns.flags, hexadecimal);
+        const bool isDefault = number(columns.destination, routeNumberBase) == 0
+            && number(columns.mask, routeNumberBase) == 0;
+        const quint32 flags = number(columns.flags, routeNumberBase);
         const quint32 metric = number(columns.metric, columns.metricBase);
         const bool isUsable = (flags & RTF_UP) != 0 && (flags & RTF_REJECT) == 0;
         if (!areNumbers || !isDefault || !isUsable || metric >= bestMetric) continue;
