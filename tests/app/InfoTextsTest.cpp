@@ -1,7 +1,7 @@
-#include "app/windows/InfoTexts.h"
 #include "app/flows/Maintenance.h"
 #include "app/flows/ReceiverChooser.h"
 #include "app/windows/DevicesPanel.h"
+#include "app/windows/InfoPanel.h"
 #include "app/windows/TransferTexts.h"
 #include "core/Settings.h"
 #include "core/StoragePaths.h"

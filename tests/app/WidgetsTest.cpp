@@ -1,8 +1,7 @@
 #include "app/widgets/Appearance.h"
 #include "app/widgets/AskDialog.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/widgets/FerrylaneDropView.h"
-#include "app/widgets/FerrylaneHoverLabel.h"
 #include "app/widgets/MiddleElidedLabel.h"
 
 #include "Controls.h"

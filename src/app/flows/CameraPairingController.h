@@ -18,8 +18,6 @@ struct OpenedPicture;
 
 /// Lets the user show a phone's pairing code to the camera, once. Where the camera cannot be used
 /// it says so and offers to do without: with the phone's link, or a picture of its code.
-///
-/// Main thread.
 class CameraPairingController final : public QObject {
     Q_OBJECT
 

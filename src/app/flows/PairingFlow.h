@@ -11,7 +11,7 @@
 
 namespace ferrylane {
 
-/// Lets the user pair a phone by its QR code and keeps it. One at a time. On the main thread.
+/// Lets the user pair a phone by its QR code and keeps it. One at a time.
 class PairingFlow {
 public:
     using PairedHandler = std::function<void(const FerrylanePairedTarget&)>;

@@ -2,7 +2,7 @@
 
 #include "app/widgets/Appearance.h"
 #include "app/widgets/AskDialog.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/windows/KnownDevices.h"
 
 #include <QGuiApplication>

@@ -11,7 +11,7 @@
 namespace ferrylane {
 
 /// Sends files that the user has dropped or chosen: asks where to, has them sent, and shows in the
-/// main panel how that gets on. On the main thread.
+/// main panel how that gets on.
 class SendFlow final : public QObject {
     Q_OBJECT
 

@@ -9,7 +9,7 @@
 namespace ferrylane {
 
 /// Info and settings, and the housekeeping: the device's name, the receive folder, the transfer
-/// log, feedback, reset and restart. On the main thread.
+/// log, feedback, reset and restart.
 class SettingsFlow final : public QObject {
     Q_OBJECT
 

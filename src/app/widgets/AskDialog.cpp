@@ -1,6 +1,6 @@
 #include "app/widgets/AskDialog.h"
 
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/widgets/PanelWindow.h"
 #include "core/Text.h"
 

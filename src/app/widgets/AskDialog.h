@@ -11,8 +11,6 @@ class FerrylaneActionButton;
 
 /// A question: a message of one line, more about it, a control, and buttons in the order of adding.
 /// Escape says no. exec() returns the number of the button, counted from 1; 0 for none.
-///
-/// Main thread.
 class AskDialog final : public QDialog {
 public:
     AskDialog(QWidget* parent, const QString& message, const QString& information);

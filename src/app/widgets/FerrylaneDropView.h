@@ -10,8 +10,6 @@ namespace ferrylane {
 
 /// A framed area that takes files dragged onto it. It looks the same while something is dragged
 /// over it. Whatever is not a file of this computer, such as a web address, is not taken.
-///
-/// Main thread.
 class FerrylaneDropView final : public QWidget {
 public:
     explicit FerrylaneDropView(QWidget* parent = nullptr);

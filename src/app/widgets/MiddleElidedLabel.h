@@ -7,8 +7,6 @@ namespace ferrylane {
 /// One line of plain text as textForWindow() has it, cut in the middle when it is too long for its
 /// place, so that a file name keeps its extension. text() stays whole; the tool tip shows it while
 /// it is cut. May be made narrower than its text.
-///
-/// Main thread.
 class MiddleElidedLabel final : public QLabel {
 public:
     explicit MiddleElidedLabel(QWidget* parent = nullptr);

@@ -22,8 +22,6 @@ void setTextLook(QWidget& widget, const TextLook& look);
 
 /// A small window with a title and a close button: of one size, light, closed by Escape. Closing
 /// only hides it.
-///
-/// Main thread.
 class PanelWindow : public QWidget {
 public:
     /// `size` in points (see Appearance.h).

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/widgets/PaintedButton.h"
+#include "app/widgets/Buttons.h"
 
 #include <QImage>
 #include <QString>
@@ -13,8 +13,6 @@ namespace ferrylane {
 /// A button that shows a QR code, drawn so that cameras read it: every module has the same whole
 /// number of the screen's pixels, and nothing is smoothed. The code is centred; what is around it
 /// should be white.
-///
-/// Main thread.
 class QRCodeButton final : public PaintedButton {
 public:
     explicit QRCodeButton(QWidget* parent = nullptr);

@@ -5,8 +5,6 @@
 namespace ferrylane {
 
 /// A progress bar without text, as thin as its height, with round ends.
-///
-/// Main thread.
 class ThinProgressBar final : public QProgressBar {
 public:
     explicit ThinProgressBar(QWidget* parent = nullptr);

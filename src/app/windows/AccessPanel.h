@@ -7,8 +7,6 @@ class QImage;
 namespace ferrylane {
 
 /// The window that shows this computer's pairing code large, and its address. 360 x 410 points.
-///
-/// Main thread.
 class AccessPanel final : public PanelWindow {
 public:
     /// `code` has one pixel a module; `address` is without the key.

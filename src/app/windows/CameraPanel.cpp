@@ -1,7 +1,7 @@
 #include "app/windows/CameraPanel.h"
 
-#include "app/widgets/CameraPreview.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Appearance.h"
+#include "app/widgets/Buttons.h"
 
 #include <QClipboard>
 #include <QCloseEvent>
@@ -11,6 +11,8 @@
 #include <QImage>
 #include <QLabel>
 #include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
 
 namespace ferrylane {
 
@@ -18,6 +20,16 @@ namespace {
 
 constexpr int contentLeft = 24;
 constexpr int contentWidth = 472;
+constexpr double previewRadius = 12;
+constexpr double textMargin = 40;
+
+/// The middle part of a picture that has the proportions of an area.
+QRectF partLike(const QSizeF& area, const QSizeF& picture)
+{
+    const QSizeF part = area.scaled(picture, Qt::KeepAspectRatio);
+    return {QPointF((picture.width() - part.width()) / 2, (picture.height() - part.height()) / 2),
+        part};
+}
 
 /// The type of the picture that is dragged itself, not as a file; empty when none is.
 QString pictureTypeIn(const QMimeData& data)
@@ -35,6 +47,59 @@ OpenedPicture pictureIn(const QMimeData& data)
 }
 
 } // namespace
+
+/// Shows what a camera sees as a mirror does, filling its black area with round corners; or, while
+/// there is no picture, a text.
+class CameraPreview final : public QWidget {
+public:
+    using QWidget::QWidget;
+
+    void setPicture(const QImage& picture);
+    void setText(const QString& text);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QImage picture_;
+    QString text_;
+};
+
+void CameraPreview::setPicture(const QImage& picture)
+{
+    picture_ = picture;
+    update();
+}
+
+void CameraPreview::setText(const QString& text)
+{
+    text_ = text;
+    setAccessibleName(text);
+    update();
+}
+
+void CameraPreview::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    QPainterPath area;
+    area.addRoundedRect(QRectF(rect()), scaled(previewRadius), scaled(previewRadius));
+    painter.setClipPath(area);
+    painter.fillRect(rect(), Qt::black);
+    if (!picture_.isNull()) {
+        // What is on the left of whoever looks stays on the left.
+        painter.translate(width(), 0);
+        painter.scale(-1, 1);
+        painter.drawImage(QRectF(rect()), picture_, partLike(size(), picture_.size()));
+        return;
+    }
+    const int margin = static_cast<int>(scaled(textMargin));
+    painter.setFont(textFont(13));
+    painter.setPen(Qt::white);
+    painter.drawText(
+        rect().adjusted(margin, 0, -margin, 0), Qt::AlignCenter | Qt::TextWordWrap, text_);
+}
 
 CameraPanel::CameraPanel()
     : PanelWindow(QStringLiteral("Ferrylane \u2014 Pair Device"), {520, 430})

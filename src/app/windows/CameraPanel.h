@@ -20,8 +20,6 @@ struct OpenedPicture {
 /// The window in which a phone's pairing code is scanned. Where there is no camera, or the code
 /// cannot be held before it, the phone's link can be pasted, and a picture of the code be opened
 /// or dropped. 520 x 430 points.
-///
-/// Main thread.
 class CameraPanel final : public PanelWindow {
     Q_OBJECT
 

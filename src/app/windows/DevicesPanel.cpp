@@ -1,7 +1,7 @@
 #include "app/windows/DevicesPanel.h"
 
 #include "app/widgets/AskDialog.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/widgets/MiddleElidedLabel.h"
 #include "app/windows/KnownDevices.h"
 #include "core/DeviceName.h"

@@ -32,8 +32,6 @@ struct DeviceRow {
 
 /// The window with the paired phones and the devices nearby, where pairings are removed. 460 x 500
 /// points.
-///
-/// Main thread.
 class DevicesPanel final : public PanelWindow {
     Q_OBJECT
 

@@ -1,10 +1,12 @@
 #include "app/windows/InfoPanel.h"
 
-#include "app/widgets/FerrylaneActionButton.h"
-#include "app/windows/InfoTexts.h"
+#include "app/widgets/Buttons.h"
+#include "core/Text.h"
+#include "transferlog/TransferLog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,14 +14,31 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QScreen>
+#include <QSysInfo>
 #include <QTimer>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <array>
+#include <limits>
 
 namespace ferrylane {
 
 namespace {
+
+/// A choice of when the service switches itself off; 0 seconds: never.
+struct AutoOffChoice {
+    QLatin1StringView title;
+    qint64 seconds = 0;
+};
+constexpr std::array<AutoOffChoice, 5> autoOffChoices{{
+    {QLatin1StringView("After 60 seconds"), 60},
+    {QLatin1StringView("After 5 minutes"), 300},
+    {QLatin1StringView("After 20 minutes"), 1200},
+    {QLatin1StringView("After 1 hour"), 3600},
+    {QLatin1StringView("Never"), 0},
+}};
 
 constexpr int infoMargin = 22;
 constexpr TextLook bodyText{12, QFont::Normal, colors::grey};
@@ -27,6 +46,11 @@ constexpr TextLook bodyText{12, QFont::Normal, colors::grey};
 constexpr QSize screenMargin(0, 56);
 // Few enough to be put in between two frames.
 constexpr qsizetype linesAtATime = 400;
+
+QString encoded(const QString& text)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
 
 QLabel* addLine(QBoxLayout& layout, const QString& text, const TextLook& look)
 {
@@ -60,6 +84,35 @@ QHBoxLayout* addRow(QBoxLayout& layout)
 }
 
 } // namespace
+
+QString versionText()
+{
+    const QString version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? QStringLiteral("unknown") : version;
+}
+
+QString transferSummary(const QList<FerrylaneTransferLogEntry>& entries)
+{
+    qint64 sum = 0;
+    for (const FerrylaneTransferLogEntry& entry : entries) {
+        // A damaged log may say anything.
+        const qint64 size = std::max(entry.size.value_or(0), qint64(0));
+        sum += std::min(size, std::numeric_limits<qint64>::max() - sum);
+    }
+    return QStringLiteral("%1 \u00B7 %2").arg(QString::number(entries.size()), fileSizeText(sum));
+}
+
+QString feedbackDetails(qsizetype loggedTransfers)
+{
+    return QStringLiteral("\n\nFerrylane %1\n%2\nTransfers logged: %3")
+        .arg(versionText(), QSysInfo::prettyProductName(), QString::number(loggedTransfers));
+}
+
+QString feedbackLink(const QString& body)
+{
+    return QStringLiteral("mailto:%1?subject=%2&body=%3")
+        .arg(maker::supportAddress, encoded(QStringLiteral("Ferrylane feedback")), encoded(body));
+}
 
 InfoPanel::InfoPanel(const State& state)
     : PanelWindow(QStringLiteral("Ferrylane \u2014 Info & Settings"), {540, 610})

@@ -2,6 +2,7 @@
 
 #include "app/widgets/PanelWindow.h"
 
+#include <QList>
 #include <QStringList>
 
 class QBoxLayout;
@@ -9,10 +10,30 @@ class QPlainTextEdit;
 
 namespace ferrylane {
 
+struct FerrylaneTransferLogEntry;
+
+// Where the maker is to be found. Settled when the program is built; a distributor puts other
+// addresses here.
+namespace maker {
+inline constexpr QLatin1StringView productPage{"https://www.tarrowby.example/ferrylane"};
+inline constexpr QLatin1StringView privacyPage{"https://www.tarrowby.example/ferrylane/privacy"};
+inline constexpr QLatin1StringView supportPage{"https://www.tarrowby.example/ferrylane/support"};
+inline constexpr QLatin1StringView supportAddress{"support@tarrowby.example"};
+} // namespace maker
+
+/// This program's version, "unknown" when the build did not tell it.
+[[nodiscard]] QString versionText();
+
+/// "12 · 3.4 MB": how many transfers are logged, and the sum of the sizes that are known.
+[[nodiscard]] QString transferSummary(const QList<FerrylaneTransferLogEntry>& entries);
+
+/// What a mail with feedback says about this program and system, after what was typed.
+[[nodiscard]] QString feedbackDetails(qsizetype loggedTransfers);
+/// A link that opens the user's mail program with a mail to the maker.
+[[nodiscard]] QString feedbackLink(const QString& body);
+
 /// The window with the program's settings and its transfers. It shows the state it is made with;
 /// only the transfers come later. 540 x 610 points.
-///
-/// Main thread.
 class InfoPanel final : public PanelWindow {
     Q_OBJECT
 

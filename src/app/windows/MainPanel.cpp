@@ -1,13 +1,11 @@
 #include "app/windows/MainPanel.h"
 
 #include "app/widgets/Appearance.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/widgets/FerrylaneDropView.h"
-#include "app/widgets/FerrylaneHoverLabel.h"
 #include "app/widgets/MiddleElidedLabel.h"
 #include "app/widgets/PanelWindow.h"
 #include "app/widgets/QRCodeButton.h"
-#include "app/widgets/SwitchButton.h"
 #include "app/widgets/ThinProgressBar.h"
 #include "core/Text.h"
 

@@ -20,8 +20,7 @@ class ThinProgressBar;
 
 /// The main window: this device with its pairing code, the place to drop files, and the recent
 /// transfers. It shows what it is told and reports what people do; it decides nothing.
-///
-/// Main thread. 318 x 555 points and not resizable; a point is a pixel at a text scale of 100 %
+/// 318 x 555 points and not resizable; a point is a pixel at a text scale of 100 %
 /// and grows with it. Closing hides the window, and showing it again shows it as it was left.
 /// Where there is no tray, nothing else would bring the window back: a close that came from the
 /// window system minimises it instead.

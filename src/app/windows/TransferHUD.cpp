@@ -1,7 +1,7 @@
 #include "app/windows/TransferHUD.h"
 
 #include "app/widgets/Appearance.h"
-#include "app/widgets/FerrylaneActionButton.h"
+#include "app/widgets/Buttons.h"
 #include "app/widgets/MiddleElidedLabel.h"
 #include "app/widgets/ThinProgressBar.h"
 #include "app/windows/TransferTexts.h"

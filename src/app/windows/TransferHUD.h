@@ -13,8 +13,7 @@ class ThinProgressBar;
 /// The floating window that shows the file being received: frameless, above the others, in the top
 /// right corner of the main screen. It never has the focus, so that nobody's typing lands in it;
 /// without a mouse, the switch of the main panel ends a transfer.
-///
-/// Main thread. 340 x 112 points (see Appearance.h). On Wayland the compositor alone decides where
+/// 340 x 112 points (see Appearance.h). On Wayland the compositor alone decides where
 /// it stands and what it covers.
 class TransferHUD final : public QWidget {
     Q_OBJECT

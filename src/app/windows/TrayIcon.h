@@ -11,8 +11,6 @@ namespace ferrylane {
 
 /// The program's icon in the tray of the desktop. It is square and shows the title's text; the
 /// title is its tool tip, too.
-///
-/// Main thread.
 class TrayIcon {
 public:
     /// The menu must outlive the icon. A click triggers its first action.
