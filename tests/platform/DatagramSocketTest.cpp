@@ -16,7 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
-using Outcome = DatagramSocket::Outcome;
 
 constexpr std::uint32_t loopback = 0x7F000001;
 // Below those that the system hands out; of this process, as the tests may run side by side.
@@ -47,7 +46,7 @@ TEST(DatagramSocketTest, EachDatagramComesAloneAndCutToTheBuffer)
     for (const QByteArray& expected :
         {QByteArray(), QByteArray("0123456789"), large.first(10), QByteArray("end")}) {
         const Datagram datagram = receiveFrom(*server, 10);
-        EXPECT_EQ(datagram.received.outcome, Outcome::received);
+        EXPECT_EQ(datagram.received.outcome, DatagramSocket::Outcome::received);
         EXPECT_EQ(datagram.content, expected);
         EXPECT_EQ(datagram.received.source.address, loopback);
         EXPECT_NE(datagram.received.source.port, 0);
@@ -61,12 +60,12 @@ TEST(DatagramSocketTest, CloseWakesTheWaitingReceiver)
         // With delays around the moment in which the receiver begins to wait.
         for (const auto delay : {0us, 20us, 100us, 20000us}) {
             const auto start = std::chrono::steady_clock::now();
-            auto outcome = Outcome::failed;
+            auto outcome = DatagramSocket::Outcome::failed;
             std::thread receiver([&] { outcome = receiveFrom(*socket).received.outcome; });
             std::this_thread::sleep_for(delay);
             socket->close();
             receiver.join();
-            EXPECT_EQ(outcome, Outcome::closed);
+            EXPECT_EQ(outcome, DatagramSocket::Outcome::closed);
             EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
         }
     }
@@ -78,12 +77,12 @@ TEST(DatagramSocketTest, UndeliveredDatagramsAreNoFailureAndTheWaitEnds)
     const auto start = std::chrono::steady_clock::now();
     // Nobody listens there: the system answers with "port unreachable".
     socket->send(bytesOf("x"), {loopback, port});
-    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, Outcome::timedOut);
+    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, DatagramSocket::Outcome::timedOut);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
     // Longer than any datagram.
     socket->send(bytesOf(QByteArray(70000, 'x')), {loopback, port});
     socket->send(bytesOf("x"), {0, 0});
-    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, Outcome::timedOut);
+    EXPECT_EQ(receiveFrom(*socket, 100, 50ms).received.outcome, DatagramSocket::Outcome::timedOut);
 }
 
 /// A socket of another program on the port, with one socket option switched on if any is given.

@@ -17,8 +17,6 @@ constexpr qsizetype stateColumn = 3;
 constexpr qsizetype inodeColumn = 9;
 constexpr int listeningState = 0x0A;
 
-constexpr int hexadecimal = 16;
-
 struct SocketTable {
     QString name;
     bool listsConnectionsToo = false;
@@ -38,8 +36,8 @@ std::optional<QByteArray> inodeInLine(
     if (fields.size() <= inodeColumn) return std::nullopt;
     const QByteArray& address = fields[localAddressColumn];
     const QByteArray portText = address.sliced(address.lastIndexOf(':') + 1);
-    if (portText.toUInt(nullptr, hexadecimal) != port) return std::nullopt;
-    const bool isListening = fields[stateColumn].toInt(nullptr, hexadecimal) == listeningState;
+    if (portText.toUInt(nullptr, 16) != port) return std::nullopt;
+    const bool isListening = fields[stateColumn].toInt(nullptr, 16) == listeningState;
     if (table.listsConnectionsToo && !isListening) return std::nullopt;
     return fields[inodeColumn];
 }
