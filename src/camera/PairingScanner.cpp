@@ -37,7 +37,7 @@ struct PairingScanner::Scan {
     platform::TimePoint lastTime;
 };
 
-PairingScanner::PairingScanner(platform::SerialQueue& visionQueue, const platform::Clock& clock)
+PairingScanner::PairingScanner(platform::ThreadQueue& visionQueue, const platform::Clock& clock)
     : visionQueue_(visionQueue), clock_(clock), scan_(std::make_shared<Scan>())
 {
     scan_->owner = this;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
-#include "platform/SerialQueue.h"
+#include "platform/ThreadQueue.h"
 
 #include <QObject>
 #include <QVideoFrame>
@@ -17,7 +17,7 @@ class PairingScanner final : public QObject {
 
 public:
     /// Pictures are looked at on `visionQueue`. Both must outlive this.
-    PairingScanner(platform::SerialQueue& visionQueue, const platform::Clock& clock);
+    PairingScanner(platform::ThreadQueue& visionQueue, const platform::Clock& clock);
     ~PairingScanner() override;
 
     /// From any thread; returns at once.
@@ -34,7 +34,7 @@ Q_SIGNALS:
 private:
     struct Scan;
 
-    platform::SerialQueue& visionQueue_;
+    platform::ThreadQueue& visionQueue_;
     const platform::Clock& clock_;
     std::shared_ptr<Scan> scan_; ///< a picture may still be looked at when this has gone
 };

@@ -1,31 +1,40 @@
 #pragma once
 
-#include "platform/SerialQueue.h"
-
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
 #include <string>
 #include <thread>
 
 namespace platform {
 
-/// A serial queue with a thread of its own, for work that blocks. The destructor lets the running
-/// task finish, drops the waiting ones and joins the thread; it must not run on that thread. A task
-/// must not throw: that ends the program, with what was thrown on the standard error.
-class ThreadQueue final : public SerialQueue {
+/// Runs tasks one at a time, in the order in which they were given, on a thread of its own: for
+/// work that blocks. The destructor lets the running task finish, drops the waiting ones and joins
+/// the thread; it must not run on that thread. A task must not throw: that ends the program, with
+/// what was thrown on the standard error.
+class ThreadQueue {
 public:
-    /// `label` names the queue's role and, as far as the system has room (15 characters), its
-    /// thread.
-    explicit ThreadQueue(const std::string& label);
-    ~ThreadQueue() override;
+    using Task = std::function<void()>;
 
-    void async(Task task) override;
-    std::shared_ptr<DelayedTask> after(Duration delay, Task task) override;
+    /// `label` names the queue's role and, as far as the system has room (15 characters), its
+    /// thread. Throws std::system_error when there is none to be had.
+    explicit ThreadQueue(const std::string& label);
+    ~ThreadQueue();
+    ThreadQueue(const ThreadQueue&) = delete;
+    ThreadQueue& operator=(const ThreadQueue&) = delete;
+
+    /// May be called from any thread; returns at once.
+    void async(Task task);
 
 private:
-    class Schedule;
+    void run();
 
-    // Shared, because a delayed task may be cancelled after the queue has gone.
-    std::shared_ptr<Schedule> schedule_;
-    std::thread thread_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Task> tasks_;
+    bool ended_ = false;
+    std::thread thread_; ///< last: it uses the others
 };
 
 } // namespace platform

@@ -4,7 +4,6 @@
 #include "discovery/FerrylaneDeviceDiscovery.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
-#include "platform/MainQueue.h"
 #include "platform/NetworkPathMonitor.h"
 #include "platform/SystemSleep.h"
 #include "platform/Tcp.h"
@@ -103,7 +102,6 @@ private:
     void keepAwakeAsNeeded();
 
     const platform::SteadyClock clock_;
-    platform::MainQueue mainQueue_;
     platform::TcpNetwork network_;
     platform::SystemSleep sleep_;
     TransferLogKeeper transferLog_;

@@ -3,7 +3,8 @@
 #include "app/flows/CameraPairingController.h"
 #include "app/widgets/QRCodeButton.h"
 #include "app/windows/CameraPanel.h"
-#include "support/ManualQueue.h"
+#include "support/HeldQueue.h"
+#include "support/ManualClock.h"
 #include "support/PrivateUserFolders.h"
 #include "support/QtPrinting.h"
 
@@ -111,7 +112,6 @@ protected:
     {
         for (int i = 0; i < 3; ++i) {
             QCoreApplication::processEvents();
-            main_.runAll();
             vision_.runAll();
         }
     }
@@ -131,7 +131,7 @@ protected:
     void makeController()
     {
         controller_ = std::make_unique<CameraPairingController>(
-            CameraPairingController::Collaborators{cameras_, vision_, main_, clock_, parent_});
+            CameraPairingController::Collaborators{cameras_, vision_.queue(), clock_, parent_});
         QObject::connect(controller_.get(), &CameraPairingController::codeFound,
             [this](const QString& text) { told_ << text; });
         QObject::connect(
@@ -163,7 +163,7 @@ protected:
 
     support::PrivateUserFolders folders_; ///< for the log
     support::ManualClock clock_;
-    support::ManualQueue vision_, main_;
+    support::HeldQueue vision_;
     FakeCameras cameras_;
     QWidget parent_;
     QTimer alertTimer_;

@@ -1,7 +1,8 @@
 #include "camera/PairingScanner.h"
 
 #include "app/widgets/QRCodeButton.h"
-#include "support/ManualQueue.h"
+#include "support/HeldQueue.h"
+#include "support/ManualClock.h"
 #include "support/QtPrinting.h"
 
 #include <QCoreApplication>
@@ -51,9 +52,9 @@ protected:
     }
 
     support::ManualClock clock_;
-    support::ManualQueue vision_;
+    support::HeldQueue vision_;
     QStringList told_;
-    std::unique_ptr<PairingScanner> scanner_ = std::make_unique<PairingScanner>(vision_, clock_);
+    std::unique_ptr<PairingScanner> scanner_ = std::make_unique<PairingScanner>(vision_.queue(), clock_);
 };
 
 } // namespace
@@ -95,7 +96,7 @@ TEST_F(PairingScannerTest, tellsNothingOnceItIsGone)
     clock_.advance(200ms);
     scanner_->offer(frameOf(valid));
     vision_.runAll();
-    auto other = std::make_unique<PairingScanner>(vision_, clock_);
+    auto other = std::make_unique<PairingScanner>(vision_.queue(), clock_);
     clock_.advance(200ms);
     other->offer(frameOf(valid));
     other.reset();

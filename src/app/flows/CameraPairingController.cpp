@@ -6,6 +6,7 @@
 #include "core/Log.h"
 #include "platform/Files.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 #include <chrono>
@@ -147,8 +148,8 @@ void CameraPairingController::showFrame(const QVideoFrame& frame)
 
 void CameraPairingController::lookAt(const OpenedPicture& picture)
 {
-    with_.visionQueue.async([self = QPointer(this), &mainQueue = with_.mainQueue, picture] {
-        mainQueue.async([self, text = textIn(picture)] {
+    with_.visionQueue.async([self = QPointer(this), picture] {
+        QMetaObject::invokeMethod(qApp, [self, text = textIn(picture)] {
             if (self) self->scanner_.offerText(text);
         });
     });

@@ -25,8 +25,7 @@ public:
     /// All references must outlive this. Dialogs stand before `parent`.
     struct Collaborators {
         Cameras& cameras;
-        platform::SerialQueue& visionQueue; ///< where pictures are looked at
-        platform::SerialQueue& mainQueue;
+        platform::ThreadQueue& visionQueue; ///< where pictures are looked at
         const platform::Clock& clock;
         QWidget& parent;
     };

@@ -14,9 +14,8 @@ PairingFlow::PairingFlow(QWidget& parent) : parent_(parent) {}
 void PairingFlow::pairDeviceThen(PairedHandler onPaired)
 {
     if (!cameraPairingController_) {
-        cameraPairingController_
-            = std::make_unique<CameraPairingController>(CameraPairingController::Collaborators{
-                cameras_, visionQueue_, mainQueue_, clock_, parent_});
+        cameraPairingController_ = std::make_unique<CameraPairingController>(
+            CameraPairingController::Collaborators{cameras_, visionQueue_, clock_, parent_});
         QObject::connect(cameraPairingController_.get(), &CameraPairingController::codeFound,
             [this, onPaired = std::move(onPaired)](const QString& text) { pair(text, onPaired); });
         // Not destroyed at once: this runs within one of its own steps.

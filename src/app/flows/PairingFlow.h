@@ -2,7 +2,6 @@
 
 #include "app/flows/CameraPairingController.h"
 #include "camera/Camera.h"
-#include "platform/MainQueue.h"
 #include "platform/ThreadQueue.h"
 #include "protocol/PairedTarget.h"
 
@@ -28,7 +27,6 @@ private:
 
     QWidget& parent_;
     const platform::SteadyClock clock_;
-    platform::MainQueue mainQueue_;
     platform::ThreadQueue visionQueue_{"ferrylane.qr.vision"};
     SystemCameras cameras_;
     std::unique_ptr<CameraPairingController> cameraPairingController_; ///< while one is open
