@@ -23,7 +23,7 @@ constexpr auto wakeSettlingTime = 1500ms;
 // The new address may come a little after the new path.
 constexpr auto secondRefreshDelay = 1s;
 // A damaged setting must not leave the range of a timer, which is 24 days.
-constexpr qint64 longestAutoOff = 20 * 24 * 3600;
+constexpr qint64 longestAutoOff = 20LL * 24 * 3600;
 
 QString describe(const std::system_error& error)
 {
