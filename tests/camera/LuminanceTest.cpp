@@ -16,7 +16,7 @@ int luminanceAt(int x, int y)
 }
 
 /// A frame of which the luminance is known; lines may be longer than the picture.
-QVideoFrame frameOf(QVideoFrameFormat::PixelFormat format)
+QVideoFrame frameIn(QVideoFrameFormat::PixelFormat format)
 {
     QVideoFrame frame(QVideoFrameFormat(frameSize, format));
     EXPECT_TRUE(frame.map(QVideoFrame::WriteOnly));
@@ -47,7 +47,7 @@ TEST(LuminanceTest, hasTheLuminanceOfEveryFormat)
              QVideoFrameFormat::Format_YUYV, QVideoFrameFormat::Format_UYVY,
              QVideoFrameFormat::Format_Y8, QVideoFrameFormat::Format_BGRA8888,
              QVideoFrameFormat::Format_RGBA8888}) {
-        const QImage grey = luminanceOf(frameOf(format));
+        const QImage grey = luminanceOf(frameIn(format));
         ASSERT_EQ(grey.size(), frameSize) << format;
         ASSERT_EQ(grey.format(), QImage::Format_Grayscale8) << format;
         for (int y = 0; y < frameSize.height(); ++y) {

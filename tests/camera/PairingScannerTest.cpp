@@ -81,8 +81,8 @@ TEST_F(PairingScannerTest, scansFiveTimesASecondOneAtATime)
 
 TEST_F(PairingScannerTest, goesOnAfterOtherCodesAndEndsWithThePhones)
 {
-    for (const QVideoFrame& frame : {frameOf(foreign), frameOf({}), QVideoFrame(), frameOf(valid),
-             frameOf(valid), frameOf(foreign)}) {
+    for (const QVideoFrame& frame : {frameOf(foreign), frameOf(QString()), QVideoFrame(),
+             frameOf(valid), frameOf(valid), frameOf(foreign)}) {
         clock_.advance(200ms);
         scanner_->offer(frame);
         scanAll();
