@@ -85,7 +85,7 @@ std::unique_ptr<QSettings> openFile(const QString& path, std::error_code& error)
 struct Settings::State {
     using Changes = QMap<QString, std::optional<QString>>;
 
-    explicit State(const QString& filePath) : path(filePath)
+    explicit State(QString filePath) : path(std::move(filePath))
     {
         // What somebody has opened to others is closed; where that is not permitted, it serves all
         // the same.

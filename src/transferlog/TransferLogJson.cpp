@@ -81,6 +81,16 @@ std::optional<FerrylaneTransferLogEntry> entryOf(const QJsonObject& object, Comm
         common.same(peer.toString()), common.same(result.toString()), bytes};
 }
 
+/// Where the text ends that begins at `start` with its quote; the size where it does not.
+qsizetype endOfText(QByteArrayView json, qsizetype start)
+{
+    qsizetype i = start + 1;
+    while (i < json.size() && json[i] != '"') {
+        i += json[i] == '\\' ? 2 : 1; // with whatever it escapes
+    }
+    return i;
+}
+
 /// The objects of an array, without a tree of the whole, which costs many times the text's size.
 /// None where something else is or lacks; whether the objects are JSON is for others to say.
 std::optional<QList<QByteArrayView>> objectsIn(QByteArrayView json)
@@ -91,22 +101,19 @@ std::optional<QList<QByteArrayView>> objectsIn(QByteArrayView json)
     QByteArray around; // what is not in an object, blanks left out; an object is its first brace
     qsizetype start = 0;
     qsizetype depth = 0;
-    bool isInText = false;
     for (qsizetype i = 0; i < json.size(); ++i) {
         const char c = json[i];
-        if (isInText) {
-            if (c == '\\') ++i; // whatever it escapes
-            if (c == '"') isInText = false;
-            continue;
-        }
-        if (depth == 0 && !QByteArrayView(" \t\n\r").contains(c)) {
-            around += c;
+        if (depth == 0) {
+            if (!QByteArrayView(" \t\n\r").contains(c)) around += c;
             start = i;
-        }
-        if (c == '{') ++depth;
-        if (c == '"' && depth > 0) isInText = true;
-        if (c == '}' && depth > 0 && --depth == 0)
+            depth = c == '{' ? 1 : 0;
+        } else if (c == '"') {
+            i = endOfText(json, i);
+        } else if (c == '{') {
+            ++depth;
+        } else if (c == '}' && --depth == 0) {
             objects.append(json.sliced(start, i + 1 - start));
+        }
     }
     const bool isArray
         = depth == 0 && around == '[' + QByteArrayList(objects.size(), "{").join(',') + ']';
