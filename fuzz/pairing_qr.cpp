@@ -2,8 +2,6 @@
 #include "core/Text.h"
 #include "fuzz/Target.h"
 #include "protocol/PairingLink.h"
-#include "protocol/PairingQR.h"
-#include "protocol/PairingUrl.h"
 
 namespace {
 

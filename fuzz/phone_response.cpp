@@ -1,5 +1,5 @@
 #include "fuzz/Target.h"
-#include "protocol/PhoneResponse.h"
+#include "protocol/HttpAnswer.h"
 
 using namespace ferrylane;
 

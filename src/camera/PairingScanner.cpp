@@ -3,7 +3,7 @@
 #include "camera/Camera.h"
 #include "camera/QRDetector.h"
 #include "core/Log.h"
-#include "protocol/PairingQR.h"
+#include "protocol/PairingLink.h"
 
 #include <chrono>
 #include <exception>

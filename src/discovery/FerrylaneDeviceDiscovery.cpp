@@ -4,7 +4,7 @@
 #include "core/Log.h"
 #include "core/Service.h"
 #include "core/Text.h"
-#include "protocol/DisplayName.h"
+#include "protocol/PairingLink.h"
 
 #include <algorithm>
 #include <condition_variable>

@@ -5,7 +5,7 @@
 #include "core/Settings.h"
 #include "core/StoragePaths.h"
 #include "platform/Files.h"
-#include "protocol/DisplayName.h"
+#include "protocol/PairingLink.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "protocol/PairedTarget.h"
+#include "protocol/PairingLink.h"
 
 #include <QList>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "protocol/DiscoveryProtocol.h"
 
 #include "core/Text.h"
-#include "protocol/PairingQR.h"
+#include "protocol/PairingLink.h"
 
 #include <charconv>
 #include <limits>

@@ -2,7 +2,7 @@
 
 #include "core/Encodings.h"
 #include "core/Text.h"
-#include "protocol/Blanks.h"
+#include "protocol/HttpAnswer.h"
 
 #include <QStringList>
 

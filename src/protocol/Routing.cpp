@@ -2,7 +2,6 @@
 
 #include "core/Encodings.h"
 #include "core/Text.h"
-#include "protocol/LandingPage.h"
 
 #include <algorithm>
 #include <array>
@@ -64,6 +63,37 @@ Route routePost(const RequestHead& head)
 }
 
 } // namespace
+
+HttpAnswer landingPage()
+{
+    // The phone application's makers rely on these bytes; the closing line has no line break.
+    // clang-format off
+    static constexpr char page[] = R"html(<!doctype html><meta name=viewport content='width=device-width,initial-scale=1'><title>Ferrylane</title>
+<style>
+body{font-family:-apple-system,BlinkMacSystemFont,Segoe UI,sans-serif;background:#f4f7fb;margin:0;padding:20px;color:#0e1420}
+.c{max-width:680px;margin:8vh auto;background:white;border:1px solid #e2e6ed;border-radius:28px;padding:30px;box-shadow:0 8px 40px #0001}
+h1{font-size:42px;margin:0 0 8px}.ok{color:#22c55e}.s{font-size:14px;color:#596273;margin-top:10px}
+button{border:0;border-radius:14px;padding:15px 18px;font:600 17px system-ui;cursor:pointer;background:#1d6bff;color:white;margin-top:22px}
+</style>
+<div class=c>
+  <h1>Ferrylane</h1>
+  <div class=ok>● This Mac is ready</div>
+  <div class=s>Secure native transfer uses Ferrylane protocol v4. Legacy plaintext and older transfer routes are disabled.</div>
+  <button id=open>Open in Ferrylane</button>
+  <div id=m class=s>QR pairing is a credential. Keep this page private.</div>
+</div>
+<script>
+const qs=new URLSearchParams(location.search), keyB64=qs.get('flkey')||'';
+const target=location.origin;
+document.getElementById('open').onclick=()=>{
+  if(!keyB64){document.getElementById('m').textContent='Invalid secure link';return}
+  location.href='ferrylane://receive?url='+encodeURIComponent(target)+'&key='+encodeURIComponent(keyB64)
+};
+</script>)html";
+    // clang-format on
+    return {
+        statuses::ok, QByteArray::fromRawData(page, sizeof page - 1), "text/html; charset=utf-8"};
+}
 
 Route route(const RequestHead& head)
 {

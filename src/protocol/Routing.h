@@ -9,6 +9,10 @@
 
 namespace ferrylane {
 
+/// The page that a browser shows for a pairing link. Its button hands the link's address and key on
+/// to the phone application; the page itself knows no secret.
+[[nodiscard]] HttpAnswer landingPage();
+
 /// What a request asks for.
 namespace routes {
 

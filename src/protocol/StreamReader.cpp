@@ -1,6 +1,6 @@
 #include "protocol/StreamReader.h"
 
-#include "protocol/Blanks.h"
+#include "protocol/HttpAnswer.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "core/Encodings.h"
 #include "core/TransferState.h"
 #include "platform/Files.h"
-#include "protocol/PhoneResponse.h"
+#include "protocol/HttpAnswer.h"
 #include "protocol/StreamWriter.h"
 #include "sender/PhoneConnection.h"
 

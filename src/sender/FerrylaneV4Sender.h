@@ -4,7 +4,7 @@
 #include "platform/Files.h"
 #include "platform/SecretKey.h"
 #include "platform/ThreadQueue.h"
-#include "protocol/PairedTarget.h"
+#include "protocol/PairingLink.h"
 #include "sender/SendError.h"
 #include "sender/TargetAddress.h"
 

@@ -1,7 +1,7 @@
 #include "sender/PhoneConnection.h"
 
 #include "core/Log.h"
-#include "protocol/PhoneResponse.h"
+#include "protocol/HttpAnswer.h"
 #include "sender/SendError.h"
 
 namespace ferrylane {

@@ -1,7 +1,7 @@
 #include "camera/QRDetector.h"
 
 #include "app/widgets/QRCodeButton.h"
-#include "protocol/PairingQR.h"
+#include "protocol/PairingLink.h"
 #include "support/QtPrinting.h"
 
 #include <QPainter>

@@ -1,4 +1,3 @@
-#include "protocol/DisplayName.h"
 #include "protocol/PairingLink.h"
 #include "support/QtPrinting.h"
 

@@ -1,7 +1,6 @@
 #include "core/Encodings.h"
 #include "phone/PairingLink.h"
 #include "protocol/PairingLink.h"
-#include "protocol/PairingQR.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 

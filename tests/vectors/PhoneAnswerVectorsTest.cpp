@@ -1,4 +1,4 @@
-#include "protocol/PhoneResponse.h"
+#include "protocol/HttpAnswer.h"
 #include "support/QtPrinting.h"
 #include "support/TestVectors.h"
 

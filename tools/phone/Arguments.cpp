@@ -2,7 +2,7 @@
 
 #include "phone/Failure.h"
 #include "platform/HostName.h"
-#include "protocol/PairingQR.h"
+#include "protocol/PairingLink.h"
 
 #include <QCommandLineParser>
 

@@ -3,7 +3,7 @@
 #include "core/Encodings.h"
 #include "phone/Failure.h"
 #include "platform/Crypto.h"
-#include "protocol/PhoneResponse.h"
+#include "protocol/HttpAnswer.h"
 #include "sender/PhoneConnection.h"
 #include "sender/SendError.h"
 

@@ -1,7 +1,7 @@
 #include "phone/PairingLink.h"
 
 #include "core/Encodings.h"
-#include "protocol/PairingUrl.h"
+#include "protocol/PairingLink.h"
 
 #include <QRegularExpression>
 

@@ -3,7 +3,7 @@
 #include "app/widgets/AskDialog.h"
 #include "core/Log.h"
 #include "pairing/PairedTargets.h"
-#include "protocol/PairingQR.h"
+#include "protocol/PairingLink.h"
 
 #include <utility>
 

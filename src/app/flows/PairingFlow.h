@@ -3,7 +3,7 @@
 #include "app/flows/CameraPairingController.h"
 #include "camera/Camera.h"
 #include "platform/ThreadQueue.h"
-#include "protocol/PairedTarget.h"
+#include "protocol/PairingLink.h"
 
 #include <functional>
 #include <memory>

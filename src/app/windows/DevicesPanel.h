@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/widgets/PanelWindow.h"
-#include "protocol/PairedTarget.h"
+#include "protocol/PairingLink.h"
 
 #include <QList>
 #include <QStringList>
