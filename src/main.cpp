@@ -36,8 +36,7 @@ void beginEnd(End& end, platform::SingleInstance* instance)
                 "Ended without waiting any longer for what was still to be written"));
         });
     } catch (const std::system_error& error) {
-        flLog(QStringLiteral("The end takes as long as it does: ")
-            + QString::fromStdString(error.code().message()));
+        flLog(QStringLiteral("The end takes as long as it does"), error.code());
     }
 }
 
@@ -80,8 +79,7 @@ std::unique_ptr<platform::SingleInstance> claimSingleInstance(const QByteArray& 
     try {
         return std::make_unique<platform::SingleInstance>(QStringLiteral("ferrylane"), action);
     } catch (const std::system_error& error) {
-        flLog(QStringLiteral("Could not look for another instance: ")
-            + QString::fromStdString(error.code().message()));
+        flLog(QStringLiteral("Could not look for another instance"), error.code());
         return nullptr;
     }
 }
@@ -149,8 +147,7 @@ int main(int argc, char** argv)
     }
     // Before the claim of the instance goes: the next one reads them.
     if (const std::error_code error = ferrylane::userSettings().flush()) {
-        flLog(QStringLiteral("Could not save the settings: ")
-            + QString::fromStdString(error.message()));
+        flLog(QStringLiteral("Could not save the settings"), error);
     }
     return exitCode;
 }

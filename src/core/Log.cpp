@@ -53,4 +53,9 @@ void flLog(const QString& message)
         + QString::fromStdString(result.modeError.message()))));
 }
 
+void flLog(const QString& what, const std::error_code& why)
+{
+    flLog(what + QStringLiteral(": ") + QString::fromStdString(why.message()));
+}
+
 } // namespace ferrylane

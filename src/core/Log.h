@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <system_error>
+
 namespace ferrylane {
 
 /// Appends one line to the log: the time in UTC, two blanks, the message as textForLog() has it, so
@@ -12,5 +14,7 @@ namespace ferrylane {
 /// missing, even while the program runs. It grows without limit. Errors are ignored: there is
 /// nowhere else to tell them.
 void flLog(const QString& message);
+/// The same: what could not be done, ": ", and why.
+void flLog(const QString& what, const std::error_code& why);
 
 } // namespace ferrylane

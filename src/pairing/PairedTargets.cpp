@@ -148,8 +148,7 @@ template <typename Change> bool changeList(const Change& change)
 {
     const std::error_code error = tryChange(change);
     if (error) {
-        flLog(QStringLiteral("Could not save paired targets: ")
-            + QString::fromStdString(error.message()));
+        flLog(QStringLiteral("Could not save paired targets"), error);
     }
     return !error;
 }

@@ -29,8 +29,7 @@ std::optional<SecretKey> storedKey(std::error_code& error)
 
 SecretKey keyForThisRun(const std::error_code& error)
 {
-    flLog(QStringLiteral("Could not persist receiver key: ")
-        + QString::fromStdString(error.message()));
+    flLog(QStringLiteral("Could not persist receiver key"), error);
     return SecretKey::random();
 }
 

@@ -88,8 +88,7 @@ private:
             const auto piece = std::get<platform::ByteView>(step);
             error = file_->write(piece);
             if (error) {
-                flLog(QStringLiteral("Could not write the upload: ")
-                    + QString::fromStdString(error.message()));
+                flLog(QStringLiteral("Could not write the upload"), error);
                 return failed(failures::authenticationFailed);
             }
             size += piece.size();
@@ -107,8 +106,7 @@ private:
         std::error_code error;
         const auto path = file_->store(upload_.transfer.fileName, upload_.senderName, error);
         if (!path) {
-            flLog(QStringLiteral("Could not store the upload: ")
-                + QString::fromStdString(error.message()));
+            flLog(QStringLiteral("Could not store the upload"), error);
             return failed(
                 QStringLiteral("Cannot finalize destination"), statuses::internalServerError);
         }

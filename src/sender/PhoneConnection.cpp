@@ -18,8 +18,7 @@ bool PhoneConnection::connect(
     const bool isTold = !where.isEmpty() && error != std::errc::operation_canceled;
     if (error) {
         if (isTold) {
-            flLog(QStringLiteral("Mac sender connection failed: ")
-                + QString::fromStdString(error.message()));
+            flLog(QStringLiteral("Mac sender connection failed"), error);
         }
         throw SendError::network(error);
     }

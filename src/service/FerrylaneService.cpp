@@ -25,11 +25,6 @@ constexpr auto secondRefreshDelay = 1s;
 // A damaged setting must not leave the range of a timer, which is 24 days.
 constexpr qint64 longestAutoOff = 20LL * 24 * 3600;
 
-QString describe(const std::system_error& error)
-{
-    return QString::fromStdString(error.code().message());
-}
-
 } // namespace
 
 FerrylaneService::FerrylaneService()
@@ -94,7 +89,7 @@ void FerrylaneService::createServer()
     try {
         server_.emplace(network_, clock_);
     } catch (const std::system_error& error) {
-        flLog(QStringLiteral("Could not start Ferrylane: ") + describe(error));
+        flLog(QStringLiteral("Could not start Ferrylane"), error.code());
         health_.set(platform::Transport::udp, error.code());
         return;
     }
@@ -195,7 +190,7 @@ void FerrylaneService::deviceRenamed()
 
 void FerrylaneService::startDiscovery()
 {
-    deviceDiscovery_.start(server_ ? &server_->presence().publisher() : nullptr);
+    deviceDiscovery_.start(server_ ? &server_->publisher() : nullptr);
 }
 
 /// Without a monitor, a network that changes is not noticed.
@@ -204,7 +199,7 @@ void FerrylaneService::watchNetworkPath()
     try {
         networkPathMonitor_ = std::make_unique<platform::NetworkPathMonitor>();
     } catch (const std::system_error& error) {
-        return flLog(QStringLiteral("Could not watch the network: ") + describe(error));
+        return flLog(QStringLiteral("Could not watch the network"), error.code());
     }
     connect(networkPathMonitor_.get(), &platform::NetworkPathMonitor::pathChanged, this,
         &FerrylaneService::networkPathChanged);

@@ -15,25 +15,18 @@ namespace ferrylane {
 
 using State = platform::TcpListener::State;
 
-namespace {
-
-QString describe(const std::error_code& error)
-{
-    return QString::fromStdString(error.message());
-}
-
-} // namespace
-
 HTTPServer::HTTPServer(platform::TcpNetwork& network, const platform::Clock& clock,
     std::uint16_t tcpPort, const ServiceTimes& times)
     : network_(network)
     , tcpPort_(tcpPort)
     , times_(times)
-    , presence_(tcpPort)
+    , responder_(tcpPort)
     , context_(std::make_shared<ReceiverContext>(
           loadOrCreateFerrylaneKey(), clock, times.upload, uploads_))
     , sessionKeyB64_(base64URLEncode(context_->sessionKey.bytes()))
 {
+    connect(&publisher_, &platform::ServicePublisher::told, this,
+        [](const QString& line) { flLog(line); });
     pendingTask_.setSingleShot(true);
     pendingTask_.setTimerType(Qt::PreciseTimer);
     try {
@@ -88,7 +81,7 @@ void HTTPServer::startListener()
 void HTTPServer::stopListener()
 {
     if (!listener_) return;
-    presence_.withdraw();
+    publisher_.withdraw();
     listener_->cancel();
     listener_ = nullptr;
 }
@@ -97,7 +90,7 @@ void HTTPServer::openSockets()
 {
     isPortLost_ = false;
     startListener();
-    presence_.start();
+    responder_.start();
 }
 
 bool HTTPServer::openSocketsOrLog(const QString& failure)
@@ -107,7 +100,7 @@ bool HTTPServer::openSocketsOrLog(const QString& failure)
         openSockets();
     } catch (const std::system_error& thrown) {
         error = thrown.code();
-        flLog(failure + describe(error));
+        flLog(failure, error);
         later(times_.retryInterval, &HTTPServer::retryResponder);
     }
     Q_EMIT socketChanged(platform::Transport::udp, error);
@@ -130,7 +123,7 @@ void HTTPServer::retryPort()
 void HTTPServer::retryResponder()
 {
     try {
-        presence_.start();
+        responder_.start();
     } catch (const std::system_error&) {
         // Logged the first time.
         later(times_.retryInterval, &HTTPServer::retryResponder);
@@ -142,7 +135,7 @@ void HTTPServer::retryResponder()
 void HTTPServer::closeSockets()
 {
     stopListener();
-    presence_.stop();
+    responder_.stop();
 }
 
 void HTTPServer::logListener(State state, const std::error_code& error)
@@ -156,12 +149,12 @@ void HTTPServer::logListener(State state, const std::error_code& error)
                   .arg(QString::number(tcpPort_), isVisible_ ? u"true" : u"false"));
         return;
     case State::waiting:
-        flLog(QStringLiteral("Server listener waiting: ") + describe(error));
+        flLog(QStringLiteral("Server listener waiting"), error);
         return;
     case State::failed:
         // Once, however often it is tried again.
         if (std::exchange(loggedError_, error) == error) return;
-        flLog(QStringLiteral("Server listener failed: ") + describe(error));
+        flLog(QStringLiteral("Server listener failed"), error);
         return;
     }
 }
@@ -174,11 +167,13 @@ void HTTPServer::listenerChanged(State state, const std::error_code& error)
     case State::failed:
         isPortLost_ = true;
         // Whoever found this computer now would knock at somebody else's door.
-        presence_.stop();
+        responder_.stop();
         later(times_.retryInterval, &HTTPServer::retryPort);
         break;
     case State::ready:
-        if (isVisible_) presence_.announce(ferrylaneDeviceSuffix());
+        if (isVisible_) {
+            publisher_.publish(ferrylaneDeviceSuffix(), dnsSdServiceType, tcpPort_);
+        }
         if (std::exchange(isPortLost_, false)) {
             // The listener may be another than the one that was to come.
             pendingTask_.stop();
@@ -194,7 +189,7 @@ void HTTPServer::startService()
     if (serviceRunning_) return;
     serviceRunning_ = true;
     context_->admission.setOpen(true);
-    if (openSocketsOrLog(QStringLiteral("Could not start Ferrylane service: "))) {
+    if (openSocketsOrLog(QStringLiteral("Could not start Ferrylane service"))) {
         flLog(QStringLiteral("Ferrylane service started"));
     }
 }
@@ -227,7 +222,7 @@ void HTTPServer::rebindAfterNetworkChange(const QString& reason)
 
 void HTTPServer::reopenAfterNetworkChange()
 {
-    if (openSocketsOrLog(QStringLiteral("Ferrylane network rebind failed: "))) {
+    if (openSocketsOrLog(QStringLiteral("Ferrylane network rebind failed"))) {
         flLog(QStringLiteral("Ferrylane network rebind completed"));
     }
 }
@@ -245,7 +240,7 @@ void HTTPServer::setVisible(bool visible)
 {
     if (visible == isVisible_) return;
     isVisible_ = visible;
-    presence_.setVisible(visible);
+    responder_.setVisible(visible);
     if (!serviceRunning_) return;
     stopListener();
     startListener();

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "core/Service.h"
+#include "discovery/UdpResponder.h"
+#include "platform/DnsSd.h"
 #include "platform/PortHolder.h"
 #include "platform/Tcp.h"
 #include "receiver/ReceiverContext.h"
-#include "service/NetworkPresence.h"
 
 #include <QObject>
 #include <QString>
@@ -68,7 +69,8 @@ public:
     /// The receiver key as unpadded base64url, 43 characters. A credential: for the pairing link.
     [[nodiscard]] const QString& sessionKeyB64() const { return sessionKeyB64_; }
     [[nodiscard]] const UploadReports& uploads() const { return uploads_; }
-    [[nodiscard]] const NetworkPresence& presence() const { return presence_; }
+    /// Knows the name under which DNS-SD shows this service.
+    [[nodiscard]] const platform::ServicePublisher& publisher() const { return publisher_; }
 
 Q_SIGNALS:
     /// After each try: the service's socket of that kind is open (no error), or could not be
@@ -95,7 +97,8 @@ private:
     platform::TcpNetwork& network_;
     const std::uint16_t tcpPort_;
     const ServiceTimes times_;
-    NetworkPresence presence_;
+    platform::ServicePublisher publisher_;
+    UdpResponder responder_;
     UploadReports uploads_;
     std::shared_ptr<ReceiverContext> context_;
     QString sessionKeyB64_;

@@ -67,8 +67,7 @@ void saveFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& entries)
         = writeOwnFile(ferrylaneTransferLogURL(), platform::bytesOf(transferLogJson(entries)));
     // Only bookkeeping: the transfer itself went as it went.
     if (error) {
-        flLog(QStringLiteral("Could not save the transfer log: ")
-            + QString::fromStdString(error.message()));
+        flLog(QStringLiteral("Could not save the transfer log"), error);
     }
 }
 
@@ -78,8 +77,7 @@ void appendFerrylaneTransferLog(const QList<FerrylaneTransferLogEntry>& newEntri
     if (!log.error && log.isDamaged) log.error = setAside(ferrylaneTransferLogURL());
     if (log.error) {
         // What is in it is worth more than the new entries.
-        flLog(QStringLiteral("Could not read the transfer log: ")
-            + QString::fromStdString(log.error.message()));
+        flLog(QStringLiteral("Could not read the transfer log"), log.error);
         return;
     }
     log.entries.append(newEntries);
