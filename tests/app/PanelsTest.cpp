@@ -14,9 +14,6 @@
 #include "support/QtPrinting.h"
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
@@ -104,58 +101,6 @@ TEST(PairingCodeTest, canBeReadInEveryWindow)
     MainPanel mainPanel;
     mainPanel.setPairingCode(qr(link));
     EXPECT_EQ(detectQRCode(mainPanel.grab().toImage()), link);
-}
-
-TEST(InfoPanelTest, showsTheStateAndTellsOfEveryControl)
-{
-    QStringList told;
-    InfoPanel panel({.deviceName = u"Office PC"_s,
-        .version = u"1.2"_s,
-        .receiveFolder = u"/home/anna/Downloads"_s,
-        .autoOffSeconds = 300,
-        .isVisible = true,
-        .isServiceRunning = false,
-        .keepsAllTransfers = true});
-    const auto tell = [&](void (InfoPanel::*signal)(), const QString& what) {
-        QObject::connect(&panel, signal, [&told, what] { told << what; });
-    };
-    tell(&InfoPanel::folderChoiceRequested, u"Choose\u2026"_s);
-    tell(&InfoPanel::devicesRequested, u"Devices\u2026"_s);
-    tell(&InfoPanel::feedbackRequested, u"Feedback\u2026"_s);
-    tell(&InfoPanel::deviceNameRequested, u"Rename device\u2026"_s);
-    tell(&InfoPanel::receivedFilesRequested, u"Open folder"_s);
-    tell(&InfoPanel::resetRequested, u"Reset\u2026"_s);
-    QObject::connect(&panel, &InfoPanel::pageRequested,
-        [&](const QString& address) { told << address.section(u'/', 3); });
-    QObject::connect(&panel, &InfoPanel::autoOffChosen,
-        [&](qint64 seconds) { told << QString::number(seconds); });
-    QObject::connect(
-        &panel, &InfoPanel::transfersKept, [&](bool all) { told << (all ? u"all"_s : u"100"_s); });
-    panel.present();
-    const auto* const visible = panel.findChild<QCheckBox*>();
-    EXPECT_TRUE(visible->isChecked());
-    EXPECT_FALSE(visible->isEnabled());
-    auto* const choices = panel.findChild<QComboBox*>();
-    EXPECT_EQ(choices->currentText(), u"After 5 minutes"_s);
-    EXPECT_EQ(panel.findChild<QLineEdit*>()->text(), u"/home/anna/Downloads"_s);
-
-    const QStringList buttons{u"Choose\u2026"_s, u"Devices\u2026"_s, u"Website"_s, u"Privacy"_s,
-        u"Help & support"_s, u"Feedback\u2026"_s, u"Rename device\u2026"_s, u"Open folder"_s,
-        u"Reset\u2026"_s};
-    for (const QString& button : buttons) {
-        buttonNamed(panel, button).click();
-    }
-    EXPECT_EQ(told,
-        (QStringList{u"Choose\u2026"_s, u"Devices\u2026"_s, u"ferrylane"_s, u"ferrylane/privacy"_s,
-            u"ferrylane/support"_s, u"Feedback\u2026"_s, u"Rename device\u2026"_s, u"Open folder"_s,
-            u"Reset\u2026"_s}));
-    told.clear();
-    EXPECT_TRUE(buttonNamed(panel, u"Continuous"_s).isChecked());
-    buttonNamed(panel, u"Last 100 transfers"_s).click();
-    QTest::keyClick(choices, Qt::Key_Up);
-    EXPECT_EQ(told, (QStringList{u"100"_s, u"60"_s}));
-    buttonNamed(panel, u"Done"_s).click();
-    EXPECT_FALSE(panel.isVisible());
 }
 
 TEST(InfoPanelTest, takesALongLogInPieces)

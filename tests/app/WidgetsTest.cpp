@@ -85,38 +85,6 @@ TEST(Elision, KeepsBothEnds)
     EXPECT_EQ(app_test::accessibleName(name), whole);
 }
 
-TEST(FerrylaneHoverLabel, ColourFollowsThePointerInTheActiveWindow)
-{
-    FerrylaneHoverLabel label({});
-    label.normalTextColor = Qt::black;
-    label.hoverTextColor = Qt::blue;
-    QEnterEvent enter({1, 1}, {1, 1}, {1, 1});
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(&label, &enter);
-    EXPECT_EQ(label.textColor(), Qt::black);
-
-    label.show();
-    label.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&label));
-    QApplication::sendEvent(&label, &enter);
-    EXPECT_EQ(label.textColor(), Qt::blue);
-    QApplication::sendEvent(&label, &leave);
-    EXPECT_EQ(label.textColor(), Qt::black);
-}
-
-TEST(FerrylaneActionButton, PressesOnceAndShowsAmpersands)
-{
-    int presses = 0;
-    FerrylaneActionButton button(u"Send to A & B"_s, [&] { ++presses; });
-    EXPECT_EQ(button.title(), u"Send to A & B"_s);
-    EXPECT_EQ(app_test::accessibleName(button), u"Send to A & B"_s);
-    button.click();
-    EXPECT_EQ(presses, 1);
-    button.onPress = {};
-    button.click();
-    EXPECT_EQ(presses, 1);
-}
-
 TEST(ToolTips, ShowFileNamesAsTheyAre)
 {
     EXPECT_EQ(toolTipText(u"a < b & c"_s), u"a < b & c"_s);
