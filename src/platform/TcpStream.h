@@ -46,7 +46,7 @@ public:
     /// `incoming` holds `maximum` bytes.
     [[nodiscard]] Result send(ByteView bytes, ByteBuffer& incoming, std::size_t maximum);
 
-    /// Resets the connection and ends every wait, now and later, with
+    /// Ends the connection for both sides at once, and every wait, now and later, with
     /// std::errc::operation_canceled.
     void cancel();
 

@@ -98,10 +98,14 @@ TEST_F(TcpTest, receivesWhatIsThereAndNoMoreThanTheMaximum)
     ASSERT_EQ(listen().state, TcpListener::State::ready);
     TcpClient client(testPort);
     const auto connection = accepted();
-    auto two = receive(*connection, 2);
     client.send("abc");
-    EXPECT_EQ(two.get().bytes, "ab");
-    EXPECT_EQ(receive(*connection, 10).get().bytes, "c");
+    QByteArray all;
+    while (all.size() < 3) {
+        const QByteArray some = receive(*connection, 2).get().bytes;
+        ASSERT_TRUE(some.size() == 1 || some.size() == 2);
+        all += some;
+    }
+    EXPECT_EQ(all, "abc");
     client.finishSending();
     EXPECT_TRUE(receive(*connection, 10).get().isEnd);
 }

@@ -190,6 +190,8 @@ TcpStream::Result TcpStream::receive(
 
 TcpStream::Result TcpStream::receiveSome(ByteBuffer& buffer, std::size_t maximum)
 {
+    // Also while there are bytes left to read.
+    if (isCancelled_) return {false, std::make_error_code(std::errc::operation_canceled)};
     const MutableByteView space = buffer.prepare(maximum);
     const ssize_t count = ::recv(socket_, space.data(), space.size(), 0);
     if (count > 0) {
@@ -225,9 +227,7 @@ void TcpStream::cancel()
     const std::lock_guard lock(mutex_);
     isCancelled_ = true;
     // Whoever uses the stream may be held up by a disk; the peer hears of the end at once.
-    sockaddr nobody{};
-    nobody.sa_family = AF_UNSPEC;
-    if (socket_ >= 0) static_cast<void>(::connect(socket_, &nobody, sizeof(nobody)));
+    if (socket_ >= 0) static_cast<void>(::shutdown(socket_, SHUT_RDWR));
     static_cast<void>(eventfd_write(wakeUp_, 1));
 }
 
