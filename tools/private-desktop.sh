@@ -20,7 +20,7 @@ enter_private_desktop() {
 
 # Sets DISPLAY; there is a window manager with a tray.
 start_screen() {
-    Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp > "$home/display" 2> /dev/null &
+    Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset > "$home/display" 2> /dev/null &
     wait_until test -s "$home/display"
     DISPLAY=:$(< "$home/display")
     export DISPLAY

@@ -20,7 +20,10 @@ Desktop::Desktop(const support::PrivateHome& home, Tray tray) : home_(home)
     support::startDaemon(server_,
         {.program = u"/usr/bin/Xvfb"_s,
             .arguments
-            = {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, size, u"-nolisten"_s, u"tcp"_s},
+            = {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, size, u"-nolisten"_s, u"tcp"_s,
+                // Or it starts over when the first program that looks for windows has gone, under
+                // the window manager that is just starting.
+                u"-noreset"_s},
             .environment = home_.environment(),
             .outputFile = output,
             .errorFile = home_.ownFile(u"display-errors"_s)},
