@@ -73,7 +73,7 @@ std::optional<StreamFailure> StreamReader::readChunk()
 
     const std::size_t needed = bytes + lineBreakBytes;
     while (body_.size() < needed) {
-        if (const auto failure = receive(needed - body_.size())) return failure;
+        if (auto failure = receive(needed - body_.size())) return failure;
     }
     const ByteView end = body_.unread().subspan(bytes, lineBreakBytes);
     if (platform::textViewOf(end) != chunkLineBreak) return failures::malformedChunk;

@@ -54,7 +54,8 @@ protected:
     support::ManualClock clock_;
     support::HeldQueue vision_;
     QStringList told_;
-    std::unique_ptr<PairingScanner> scanner_ = std::make_unique<PairingScanner>(vision_.queue(), clock_);
+    std::unique_ptr<PairingScanner> scanner_
+        = std::make_unique<PairingScanner>(vision_.queue(), clock_);
 };
 
 } // namespace
