@@ -22,7 +22,7 @@ QString newConnectionName()
     return QStringLiteral("platform.systembus.%1").arg(++count);
 }
 
-/// As the D-Bus specification has it.
+/// Where the bus is, unless the environment says otherwise.
 QString addressOfSystem()
 {
     const QString usual = QStringLiteral("unix:path=/var/run/dbus/system_bus_socket");
