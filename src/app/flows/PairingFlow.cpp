@@ -19,8 +19,9 @@ void PairingFlow::pairDeviceThen(PairedHandler onPaired)
         QObject::connect(cameraPairingController_.get(), &CameraPairingController::codeFound,
             [this, onPaired = std::move(onPaired)](const QString& text) { pair(text, onPaired); });
         // Not destroyed at once: this runs within one of its own steps.
-        QObject::connect(cameraPairingController_.get(), &CameraPairingController::closed,
-            [this] { cameraPairingController_.release()->deleteLater(); });
+        QObject::connect(cameraPairingController_.get(), &CameraPairingController::closed, [this] {
+            if (auto* const ended = cameraPairingController_.release()) ended->deleteLater();
+        });
     }
     cameraPairingController_->present();
 }
